@@ -1,0 +1,24 @@
+# What every target of this project is compiled with: warnings that stop the
+# build, the sanitizers asked for, and Qt without its lossy text conversions.
+
+add_library(quorvelle_options INTERFACE)
+target_compile_options(quorvelle_options INTERFACE
+  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror>
+  $<$<CXX_COMPILER_ID:MSVC>:/W4 /WX /utf-8 /permissive->)
+target_compile_definitions(quorvelle_options INTERFACE
+  QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING)
+
+if(QUORVELLE_SANITIZE)
+  target_compile_options(quorvelle_options INTERFACE
+    -fsanitize=${QUORVELLE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(quorvelle_options INTERFACE -fsanitize=${QUORVELLE_SANITIZE})
+endif()
+
+# One library per layer. The libraries a layer links are the only layers whose
+# functions it can call, so a dependency against the arrows does not link.
+function(quorvelle_add_layer name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE quorvelle_options)
+endfunction()

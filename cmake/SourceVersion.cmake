@@ -1,0 +1,13 @@
+# Makes ${CMAKE_BINARY_DIR}/generated/source_version.h anew at every build, so
+# that the version names the commit that was built and not the one that was
+# configured. The file is only touched when its text changes.
+
+set(SOURCE_VERSION_DIR ${CMAKE_BINARY_DIR}/generated)
+add_custom_target(source_version
+  COMMAND ${CMAKE_COMMAND}
+    -DSOURCE_DIR=${PROJECT_SOURCE_DIR}
+    -DVERSION=${PROJECT_VERSION}
+    -DOUTPUT=${SOURCE_VERSION_DIR}/source_version.h
+    -P ${PROJECT_SOURCE_DIR}/cmake/WriteSourceVersion.cmake
+  BYPRODUCTS ${SOURCE_VERSION_DIR}/source_version.h
+  VERBATIM)

@@ -1,0 +1,20 @@
+# Writes the header with the version "<VERSION>+g<short commit hash>"; the hash
+# is "unknown" where SOURCE_DIR is no checkout (a source archive).
+
+set(hash "unknown")
+if(EXISTS ${SOURCE_DIR}/.git)
+  execute_process(COMMAND git -C ${SOURCE_DIR} rev-parse --short HEAD
+    OUTPUT_VARIABLE printed OUTPUT_STRIP_TRAILING_WHITESPACE
+    RESULT_VARIABLE failed ERROR_QUIET)
+  if(NOT failed)
+    set(hash ${printed})
+  endif()
+endif()
+
+file(CONFIGURE OUTPUT ${OUTPUT} CONTENT
+"#pragma once
+
+namespace quorvelle {
+inline constexpr char kSourceVersion[] = \"@VERSION@+g@hash@\";
+}
+" @ONLY)
