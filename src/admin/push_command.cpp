@@ -1,0 +1,110 @@
+#include "admin/push_command.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+
+#include "admin/build_directory.h"
+#include "admin/promote.h"
+#include "cli/console/arguments.h"
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+#include "client/requests.h"
+#include "client/server_option.h"
+
+namespace quorvelle {
+
+namespace {
+
+/// Progress of a text-mode push; JSON mode prints one object at the end instead.
+void say(const QString& line) {
+    if (!jsonMode()) {
+        print(line);
+    }
+}
+
+bool uploadFile(const QString& server, const QString& build, const QString& file,
+                const QString& relative) {
+    QFile content(file);
+    if (!content.open(QIODevice::ReadOnly)) {
+        printError(QStringLiteral("cannot open %1").arg(file));
+        return false;
+    }
+    const QString size = QString::number(content.size());
+    const Reply reply = putFile(server, apiPath(QStringLiteral("/api/builds/%1/files"), build),
+                                QStringLiteral("upload of %1").arg(relative),
+                                {{QStringLiteral("path"), relative}}, content);
+    if (reply.ok) {
+        say(QStringLiteral("  %1 (%2 bytes)\n").arg(relative, size));
+    }
+    return reply.ok;
+}
+
+/// Uploads, finalizes and promotes; each failure has been printed.
+int publish(const QString& directory, const QStringList& files, const QString& server,
+            const QString& build, const QString& channel) {
+    const QDir root(directory);
+    for (const QString& file : files) {
+        if (!uploadFile(server, build, file, root.relativeFilePath(file))) {
+            return kExitFailed;
+        }
+    }
+    const Reply finalized =
+        postEmpty(server, apiPath(QStringLiteral("/api/builds/%1/finalize"), build),
+                  QStringLiteral("finalize"));
+    if (!finalized.ok) {
+        return kExitFailed;
+    }
+    const QJsonValue count = finalized.object.value(u"file_count");
+    const QJsonValue size = finalized.object.value(u"total_size");
+    say(QStringLiteral("Finalized build %1 (%2 files, %3 bytes)\n")
+            .arg(build, QString::number(count.toInt()), QString::number(size.toInteger())));
+    if (!promoteBuild(server, channel, build).ok) {
+        return kExitFailed;
+    }
+    printResult({{QStringLiteral("build"), build},
+                 {QStringLiteral("channel"), channel},
+                 {QStringLiteral("server"), server},
+                 {QStringLiteral("file_count"), count},
+                 {QStringLiteral("total_size"), size}},
+                promotedLine(channel, build));
+    return kExitSuccess;
+}
+
+}  // namespace
+
+int pushCommand(QStringList args) {
+    const QString now = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    const QString build = takeOption(args, QStringLiteral("--build"), now);
+    const QString channel = takeOption(args, QStringLiteral("--channel"));
+    QStringList serverArgs = args;
+    takeOption(args, QStringLiteral("--server"));
+    if (channel.isEmpty()) {
+        printError(QStringLiteral("push needs --channel <name>"));
+        return kExitUsage;
+    }
+    if (args.size() != 1) {
+        return printUsage();
+    }
+    const QString typedServer = takeServerOption(serverArgs);
+    if (typedServer.isEmpty()) {
+        return kExitUsage;
+    }
+    const QString& directory = args.at(0);
+    // An empty path would stand for the current directory.
+    if (directory.isEmpty() || !QDir(directory).exists()) {
+        printError(directory + QStringLiteral(" is not a directory"));
+        return kExitFailed;
+    }
+    const QStringList files = buildFiles(directory);
+    if (files.isEmpty()) {
+        printError(QStringLiteral("No files found in ") + directory);
+        return kExitFailed;
+    }
+    say(QStringLiteral("Pushing %1 files as build %2 to %3 ...\n")
+            .arg(QString::number(files.size()), build, typedServer));
+    return publish(directory, files, selectServer(typedServer), build, channel);
+}
+
+}  // namespace quorvelle

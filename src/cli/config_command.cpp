@@ -1,0 +1,95 @@
+#include "cli/config_command.h"
+
+#include <QDir>
+
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+#include "client/config_document.h"
+#include "client/config_file.h"
+#include "client/subscription.h"
+
+namespace quorvelle {
+
+namespace {
+
+const QStringList kKnownKeys{QStringLiteral("server"), QStringLiteral("token")};
+
+bool isLegacyKey(const QString& key) {
+    return key == u"channel" || key == u"download-dir";
+}
+
+int list() {
+    const QJsonObject document = config::load();
+    if (jsonMode()) {
+        printJson(document);
+        return kExitSuccess;
+    }
+    const bool hasToken = !document.value(u"token").toString().isEmpty();
+    QString text = QStringLiteral("server = ") +
+                   document.value(u"server").toString(QStringLiteral("(not set)")) +
+                   QStringLiteral("\ntoken = ") +
+                   (hasToken ? QStringLiteral("(set)") : QStringLiteral("(not set)")) +
+                   QStringLiteral("\n\nSubscriptions:\n");
+    const QJsonArray subscriptions = config::subscriptions(document);
+    for (const QJsonValue& subscription : subscriptions) {
+        text += QStringLiteral("  ") + subscriptionLine(subscription.toObject());
+    }
+    if (subscriptions.isEmpty()) {
+        text += QStringLiteral("  (none)\n");
+    }
+    print(text + QStringLiteral("\nConfig file: ") + QDir::toNativeSeparators(config::path()) +
+          u'\n');
+    return kExitSuccess;
+}
+
+int get(const QString& key) {
+    const QJsonObject document = config::load();
+    if (!document.contains(key)) {
+        printError(key + QStringLiteral(" is not set"));
+        return kExitUsage;
+    }
+    const QString value = document.value(key).toString();
+    printResult({{key, value}}, value + u'\n');
+    return kExitSuccess;
+}
+
+int set(const QString& key, const QString& value) {
+    config::Change change;
+    change.document.insert(key, value);
+    if (!change.save()) {
+        printError(QStringLiteral("Could not write ") + QDir::toNativeSeparators(config::path()));
+        return kExitFailed;
+    }
+    printResult({{key, value}}, key + QStringLiteral(" = ") + value + u'\n');
+    return kExitSuccess;
+}
+
+}  // namespace
+
+int configCommand(QStringList args) {
+    const QString action = args.value(0, QStringLiteral("list"));
+    if (action == u"list") {
+        return list();
+    }
+    const bool isGet = action == u"get";
+    const QString key = args.value(1);
+    if ((isGet || action == u"set") && isLegacyKey(key)) {
+        printError(QStringLiteral("'%1' moved into subscriptions - use 'quorvelle subscribe' / "
+                                  "'quorvelle subscriptions'")
+                       .arg(key));
+        return kExitUsage;
+    }
+    const bool complete = isGet ? args.size() == 2 : action == u"set" && args.size() == 3;
+    if (!complete) {
+        return printUsage();
+    }
+    if (!kKnownKeys.contains(key)) {
+        printError(QStringLiteral("Unknown key '%1'. Known keys: %2")
+                       .arg(key, kKnownKeys.join(QStringLiteral(", "))));
+        return kExitUsage;
+    }
+    return isGet ? get(key) : set(key, args.at(2));
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,19 @@
+#include "cli/console/arguments.h"
+
+namespace quorvelle {
+
+QString takeOption(QStringList& args, const QString& name, const QString& fallback) {
+    const qsizetype at = args.indexOf(name);
+    if (at < 0 || at + 1 >= args.size()) {
+        return fallback;
+    }
+    const QString value = args.at(at + 1);
+    args.remove(at, 2);
+    return value;
+}
+
+bool takeFlag(QStringList& args, const QString& name) {
+    return args.removeAll(name) > 0;
+}
+
+}  // namespace quorvelle

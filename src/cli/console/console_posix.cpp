@@ -1,0 +1,25 @@
+#include <qlogging.h>
+#include <QString>
+#include <csignal>
+#include <cstdlib>
+
+#include "cli/console/console.h"
+#include "cli/console/output.h"
+
+namespace quorvelle {
+
+void prepareConsole() {
+    // A write past the file-size limit must fail like one to a full disk, so that
+    // the command can report it and leave the old file whole.
+    std::signal(SIGXFSZ, SIG_IGN);
+    // Qt warns about a locale that is not UTF-8, which says nothing to the person
+    // at the console; our own output is UTF-8 whatever the locale.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type == QtFatalMsg) {
+            printDiagnostic(text + u'\n');
+            std::abort();
+        }
+    });
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,29 @@
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+#include <qlogging.h>
+#include <QString>
+#include <cstdio>
+#include <cstdlib>
+
+#include "cli/console/console.h"
+#include "cli/console/output.h"
+
+namespace quorvelle {
+
+void prepareConsole() {
+    SetConsoleOutputCP(CP_UTF8);
+    // Text mode would turn every line end into two characters and break the
+    // bytes that scripts read.
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type == QtFatalMsg) {
+            printDiagnostic(text + u'\n');
+            std::abort();
+        }
+    });
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,56 @@
+#include "cli/console/output.h"
+
+#include <QByteArray>
+#include <QJsonDocument>
+#include <cstdio>
+
+namespace quorvelle {
+
+namespace {
+
+bool jsonModeOn = false;
+
+void writeTo(std::FILE* stream, const QByteArray& bytes) {
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream);
+    std::fflush(stream);
+}
+
+}  // namespace
+
+void setJsonMode(bool on) {
+    jsonModeOn = on;
+}
+
+bool jsonMode() {
+    return jsonModeOn;
+}
+
+void print(const QString& text) {
+    writeTo(stdout, text.toUtf8());
+}
+
+void printDiagnostic(const QString& text) {
+    writeTo(stderr, text.toUtf8());
+}
+
+void printError(const QString& text) {
+    if (jsonModeOn) {
+        printJson({{QStringLiteral("error"), text}});
+    } else {
+        printDiagnostic(text + u'\n');
+    }
+}
+
+void printJson(const QJsonObject& object) {
+    writeTo(stdout, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+}
+
+void printResult(const QJsonObject& object, const QString& text) {
+    if (jsonModeOn) {
+        printJson(object);
+    } else {
+        print(text);
+    }
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+
+/// Everything the program says goes through here, in UTF-8; no other file writes
+/// to standard output or standard error. Main thread only.
+
+namespace quorvelle {
+
+/// JSON mode: a successful command prints one compact JSON object, an error is
+/// printed as {"error": text}. Set once at start, from the switch "--json".
+void setJsonMode(bool on);
+bool jsonMode();
+
+/// Writes `text` to standard output as it is, without adding a line end, and
+/// flushes, so that progress shows at once and keeps its order with errors.
+void print(const QString& text);
+
+/// Writes `text` to standard error as it is, in JSON mode too.
+void printDiagnostic(const QString& text);
+
+/// Reports a failure: text mode writes the text and a line end to standard
+/// error, JSON mode the object {"error": text} to standard output.
+void printError(const QString& text);
+
+/// Writes the object as one compact line to standard output.
+void printJson(const QJsonObject& object);
+
+/// Ends a command that succeeded: the object in JSON mode, else the text.
+void printResult(const QJsonObject& object, const QString& text);
+
+}  // namespace quorvelle

@@ -1,0 +1,39 @@
+#include "cli/dispatch.h"
+
+#include "cli/console/arguments.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+
+namespace quorvelle {
+
+namespace {
+
+QStringList wordsOf(const Command& command) {
+    return QString::fromUtf8(command.words.data(), qsizetype(command.words.size())).split(u' ');
+}
+
+bool matches(const Command& command, const QStringList& arguments) {
+    const QStringList words = wordsOf(command);
+    const qsizetype rest = arguments.size() - words.size();
+    return rest >= command.leastArguments && rest <= command.mostArguments &&
+           arguments.first(words.size()) == words;
+}
+
+}  // namespace
+
+int dispatch(QStringList arguments, CommandTable table) {
+    setJsonMode(takeFlag(arguments, QStringLiteral("--json")));
+    if (arguments.size() < 2) {
+        return printUsage();
+    }
+    const QStringList typed = arguments.sliced(1);
+    for (const Command& command : table) {
+        if (matches(command, typed)) {
+            return command.handler(typed.sliced(wordsOf(command).size()));
+        }
+    }
+    printDiagnostic(QStringLiteral("Unknown command '%1'\n\n").arg(typed.first()));
+    return printUsage();
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,17 @@
+#include <QCoreApplication>
+
+#include "cli/command_table.h"
+#include "cli/console/console.h"
+#include "cli/console/usage.h"
+#include "cli/dispatch.h"
+#include "source_version.h"
+
+int main(int argc, char* argv[]) {
+    quorvelle::prepareConsole();
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Quorvelle"));
+    QCoreApplication::setApplicationName(QStringLiteral("Quorvelle"));
+    QCoreApplication::setApplicationVersion(QString::fromLatin1(quorvelle::kSourceVersion));
+    quorvelle::setUsageTable(quorvelle::commandTable());
+    return quorvelle::dispatch(QCoreApplication::arguments(), quorvelle::commandTable());
+}

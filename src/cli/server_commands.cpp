@@ -1,0 +1,75 @@
+#include "cli/server_commands.h"
+
+#include <QDir>
+
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "client/config_document.h"
+#include "client/config_file.h"
+#include "client/subscription.h"
+
+namespace quorvelle {
+
+namespace {
+
+/// Saves the change; prints why when that fails.
+bool saved(config::Change& change) {
+    const bool done = change.save();
+    if (!done) {
+        printError(QStringLiteral("could not save config"));
+    }
+    return done;
+}
+
+void setTokenOnSubscriptions(QJsonObject& document, const QString& url, const QString& token) {
+    QJsonArray entries = config::subscriptions(document);
+    for (QJsonValueRef reference : entries) {
+        QJsonObject entry = reference.toObject();
+        if (entry.value(u"server").toString() == url) {
+            entry.insert(QStringLiteral("token"), token);
+            reference = entry;
+        }
+    }
+    if (!entries.isEmpty()) {
+        document.insert(QStringLiteral("subscriptions"), entries);
+    }
+}
+
+}  // namespace
+
+int setServerRootCommand(QStringList args) {
+    config::Change change;
+    const QString url = config::storedServerUrl(change.document, args.at(0));
+    if (config::findServer(change.document, url).isEmpty()) {
+        printError(QStringLiteral("no such server in the client config: %1").arg(args.at(0)));
+        return kExitUsage;
+    }
+    const QString root = absolutePath(args.at(1));
+    const int repointed = config::repointServer(change.document, url, root);
+    if (!saved(change)) {
+        return kExitFailed;
+    }
+    printResult({{QStringLiteral("server"), url},
+                 {QStringLiteral("install_root"), root},
+                 {QStringLiteral("repointed"), repointed}},
+                QStringLiteral("Install root for %1 is now %2 (%3 subscription(s) repointed; "
+                               "nothing moved - the next sync reuses what is there).\n")
+                    .arg(url, QDir::toNativeSeparators(root), QString::number(repointed)));
+    return kExitSuccess;
+}
+
+int setServerTokenCommand(QStringList args) {
+    config::Change change;
+    const QString url = config::storedServerUrl(change.document, args.at(0));
+    const QString root = config::findServer(change.document, url).value(u"install_root").toString();
+    config::upsertServer(change.document, url, args.at(1), root);
+    setTokenOnSubscriptions(change.document, url, args.at(1));
+    if (!saved(change)) {
+        return kExitFailed;
+    }
+    printResult({{QStringLiteral("server"), url}},
+                QStringLiteral("Token stored for %1\n").arg(url));
+    return kExitSuccess;
+}
+
+}  // namespace quorvelle

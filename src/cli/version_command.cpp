@@ -1,0 +1,16 @@
+#include "cli/version_command.h"
+
+#include <QCoreApplication>
+
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+
+namespace quorvelle {
+
+int versionCommand(QStringList) {
+    const QString version = QCoreApplication::applicationVersion();
+    printResult({{QStringLiteral("version"), version}}, version + u'\n');
+    return kExitSuccess;
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,189 @@
+#include "client/http_exchange.h"
+
+#include <QIODevice>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <utility>
+
+namespace quorvelle {
+
+namespace {
+
+constexpr qint64 kMostKeptBytes = 512LL * 1024 * 1024;
+constexpr qint64 kMostErrorBytes = 16LL * 1024 * 1024;
+constexpr qint64 kReadBufferBytes = 1024 * 1024;
+constexpr int kMostRedirects = 10;
+
+bool sameOrigin(const QUrl& a, const QUrl& b) {
+    const auto port = [](const QUrl& url) {
+        return url.port(url.scheme() == QStringLiteral("https") ? 443 : 80);
+    };
+    return a.scheme() == b.scheme() && a.host() == b.host() && port(a) == port(b);
+}
+
+bool isHttp(const QUrl& url) {
+    return url.scheme() == QStringLiteral("http") || url.scheme() == QStringLiteral("https");
+}
+
+int statusOf(const QNetworkReply& reply) {
+    return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+}
+
+}  // namespace
+
+HttpExchange::HttpExchange(QNetworkAccessManager& network, HttpRequest outgoing, QObject* parent)
+    : QObject(parent), manager(network), request(std::move(outgoing)) {}
+
+HttpExchange::~HttpExchange() {
+    if (reply != nullptr) {
+        reply->disconnect(this);
+        reply->deleteLater();
+    }
+}
+
+void HttpExchange::streamTo(Sink newSink) {
+    sink = std::move(newSink);
+}
+
+void HttpExchange::start() {
+    if (!request.url.isValid() || !isHttp(request.url)) {
+        // The network layer would open files and the like by their URL.
+        const QString reason =
+            request.url.isValid()
+                ? QStringLiteral("Protocol \"%1\" is unknown").arg(request.url.scheme())
+                : request.url.errorString();
+        QMetaObject::invokeMethod(
+            this, [this, reason] { conclude(reason); }, Qt::QueuedConnection);
+        return;
+    }
+    send();
+}
+
+void HttpExchange::send() {
+    QNetworkRequest outgoing(request.url);
+    outgoing.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                          QNetworkRequest::ManualRedirectPolicy);
+    // A body that compresses well is no attack here: it is streamed or bounded.
+    outgoing.setDecompressedSafetyCheckThreshold(-1);
+    if (!request.token.isEmpty()) {
+        outgoing.setRawHeader("Authorization", "Bearer " + request.token.toUtf8());
+    }
+    if (!request.contentType.isEmpty()) {
+        outgoing.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
+    }
+    if (request.bodyDevice != nullptr) {
+        request.bodyDevice->seek(0);
+        reply = manager.sendCustomRequest(outgoing, request.method, request.bodyDevice);
+    } else if (request.method == "GET") {
+        reply = manager.get(outgoing);
+    } else if (request.method == "DELETE") {
+        reply = manager.deleteResource(outgoing);
+    } else if (request.method == "POST") {
+        reply = manager.post(outgoing, request.body);
+    } else {
+        reply = manager.put(outgoing, request.body);
+    }
+    status = 0;
+    received = 0;
+    body.clear();
+    reply->setReadBufferSize(kReadBufferBytes);
+    connect(reply, &QNetworkReply::readyRead, this, &HttpExchange::readAvailable);
+    connect(reply, &QNetworkReply::finished, this, &HttpExchange::onReplyFinished);
+}
+
+void HttpExchange::readAvailable() {
+    const QByteArray bytes = reply->readAll();
+    if (bytes.isEmpty()) {
+        return;
+    }
+    received += bytes.size();
+    status = statusOf(*reply);
+    if (status >= 300 || status == 0) {
+        if (body.size() + bytes.size() <= kMostErrorBytes) {
+            body += bytes;
+        }
+        return;
+    }
+    if (sink) {
+        if (!sink(bytes)) {
+            abortReason = QStringLiteral("the reply could not be stored");
+            reply->abort();
+        }
+        return;
+    }
+    body += bytes;
+    if (body.size() > kMostKeptBytes) {
+        body.clear();
+        abortReason = QStringLiteral("the reply is larger than 512 MiB");
+        reply->abort();
+    }
+}
+
+void HttpExchange::onReplyFinished() {
+    if (abortReason.isEmpty()) {
+        readAvailable();
+    }
+    status = statusOf(*reply);
+    const QUrl target = reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
+    if (!abortReason.isEmpty()) {
+        conclude(abortReason);
+    } else if (reply->error() != QNetworkReply::NoError) {
+        conclude(reply->errorString());
+    } else if (status >= 300) {
+        if (!followRedirect(request.url.resolved(target))) {
+            conclude(QStringLiteral("the server redirects to \"%1\"").arg(target.toString()));
+        }
+    } else if (!bodyIsWhole()) {
+        conclude(QStringLiteral("Connection closed before the whole reply arrived"));
+    } else {
+        conclude({});
+    }
+}
+
+bool HttpExchange::followRedirect(const QUrl& target) {
+    const bool keepsMethod = status == 307 || status == 308;
+    const bool isRedirect = keepsMethod || ((status == 301 || status == 302 || status == 303) &&
+                                            request.method == "GET");
+    const bool lessSafe = request.url.scheme() == QStringLiteral("https") &&
+                          target.scheme() != QStringLiteral("https");
+    if (!isRedirect || !target.isValid() || !isHttp(target) || lessSafe || target == request.url ||
+        ++redirects > kMostRedirects) {
+        return false;
+    }
+    if (!sameOrigin(target, request.url)) {
+        request.token.clear();
+    }
+    request.url = target;
+    reply->disconnect(this);
+    reply->deleteLater();
+    send();
+    return true;
+}
+
+bool HttpExchange::bodyIsWhole() const {
+    // The length counts compressed bytes where the body was compressed; its decoder
+    // notices a missing end.
+    if (!reply->hasRawHeader("Content-Length") || reply->hasRawHeader("Content-Encoding")) {
+        return true;
+    }
+    return reply->rawHeader("Content-Length").toLongLong() == received;
+}
+
+void HttpExchange::conclude(const QString& failureReason) {
+    failure = failureReason;
+    Q_EMIT finished();
+}
+
+QJsonObject HttpExchange::object() const {
+    return QJsonDocument::fromJson(body).object();
+}
+
+QString HttpExchange::failureText(const QString& context) const {
+    const QString code = status > 0 ? QStringLiteral(" (HTTP %1)").arg(status) : QString();
+    const QJsonValue own = object().value(u"error");
+    return context + QStringLiteral(" failed") + code + QStringLiteral(": ") +
+           (own.isString() ? own.toString() : failure);
+}
+
+}  // namespace quorvelle

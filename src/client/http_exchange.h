@@ -1,0 +1,92 @@
+#pragma once
+
+#include <QByteArray>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QObject>
+#include <QString>
+#include <QUrl>
+#include <functional>
+
+class QIODevice;
+class QNetworkAccessManager;
+
+namespace quorvelle {
+
+/// What is sent. Headers other than these are the network layer's own.
+struct HttpRequest {
+    QByteArray method = {};
+    QUrl url = {};
+    /// Bearer token; empty sends no Authorization header. It is sent to the origin
+    /// of `url` alone and never follows a redirect to another one.
+    QString token = {};
+    /// Empty sends no Content-Type header.
+    QByteArray contentType = {};
+    /// The body where no device is given.
+    QByteArray body = {};
+    /// A seekable, open body device that outlives the exchange, or none.
+    QIODevice* bodyDevice = nullptr;
+};
+
+/// One request and its reply, redirects included. Event-driven: start() returns at
+/// once, finished() is emitted once, on the same thread. There is no time limit.
+///
+/// Redirects are followed for GET, and with the codes 307 and 308 for every method;
+/// any other redirect is a failure, since it would turn a change into a read.
+class HttpExchange : public QObject {
+    Q_OBJECT
+
+public:
+    /// Takes the next bytes of a successful reply's body; false ends the exchange as
+    /// failed.
+    using Sink = std::function<bool(const QByteArray& bytes)>;
+
+    /// The manager must outlive the exchange.
+    HttpExchange(QNetworkAccessManager& network, HttpRequest outgoing, QObject* parent = nullptr);
+    ~HttpExchange() override;
+
+    /// Hands a successful reply's body to `sink` as it arrives, so that memory does
+    /// not grow with it; without one the body is kept, up to 512 MiB. To be called
+    /// before start().
+    void streamTo(Sink sink);
+
+    void start();
+
+    /// The rest is valid after finished().
+
+    /// A reply of a status below 300 whose whole body arrived.
+    bool succeeded() const { return failure.isEmpty(); }
+
+    /// The body of a reply that was not streamed, as a JSON object; empty when it is
+    /// none.
+    QJsonObject object() const;
+
+    /// The text of a failed exchange for the user: "<context> failed", the HTTP status
+    /// when there is one, and the server's own "error" text or the network error.
+    QString failureText(const QString& context) const;
+
+Q_SIGNALS:
+    void finished();
+
+private:
+    void send();
+    void readAvailable();
+    void onReplyFinished();
+    void conclude(const QString& failureReason);
+    bool followRedirect(const QUrl& target);
+    bool bodyIsWhole() const;
+
+    QNetworkAccessManager& manager;
+    HttpRequest request;
+    Sink sink;
+    QNetworkReply* reply = nullptr;
+    QByteArray body;
+    qint64 received = 0;
+    int status = 0;
+    int redirects = 0;
+    /// Why the exchange failed where the network layer does not say so itself.
+    QString failure;
+    QString abortReason;
+};
+
+}  // namespace quorvelle

@@ -1,0 +1,90 @@
+#include "client/requests.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QJsonDocument>
+#include <QNetworkAccessManager>
+#include <QPointer>
+#include <utility>
+
+#include "cli/console/output.h"
+#include "client/http_exchange.h"
+#include "client/server_option.h"
+
+namespace quorvelle {
+
+namespace {
+
+const QByteArray kJson = "application/json";
+const QByteArray kBytes = "application/octet-stream";
+
+/// One manager for the run, so that requests to one server share a connection.
+QNetworkAccessManager& networkManager() {
+    static QPointer<QNetworkAccessManager> manager;
+    if (manager.isNull()) {
+        manager = new QNetworkAccessManager(QCoreApplication::instance());
+    }
+    return *manager;
+}
+
+Reply call(HttpRequest request, const QString& label) {
+    request.token = requestToken();
+    HttpExchange exchange(networkManager(), std::move(request));
+    QEventLoop loop;
+    QObject::connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
+    exchange.start();
+    loop.exec();
+    if (!exchange.succeeded()) {
+        printError(exchange.failureText(label));
+        return {};
+    }
+    return {exchange.object(), true};
+}
+
+QByteArray compact(const QJsonObject& object) {
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+}  // namespace
+
+Reply getJson(const QString& server, const QString& path, const QString& label) {
+    return call({.method = "GET", .url = apiUrl(server, path)}, label);
+}
+
+Reply postJson(const QString& server, const QString& path, const QString& label,
+               const QJsonObject& body) {
+    return call({.method = "POST",
+                 .url = apiUrl(server, path),
+                 .contentType = kJson,
+                 .body = compact(body)},
+                label);
+}
+
+Reply postEmpty(const QString& server, const QString& path, const QString& label,
+                const QueryItems& query) {
+    return call({.method = "POST", .url = apiUrl(server, path, query), .contentType = kBytes},
+                label);
+}
+
+Reply putJson(const QString& server, const QString& path, const QString& label,
+              const QJsonObject& body) {
+    return call(
+        {.method = "PUT", .url = apiUrl(server, path), .contentType = kJson, .body = compact(body)},
+        label);
+}
+
+Reply putFile(const QString& server, const QString& path, const QString& label,
+              const QueryItems& query, QIODevice& content) {
+    return call({.method = "PUT",
+                 .url = apiUrl(server, path, query),
+                 .contentType = kBytes,
+                 .bodyDevice = &content},
+                label);
+}
+
+Reply deleteResource(const QString& server, const QString& path, const QString& label,
+                     const QueryItems& query) {
+    return call({.method = "DELETE", .url = apiUrl(server, path, query)}, label);
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+#include <QSaveFile>
+#include <QString>
+
+namespace quorvelle {
+
+/// Who may read a file that is written.
+enum class Access {
+    kDefault,    ///< what the platform gives new files
+    kOwnerOnly,  ///< the owner alone, from the moment the file exists
+};
+
+/// Writes a file so that a reader finds the old content or the whole new one,
+/// never a part: the bytes go to a temporary file beside the target, which is
+/// flushed to disk and takes the target's place in commit(). Destroyed without a
+/// commit, it leaves the target untouched and removes the temporary file.
+class SaveFile {
+public:
+    explicit SaveFile(const QString& path);
+
+    /// Makes the temporary file. False when the folder is missing or refuses it.
+    bool open(Access access = Access::kDefault);
+
+    /// Appends bytes. After a failure commit() fails too.
+    bool write(const QByteArray& bytes);
+
+    /// Puts the file in place. False when any write, the last flush or the rename
+    /// failed; the target is then what it was.
+    bool commit();
+
+private:
+    QSaveFile file;
+    bool writeFailed = false;
+};
+
+/// The same in one call. The folder must exist.
+bool saveWhole(const QString& path, const QByteArray& bytes, Access access = Access::kDefault);
+
+}  // namespace quorvelle

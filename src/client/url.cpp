@@ -1,0 +1,39 @@
+#include "client/url.h"
+
+#include <QStringList>
+
+namespace quorvelle {
+
+namespace {
+
+QString encoded(const QString& text) {
+    return QString::fromLatin1(QUrl::toPercentEncoding(text));
+}
+
+}  // namespace
+
+QString withoutTrailingSlashes(const QString& server) {
+    qsizetype length = server.size();
+    while (length > 0 && server.at(length - 1) == u'/') {
+        --length;
+    }
+    return server.left(length);
+}
+
+QString apiPath(const QString& pattern, const QString& name) {
+    return pattern.arg(encoded(name));
+}
+
+QUrl apiUrl(const QString& server, const QString& path, const QueryItems& query) {
+    QUrl url(withoutTrailingSlashes(server) + path);
+    QStringList items;
+    for (const auto& [key, value] : query) {
+        items.append(encoded(key) + u'=' + encoded(value));
+    }
+    if (!items.isEmpty()) {
+        url.setQuery(items.join(u'&'), QUrl::StrictMode);
+    }
+    return url;
+}
+
+}  // namespace quorvelle

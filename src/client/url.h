@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QList>
+#include <QPair>
+#include <QString>
+#include <QUrl>
+
+namespace quorvelle {
+
+/// Query items in the order in which they are sent.
+using QueryItems = QList<QPair<QString, QString>>;
+
+/// The server's base URL without any "/" at its end.
+QString withoutTrailingSlashes(const QString& server);
+
+/// Fills "%1" of a path such as "/api/builds/%1" with a name, encoded as exactly
+/// one path segment: "/", "?", "#" and "%" of the name cannot change the path.
+QString apiPath(const QString& pattern, const QString& name);
+
+/// The URL of a request: the server's base URL without trailing slashes, the
+/// (already encoded) path, and the query with each value percent-encoded.
+QUrl apiUrl(const QString& server, const QString& path, const QueryItems& query = {});
+
+}  // namespace quorvelle

@@ -1,0 +1,60 @@
+#include "sync/markers.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include "client/save_file.h"
+#include "sync/state_folder.h"
+
+namespace quorvelle {
+
+namespace {
+
+constexpr int kSchemaVersion = 1;
+
+QJsonObject readObject(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object()
+                                          : QJsonObject();
+}
+
+QJsonObject marker(const QString& build, const QString& channel) {
+    return {{QStringLiteral("schema_version"), kSchemaVersion},
+            {QStringLiteral("build"), build},
+            {QStringLiteral("channel"), channel}};
+}
+
+bool writeObject(const QString& path, const QJsonObject& object) {
+    return saveWhole(path, QJsonDocument(object).toJson(QJsonDocument::Indented));
+}
+
+}  // namespace
+
+InstalledMarker readInstalledMarker(const QString& dir) {
+    const QJsonObject object = readObject(statePath(dir, kInstalledMarkerSuffix));
+    return {object.value(u"build").toString(), object.value(u"channel").toString()};
+}
+
+StagedMarker readStagedMarker(const QString& dir) {
+    const QJsonObject object = readObject(statePath(dir, kStagedMarkerSuffix));
+    return {object.value(u"build").toString(), object.value(u"channel").toString(),
+            object.value(u"total_size").toInteger()};
+}
+
+bool writeInstalledMarker(const QString& dir, const InstalledMarker& installed) {
+    return writeObject(statePath(dir, kInstalledMarkerSuffix),
+                       marker(installed.build, installed.channel));
+}
+
+bool writeStagedMarker(const QString& dir, const StagedMarker& staged) {
+    QJsonObject object = marker(staged.build, staged.channel);
+    object.insert(QStringLiteral("total_size"), staged.totalSize);
+    return writeObject(statePath(dir, kStagedMarkerSuffix), object);
+}
+
+void removeStagedMarker(const QString& dir) {
+    QFile::remove(statePath(dir, kStagedMarkerSuffix));
+}
+
+}  // namespace quorvelle

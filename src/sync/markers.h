@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+
+/// The marker files of an install directory: indented JSON objects in the state
+/// folder, written whole. A missing or unreadable marker reads as an empty record.
+
+namespace quorvelle {
+
+/// ".installed.json": what the install directory holds.
+struct InstalledMarker {
+    QString build;
+    QString channel;
+};
+
+/// ".staged.json": what waits in the staging directory to be put in place.
+struct StagedMarker {
+    QString build;
+    QString channel;
+    /// Bytes of the build's files; 0 where they were not counted.
+    qint64 totalSize = 0;
+};
+
+InstalledMarker readInstalledMarker(const QString& dir);
+StagedMarker readStagedMarker(const QString& dir);
+
+/// False when the marker could not be written; an older one then still stands.
+bool writeInstalledMarker(const QString& dir, const InstalledMarker& marker);
+bool writeStagedMarker(const QString& dir, const StagedMarker& marker);
+
+void removeStagedMarker(const QString& dir);
+
+}  // namespace quorvelle

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+
+/// Where the state of an install directory lies: in the folder ".quorvelle" beside
+/// it, on the same volume, so that builds change place by plain renames. Entries of
+/// directories that share a parent are told apart by the directory's name.
+
+namespace quorvelle {
+
+inline constexpr char kInstalledMarkerSuffix[] = ".installed.json";
+inline constexpr char kStagedMarkerSuffix[] = ".staged.json";
+inline constexpr char kStagingBuildSuffix[] = ".staging.build";
+inline constexpr char kStagingSuffix[] = ".staging";
+inline constexpr char kOldSuffix[] = ".old";
+/// Stands while a swap is under way, see swap.h.
+inline constexpr char kSwapSuffix[] = ".swap";
+/// The lock of the sync that is running.
+inline constexpr char kLockSuffix[] = ".lock";
+
+/// The absolute path of the state entry of `dir` with that suffix. Makes the state
+/// folder, parents included, when it does not exist; a failure shows when the entry
+/// is used.
+QString statePath(const QString& dir, const char* suffix);
+
+/// Moves state entries of earlier releases, which stood directly beside the install
+/// directory, into the state folder. An entry that is already there wins; a move
+/// that fails is ignored.
+void migrateLegacyState(const QString& dir);
+
+}  // namespace quorvelle

@@ -1,0 +1,118 @@
+#include "sync/sync_command.h"
+
+#include <QEventLoop>
+#include <algorithm>
+
+#include "cli/console/arguments.h"
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+#include "client/config_document.h"
+#include "client/config_file.h"
+#include "sync/syncer.h"
+
+namespace quorvelle {
+
+namespace {
+
+void printResults(const QJsonArray& results) {
+    if (jsonMode()) {
+        printJson({{QStringLiteral("results"), results}});
+    }
+}
+
+int syncNamed(const QJsonArray& subscriptions, const QString& name, bool force) {
+    const qsizetype at = config::indexOfSubscription(subscriptions, name);
+    if (at < 0) {
+        printError(QStringLiteral("no subscription named '%1'").arg(name));
+        return kExitUsage;
+    }
+    QJsonArray results;
+    const int code = syncSubscription(subscriptions.at(at).toObject(), &results, force);
+    printResults(results);
+    return code;
+}
+
+int syncAll(const QJsonArray& subscriptions, const QString& server, bool force) {
+    QJsonArray results;
+    int code = kExitSuccess;
+    for (const QJsonValue& entry : subscriptions) {
+        const QJsonObject subscription = entry.toObject();
+        if (server.isEmpty() || subscription.value(u"server").toString() == server) {
+            code = std::max(code, syncSubscription(subscription, &results, force));
+        }
+    }
+    if (results.isEmpty()) {
+        printError(QStringLiteral("no subscriptions on %1").arg(server));
+        return kExitUsage;
+    }
+    printResults(results);
+    return code;
+}
+
+}  // namespace
+
+int syncCommand(QStringList args) {
+    const QString name = takeOption(args, QStringLiteral("--name"));
+    const QString server = takeOption(args, QStringLiteral("--server"));
+    const bool force = takeFlag(args, QStringLiteral("--force"));
+    if (!args.isEmpty()) {
+        return printUsage();
+    }
+    const QJsonArray subscriptions = config::subscriptions(config::load());
+    if (subscriptions.isEmpty()) {
+        printError(QStringLiteral(
+            "no subscriptions (quorvelle subscribe <server> <channel> --dir <path>)"));
+        return kExitUsage;
+    }
+    return name.isEmpty() ? syncAll(subscriptions, server, force)
+                          : syncNamed(subscriptions, name, force);
+}
+
+int syncSubscription(const QJsonObject& subscription, QJsonArray* results, bool force) {
+    const bool text = !jsonMode();
+    QJsonObject result{{QStringLiteral("name"), subscription.value(u"name").toString()}};
+    int code = kExitSuccess;
+    bool ended = false;
+    QEventLoop loop;
+    Syncer syncer;
+
+    const auto end = [&](const char* outcome, const QString& message, int outcomeCode) {
+        result.insert(QStringLiteral("result"), QLatin1String(outcome));
+        result.insert(QStringLiteral("message"), message);
+        if (text) {
+            (outcomeCode == kExitFailed ? printDiagnostic : print)(message + u'\n');
+        }
+        code = outcomeCode;
+        ended = true;
+        loop.quit();
+    };
+    QObject::connect(&syncer, &Syncer::progress, &loop, [&](const QString& message) {
+        if (text) {
+            print(message + u'\n');
+        }
+    });
+    QObject::connect(&syncer, &Syncer::finished, &loop,
+                     [&](bool downloaded, const QString& message) {
+                         end(downloaded ? "synced" : "current", message, kExitSuccess);
+                     });
+    QObject::connect(&syncer, &Syncer::blocked, &loop,
+                     [&](const QString& build, const QString& message) {
+                         result.insert(QStringLiteral("build"), build);
+                         end("blocked", message, kExitBlocked);
+                     });
+    QObject::connect(&syncer, &Syncer::failed, &loop,
+                     [&](const QString& message) { end("failed", message, kExitFailed); });
+
+    syncer.start(subscription, force);
+    // A sync may end before it has to wait, and a loop cannot be quit before it runs.
+    if (!ended) {
+        loop.exec();
+    }
+    if (results != nullptr) {
+        results->append(result);
+    }
+    return code;
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,131 @@
+#include "sync/syncer.h"
+
+#include <utility>
+
+#include "client/server_option.h"
+#include "sync/file_tree.h"
+#include "sync/markers.h"
+#include "sync/state_folder.h"
+#include "sync/swap.h"
+
+namespace quorvelle {
+
+namespace {
+
+constexpr int kNewestChannelSchema = 1;
+
+}  // namespace
+
+Syncer::Syncer(QObject* parent) : QObject(parent) {}
+
+void Syncer::start(const QJsonObject& subscription, bool forced) {
+    force = forced;
+    const int mode = subscription.value(u"self_heal").toInt(-1);
+    selfHeal = mode >= 0 ? mode : defaultSelfHeal;
+    if (running) {
+        Q_EMIT failed(QStringLiteral("a sync is already running"));
+        return;
+    }
+    name = subscription.value(u"name").toString();
+    server = subscription.value(u"server").toString();
+    channel = subscription.value(u"channel").toString();
+    dir = subscription.value(u"dir").toString();
+    token = subscription.value(u"token").toString();
+    if (token.isEmpty()) {
+        token = resolveToken();
+    }
+    if (server.isEmpty() || channel.isEmpty() || dir.isEmpty()) {
+        endFailed(QStringLiteral("subscription '%1' is incomplete (needs server, channel, dir)")
+                      .arg(name.isEmpty() ? QStringLiteral("?") : name));
+        return;
+    }
+    if (lock.tryAcquire(statePath(dir, kLockSuffix)) == ProcessLock::Outcome::kBusy) {
+        endFailed(QStringLiteral("a sync is already running"));
+        return;
+    }
+    migrateLegacyState(dir);
+    recoverSwap(dir);
+    running = true;
+    Q_EMIT progress(named(QStringLiteral("checking channel '%1' ...").arg(channel)));
+    get(apiPath(QStringLiteral("/api/channels/%1"), channel), {}, QStringLiteral("sync"),
+        &Syncer::onChannelReply);
+}
+
+void Syncer::onChannelReply(const QJsonObject& reply) {
+    if (reply.value(u"schema_version").toInt(1) > kNewestChannelSchema) {
+        endFailed(
+            named(QStringLiteral("this channel was written by a newer Quorvelle - please update")));
+        return;
+    }
+    buildId = reply.value(u"build").toString();
+    if (reply.value(u"engine").toString(QStringLiteral("cargo")) == QStringLiteral("tide")) {
+        endFailed(named(QStringLiteral("this client cannot sync Tide channels yet")));
+        return;
+    }
+    if (buildId.isEmpty()) {
+        endFinished(false, QStringLiteral("'%1' has no build yet").arg(name));
+        return;
+    }
+    if (!force && readInstalledMarker(dir).build == buildId) {
+        endFinished(false, QStringLiteral("'%1' is up to date (build %2)").arg(name, buildId));
+        return;
+    }
+    const StagedMarker staged = readStagedMarker(dir);
+    if (staged.build == buildId) {
+        Q_EMIT progress(named(
+            QStringLiteral("build %1 is already staged - retrying activation ...").arg(buildId)));
+        files = {};
+        totalSize = staged.totalSize;
+        activateStaged();
+        return;
+    }
+    fetchManifest();
+}
+
+void Syncer::get(const QString& path, const QueryItems& query, const QString& context,
+                 void (Syncer::*onReply)(const QJsonObject&), HttpExchange::Sink sink) {
+    auto* exchange = new HttpExchange(
+        network, {.method = "GET", .url = apiUrl(server, path, query), .token = token}, this);
+    if (sink) {
+        exchange->streamTo(std::move(sink));
+    }
+    connect(exchange, &HttpExchange::finished, this, [this, exchange, context, onReply] {
+        exchange->deleteLater();
+        if (exchange->succeeded()) {
+            (this->*onReply)(exchange->object());
+        } else if (!storeFailure.isEmpty()) {
+            endFailed(named(storeFailure));
+        } else {
+            endFailed(exchange->failureText(named(context)));
+        }
+    });
+    exchange->start();
+}
+
+QString Syncer::named(const QString& rest) const {
+    return u'\'' + name + QStringLiteral("': ") + rest;
+}
+
+void Syncer::endFinished(bool downloaded, const QString& message) {
+    end();
+    Q_EMIT finished(downloaded, message);
+}
+
+void Syncer::endBlocked(const QString& message) {
+    end();
+    Q_EMIT blocked(buildId, message);
+}
+
+void Syncer::endFailed(const QString& message) {
+    end();
+    Q_EMIT failed(message);
+}
+
+void Syncer::end() {
+    running = false;
+    target.reset();
+    storeFailure.clear();
+    lock.release();
+}
+
+}  // namespace quorvelle

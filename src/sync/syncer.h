@@ -1,0 +1,94 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QObject>
+#include <QString>
+#include <memory>
+
+#include "client/http_exchange.h"
+#include "client/process_lock.h"
+#include "client/save_file.h"
+#include "client/url.h"
+
+namespace quorvelle {
+
+/// Brings one install directory to its channel's current build: asks the server which
+/// build that is, fetches it into a staging directory and swaps that in.
+///
+/// Event-driven and never blocking on the network; everything runs on the thread that
+/// owns the object. Each start() ends in exactly one of finished, blocked and failed,
+/// with `running` already false, so the object can start again. Between processes one
+/// install directory has one sync at a time.
+class Syncer : public QObject {
+    Q_OBJECT
+
+public:
+    explicit Syncer(QObject* parent = nullptr);
+
+    /// Starts the sync of a subscription as the configuration stores it (keys "name",
+    /// "server", "channel", "dir", "token", "self_heal"). `force` downloads a build that
+    /// is already installed once more. Returns at once; a second start while running
+    /// emits failed and leaves the running sync alone.
+    void start(const QJsonObject& subscription, bool force);
+
+Q_SIGNALS:
+    /// A line for the person who waits.
+    void progress(const QString& message);
+    /// How much of the current download is done, 0 to 100.
+    void progressPercent(int percent);
+    /// Success: `downloaded` when a build was put in place, false when nothing had to
+    /// be done.
+    void finished(bool downloaded, const QString& message);
+    /// The build is staged but could not be put in place; the next sync retries.
+    void blocked(const QString& buildId, const QString& message);
+    void failed(const QString& message);
+
+private:
+    // syncer.cpp: the driver
+    void onChannelReply(const QJsonObject& reply);
+    void get(const QString& path, const QueryItems& query, const QString& context,
+             void (Syncer::*onReply)(const QJsonObject&), HttpExchange::Sink sink = {});
+    QString named(const QString& rest) const;
+    void endFinished(bool downloaded, const QString& message);
+    void endBlocked(const QString& message);
+    void endFailed(const QString& message);
+    void end();
+
+    // syncer_cargo.cpp: file by file through the server's API
+    void fetchManifest();
+    void onManifestReply(const QJsonObject& reply);
+    bool prepareStaging();
+    void fetchNextFile();
+    bool openTarget();
+    bool storeBytes(const QByteArray& bytes);
+    void onFileReply(const QJsonObject& unused);
+    QString couldNotFinalize() const;
+
+    // syncer_activation.cpp: staging into place
+    void activateStaged();
+
+    QNetworkAccessManager network;
+    bool running = false;
+    bool force = false;
+    int defaultSelfHeal = 1;
+    int selfHeal = 1;
+    QString name;
+    QString server;
+    QString channel;
+    QString dir;
+    QString token;
+    QString buildId;
+    QJsonArray files;
+    int fileIndex = 0;
+    qint64 totalSize = 0;
+
+    ProcessLock lock;
+    /// The file that is being received, from its first byte to its commit.
+    std::unique_ptr<SaveFile> target;
+    /// Why the file could not be stored; then the transfer was given up for it.
+    QString storeFailure;
+};
+
+}  // namespace quorvelle

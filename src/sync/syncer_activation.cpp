@@ -1,0 +1,41 @@
+#include <QDir>
+
+#include "sync/markers.h"
+#include "sync/swap.h"
+#include "sync/syncer.h"
+
+namespace quorvelle {
+
+void Syncer::activateStaged() {
+    writeStagedMarker(dir, {buildId, channel, totalSize});
+    Q_EMIT progress(named(QStringLiteral("activating build %1 ...").arg(buildId)));
+    const SwapResult result = swapInStaged(dir);
+    const bool recorded =
+        result == SwapResult::kSwapped && writeInstalledMarker(dir, {buildId, channel});
+    if (recorded) {
+        removeStagedMarker(dir);
+    }
+    endSwap(dir);
+
+    const QString place = QDir::toNativeSeparators(dir);
+    if (result == SwapResult::kInUse) {
+        endBlocked(named(QStringLiteral("build %1 is downloaded and ready, but files in %2 are in "
+                                        "use - the update will complete once they are closed")
+                             .arg(buildId, place)));
+    } else if (result == SwapResult::kNotMovable) {
+        endBlocked(named(QStringLiteral("build %1 is downloaded and ready, but could not be "
+                                        "activated - the update will be retried")
+                             .arg(buildId)));
+    } else if (!recorded) {
+        endFailed(named(QStringLiteral(
+            "build activated, but could not record its id - next sync will re-download")));
+    } else if (files.isEmpty()) {
+        endFinished(true, named(QStringLiteral("synced build %1 -> %2").arg(buildId, place)));
+    } else {
+        endFinished(true, named(QStringLiteral("synced build %1 (%2 files, %3 bytes) -> %4")
+                                    .arg(buildId, QString::number(files.size()),
+                                         QString::number(totalSize), place)));
+    }
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,126 @@
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include "sync/file_tree.h"
+#include "sync/markers.h"
+#include "sync/safe_path.h"
+#include "sync/state_folder.h"
+#include "sync/syncer.h"
+
+namespace quorvelle {
+
+namespace {
+
+constexpr int kNewestBuildSchema = 1;
+
+QString pathOf(const QJsonValue& entry) {
+    return entry.toObject().value(u"path").toString();
+}
+
+}  // namespace
+
+void Syncer::fetchManifest() {
+    Q_EMIT progress(named(QStringLiteral("fetching manifest of build %1 ...").arg(buildId)));
+    get(apiPath(QStringLiteral("/api/builds/%1"), buildId), {}, QStringLiteral("manifest fetch"),
+        &Syncer::onManifestReply);
+}
+
+void Syncer::onManifestReply(const QJsonObject& reply) {
+    if (reply.value(u"schema_version").toInt(1) > kNewestBuildSchema) {
+        endFailed(
+            named(QStringLiteral("this build was made by a newer Quorvelle - please update")));
+        return;
+    }
+    files = reply.value(u"files").toArray();
+    if (files.isEmpty()) {
+        endFailed(named(QStringLiteral("build %1 has an empty manifest").arg(buildId)));
+        return;
+    }
+    if (!prepareStaging()) {
+        endFailed(named(
+            QStringLiteral("cannot create staging dir %1").arg(statePath(dir, kStagingSuffix))));
+        return;
+    }
+    fileIndex = 0;
+    totalSize = 0;
+    fetchNextFile();
+}
+
+bool Syncer::prepareStaging() {
+    // The markers go first: they must never speak of a staging directory that holds
+    // something else.
+    removeStagedMarker(dir);
+    QFile::remove(statePath(dir, kStagingBuildSuffix));
+    const QString staging = statePath(dir, kStagingSuffix);
+    return removeTree(staging) && QDir().mkpath(staging);
+}
+
+void Syncer::fetchNextFile() {
+    const int count = static_cast<int>(files.size());
+    if (fileIndex >= count) {
+        activateStaged();
+        return;
+    }
+    const QString path = pathOf(files.at(fileIndex));
+    if (!isSafeRelativePath(path) || !staysInside(path)) {
+        endFailed(named(QStringLiteral("manifest contains an unsafe path: %1").arg(path)));
+        return;
+    }
+    Q_EMIT progress(named(QStringLiteral("fetching %1/%2: %3")
+                              .arg(QString::number(fileIndex + 1), QString::number(count), path)));
+    Q_EMIT progressPercent(static_cast<int>(qint64(fileIndex) * 100 / count));
+    get(apiPath(QStringLiteral("/api/builds/%1/files"), buildId), {{QStringLiteral("path"), path}},
+        QStringLiteral("download of %1").arg(path), &Syncer::onFileReply,
+        [this](const QByteArray& bytes) { return storeBytes(bytes); });
+}
+
+bool Syncer::openTarget() {
+    const QString path = pathOf(files.at(fileIndex));
+    const QString targetPath = QDir(statePath(dir, kStagingSuffix)).filePath(path);
+    if (!QDir().mkpath(QFileInfo(targetPath).path())) {
+        storeFailure = QStringLiteral("cannot create directory for %1").arg(path);
+        return false;
+    }
+    target = std::make_unique<SaveFile>(targetPath);
+    if (!target->open()) {
+        storeFailure = QStringLiteral("cannot write %1").arg(targetPath);
+        return false;
+    }
+    return true;
+}
+
+bool Syncer::storeBytes(const QByteArray& bytes) {
+    if (!target && !openTarget()) {
+        return false;
+    }
+    if (!target->write(bytes)) {
+        storeFailure = couldNotFinalize();
+        return false;
+    }
+    totalSize += bytes.size();
+    return true;
+}
+
+void Syncer::onFileReply(const QJsonObject&) {
+    // A file without bytes was not opened while its body arrived.
+    if (!target && !openTarget()) {
+        endFailed(named(storeFailure));
+        return;
+    }
+    if (!target->commit()) {
+        endFailed(named(couldNotFinalize()));
+        return;
+    }
+    target.reset();
+    ++fileIndex;
+    fetchNextFile();
+}
+
+QString Syncer::couldNotFinalize() const {
+    const QString path = pathOf(files.at(fileIndex));
+    return QStringLiteral("could not finalize %1")
+        .arg(QDir(statePath(dir, kStagingSuffix)).filePath(path));
+}
+
+}  // namespace quorvelle
