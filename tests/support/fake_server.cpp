@@ -1,0 +1,94 @@
+#include "support/fake_server.h"
+
+#include <QJsonDocument>
+
+namespace quorvelle::testing {
+
+std::string SeenRequest::header(const std::string& name) const {
+    const auto found = headers.find(name);
+    return found == headers.end() ? "(none)" : found->second;
+}
+
+FakeServer::FakeServer() {
+    const auto all = [this](const httplib::Request& request, httplib::Response& response) {
+        answer(request, response);
+    };
+    server.Get(".*", all).Post(".*", all).Put(".*", all).Delete(".*", all);
+    // Two waits of 40 ms otherwise stand in every exchange on loopback.
+    server.set_tcp_nodelay(true);
+    port = server.bind_to_any_port("127.0.0.1");
+    thread = std::thread([this] { server.listen_after_bind(); });
+    while (!server.is_running()) {
+        std::this_thread::yield();
+    }
+}
+
+FakeServer::~FakeServer() {
+    server.stop();
+    thread.join();
+}
+
+QString FakeServer::url() const {
+    return QStringLiteral("http://127.0.0.1:%1").arg(port);
+}
+
+void FakeServer::on(const std::string& method, const std::string& target, Answer answer) {
+    const std::lock_guard guard(mutex);
+    answers[{method, target}] = std::move(answer);
+}
+
+void FakeServer::onJson(const std::string& method, const std::string& target,
+                        const QJsonObject& body, int status) {
+    const std::string text = QJsonDocument(body).toJson(QJsonDocument::Compact).toStdString();
+    on(method, target, [text, status](const httplib::Request&, httplib::Response& response) {
+        response.status = status;
+        response.set_content(text, "application/json");
+    });
+}
+
+void FakeServer::onBytes(const std::string& method, const std::string& target,
+                         const std::string& body) {
+    on(method, target, [body](const httplib::Request&, httplib::Response& response) {
+        response.set_content(body, "application/octet-stream");
+    });
+}
+
+std::vector<SeenRequest> FakeServer::requests() const {
+    const std::lock_guard guard(mutex);
+    return seen;
+}
+
+std::vector<std::string> FakeServer::lines() const {
+    std::vector<std::string> result;
+    for (const SeenRequest& request : requests()) {
+        result.push_back(request.line());
+    }
+    return result;
+}
+
+void FakeServer::forget() {
+    const std::lock_guard guard(mutex);
+    seen.clear();
+}
+
+void FakeServer::answer(const httplib::Request& request, httplib::Response& response) {
+    Answer found;
+    {
+        const std::lock_guard guard(mutex);
+        seen.push_back({request.method, request.target, request.headers, request.body});
+        const auto at = answers.find({request.method, request.target});
+        if (at != answers.end()) {
+            found = at->second;
+        }
+    }
+    if (found) {
+        found(request, response);
+        return;
+    }
+    response.status = 404;
+    const QJsonObject body{
+        {QStringLiteral("error"), QString::fromStdString("nothing at " + request.target)}};
+    response.set_content(QJsonDocument(body).toJson().toStdString(), "application/json");
+}
+
+}  // namespace quorvelle::testing

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <httplib.h>
+
+#include <QJsonObject>
+#include <QString>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace quorvelle::testing {
+
+/// A request as it came over the wire.
+struct SeenRequest {
+    std::string method;
+    /// Path and query exactly as sent, percent-encoding included.
+    std::string target;
+    httplib::Headers headers;
+    std::string body;
+
+    /// The header's value, or "(none)" when it was not sent.
+    std::string header(const std::string& name) const;
+    /// "METHOD target", for comparing whole conversations.
+    std::string line() const { return method + ' ' + target; }
+};
+
+/// A server on a free loopback port that answers as told and remembers what it was
+/// asked. Answers are found by method and raw target; anything else gets a 404 whose
+/// "error" names the request. Answers may be given while it runs, from any thread.
+class FakeServer {
+public:
+    using Answer = std::function<void(const httplib::Request&, httplib::Response&)>;
+
+    FakeServer();
+    ~FakeServer();
+
+    /// Base URL without a trailing slash.
+    QString url() const;
+
+    void on(const std::string& method, const std::string& target, Answer answer);
+    void onJson(const std::string& method, const std::string& target, const QJsonObject& body,
+                int status = 200);
+    void onBytes(const std::string& method, const std::string& target, const std::string& body);
+
+    std::vector<SeenRequest> requests() const;
+    /// The lines of all requests in order.
+    std::vector<std::string> lines() const;
+    void forget();
+
+private:
+    void answer(const httplib::Request& request, httplib::Response& response);
+
+    httplib::Server server;
+    int port = 0;
+    std::thread thread;
+    mutable std::mutex mutex;
+    std::map<std::pair<std::string, std::string>, Answer> answers;
+    std::vector<SeenRequest> seen;
+};
+
+}  // namespace quorvelle::testing

@@ -1,0 +1,97 @@
+#include "support/process_runner.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QProcess>
+
+namespace quorvelle::testing {
+
+QJsonObject Outcome::json() const {
+    EXPECT_EQ(out.count(u'\n'), 1) << "not one line: " << out.toStdString();
+    const QJsonDocument document = QJsonDocument::fromJson(out.toUtf8());
+    EXPECT_TRUE(document.isObject()) << "no JSON object: " << out.toStdString();
+    return document.object();
+}
+
+QString quorvelleProgram() {
+    return QStringLiteral(QUORVELLE_PROGRAM);
+}
+
+Sandbox::Sandbox() : environment(QProcessEnvironment::systemEnvironment()) {
+    environment.remove(QStringLiteral("QUORVELLE_TOKEN"));
+    environment.insert(QStringLiteral("QUORVELLE_CONFIG_DIR"), path(QStringLiteral("config")));
+    environment.insert(QStringLiteral("HOME"), folder.path());
+}
+
+QString Sandbox::path(const QString& relative) const {
+    return folder.filePath(relative);
+}
+
+Outcome Sandbox::run(const QStringList& args) const {
+    return runProgram(quorvelleProgram(), args);
+}
+
+Outcome Sandbox::runProgram(const QString& program, const QStringList& args) const {
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(folder.path());
+    process.start(program, args);
+    process.closeWriteChannel();
+    EXPECT_TRUE(process.waitForFinished(-1)) << program.toStdString();
+    const bool killed = process.exitStatus() == QProcess::CrashExit;
+    return {killed ? -process.exitCode() : process.exitCode(),
+            QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+void Sandbox::write(const QString& relative, const QByteArray& bytes) const {
+    const QString target = path(relative);
+    EXPECT_TRUE(QDir().mkpath(QFileInfo(target).path()));
+    QFile file(target);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << target.toStdString();
+    EXPECT_EQ(file.write(bytes), bytes.size());
+}
+
+QByteArray Sandbox::read(const QString& relative) const {
+    QFile file(path(relative));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(missing)");
+}
+
+QStringList Sandbox::tree(const QString& relative) const {
+    const QDir root(path(relative));
+    if (!root.exists()) {
+        return {QStringLiteral("(missing)")};
+    }
+    QStringList result;
+    QDirIterator entries(root.path(),
+                         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        const QString entry = entries.next();
+        const QString name = root.relativeFilePath(entry);
+        if (entries.fileInfo().isDir() && !entries.fileInfo().isSymLink()) {
+            if (QDir(entry).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)) {
+                result.append(name + u'/');
+            }
+        } else {
+            result.append(name + u'=' + QString::fromUtf8(read(relative + u'/' + name)));
+        }
+    }
+    result.sort();
+    return result;
+}
+
+QJsonObject Sandbox::config() const {
+    return QJsonDocument::fromJson(read(QStringLiteral("config/config.json"))).object();
+}
+
+void Sandbox::writeConfig(const QJsonObject& document) const {
+    write(QStringLiteral("config/config.json"), QJsonDocument(document).toJson());
+}
+
+}  // namespace quorvelle::testing
