@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QDir>
+#include <QJsonObject>
+#include <QList>
+#include <QMap>
+#include <mutex>
+#include <optional>
+
+#include "reply.h"
+
+namespace quorvelle::devserver {
+
+/// The channels on disk, one "<name>.json" each: an object with "channel",
+/// "build" (empty before the first promotion), "engine" and, with a build,
+/// "promoted_at". Any thread may call any function.
+class ChannelStore {
+public:
+    explicit ChannelStore(const QDir& folder) : folder_(folder) {}
+
+    /// Takes up the channels of an earlier run. A channel that cannot be read
+    /// comes back as a sentence.
+    std::optional<QString> load();
+
+    /// Adds a channel without a build.
+    Reply create(const QString& name);
+
+    /// Points a channel, new or known, at a build the caller knows to exist.
+    Reply promote(const QString& name, const QString& build);
+
+    /// The channels by name.
+    QList<QJsonObject> list() const;
+    std::optional<QJsonObject> find(const QString& name) const;
+
+private:
+    Reply save(const QJsonObject& channel);
+
+    const QDir folder_;
+    mutable std::mutex mutex_;
+    QMap<QString, QJsonObject> channels_;
+};
+
+}  // namespace quorvelle::devserver

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QDir>
+#include <QJsonObject>
+#include <QLockFile>
+#include <QString>
+#include <QTemporaryFile>
+#include <memory>
+#include <optional>
+
+namespace quorvelle::devserver {
+
+/// The folder all state lives in, held by one server at a time. Uploads grow
+/// in its "tmp" folder, which starts out empty, until a store takes them over.
+class DataFolder {
+public:
+    explicit DataFolder(const QString& path);
+
+    /// Creates the folder and locks it until this object goes. What stands in
+    /// the way comes back as a sentence.
+    std::optional<QString> open();
+
+    const QDir& dir() const { return dir_; }
+
+    /// An empty file that is removed again unless a store takes it over. Null
+    /// when the disk refuses one. Safe to call from any thread.
+    std::unique_ptr<QTemporaryFile> newTemporaryFile() const;
+
+private:
+    QDir dir_;
+    QLockFile lock_;
+};
+
+/// The JSON object a file holds; nothing when it cannot be read as one.
+std::optional<QJsonObject> readJson(const QString& path);
+
+/// Replaces a file as a whole, so that a crash leaves the old or the new one.
+bool writeJson(const QString& path, const QJsonObject& object);
+
+/// The present time in UTC as ISO 8601 with whole seconds.
+QString timestamp();
+
+}  // namespace quorvelle::devserver

@@ -1,0 +1,139 @@
+#include "endpoints.h"
+
+#include <QJsonArray>
+
+namespace quorvelle::devserver {
+namespace {
+
+/// Writes the body to a file that vanishes unless the build takes it over.
+Reply receiveFile(const Call& call, const Service& service) {
+    const QString path = call.query.value("path");
+    if (const auto refusal = service.builds.refusalFor(call.name, path)) {
+        return *refusal;
+    }
+    if (!call.body.isAnnounced()) {
+        return Refusal{411, "an upload needs a Content-Length"};
+    }
+    const auto file = service.folder.newTemporaryFile();
+    if (!file) {
+        return Refusal{500, "cannot create a temporary file"};
+    }
+    bool written = true;
+    const bool complete = call.body.read([&](const char* data, size_t size) {
+        const auto bytes = static_cast<qint64>(size);
+        written = written && file->write(data, bytes) == bytes;
+    });
+    if (!complete) {
+        return Refusal{400, "the upload ended before all of the file had arrived"};
+    }
+    if (!written || !file->flush()) {
+        return Refusal{500, QString("cannot store '%1': %2").arg(path, file->errorString())};
+    }
+    if (const auto refusal = service.builds.add(call.name, path, *file)) {
+        return *refusal;
+    }
+    return QJsonObject{{"build", call.name}, {"path", path}};
+}
+
+QJsonObject withChannels(QJsonObject build, const ChannelStore& channels) {
+    QJsonArray names;
+    for (const QJsonObject& channel : channels.list()) {
+        if (channel["build"] == build["build"]) {
+            names.append(channel["channel"]);
+        }
+    }
+    build["channels"] = names;
+    return build;
+}
+
+Reply listBuilds(const Service& service) {
+    QJsonArray builds;
+    for (const QJsonObject& build : service.builds.list()) {
+        builds.append(withChannels(build, service.channels));
+    }
+    return QJsonObject{{"builds", builds}};
+}
+
+Reply showBuild(const Call& call, const Service& service) {
+    Reply reply = service.builds.manifest(call.name);
+    if (auto* build = std::get_if<QJsonObject>(&reply)) {
+        *build = withChannels(*build, service.channels);
+    }
+    return reply;
+}
+
+QJsonObject withSize(QJsonObject channel, const BuildStore& builds) {
+    if (const auto build = builds.find(channel["build"].toString())) {
+        channel["file_count"] = (*build)["file_count"];
+        channel["total_size"] = (*build)["total_size"];
+    }
+    return channel;
+}
+
+Reply listChannels(const Service& service) {
+    QJsonArray channels;
+    for (const QJsonObject& channel : service.channels.list()) {
+        channels.append(withSize(channel, service.builds));
+    }
+    return QJsonObject{{"channels", channels}};
+}
+
+Reply showChannel(const Call& call, const Service& service) {
+    const auto found = service.channels.find(call.name);
+    if (!found) {
+        return Refusal{404, QString("no channel '%1'").arg(call.name)};
+    }
+    QJsonObject channel = withSize(*found, service.builds);
+    channel["schema_version"] = 1;
+    return channel;
+}
+
+Reply promote(const Call& call, const Service& service) {
+    const QString build = call.query.value("build");
+    if (build.isEmpty()) {
+        return Refusal{400, "the query item 'build' is missing"};
+    }
+    if (!service.builds.find(build)) {
+        return Refusal{404, QString("no finalized build '%1'").arg(build)};
+    }
+    return service.channels.promote(call.name, build);
+}
+
+Reply showVersion(const Call&) {
+    return QJsonObject{{"name", "quorvelle-devserver"},
+                       {"version", QUORVELLE_DEVSERVER_VERSION},
+                       {"schema_version", 1}};
+}
+
+Reply showCaller(const Call&) {
+    return QJsonObject{{"user", "dev"},
+                       {"name", "dev"},
+                       {"role", "admin"},
+                       {"groups", QJsonArray()},
+                       {"channels", QJsonArray()}};
+}
+
+}  // namespace
+
+void addEndpoints(Router& router, const Service& s) {
+    router.add("GET", "api/version", showVersion, Router::Access::kOpen);
+    router.add("GET", "api/me", showCaller);
+
+    router.add("GET", "api/builds", [s](const Call&) { return listBuilds(s); });
+    router.add("GET", "api/builds/*", [s](const Call& call) { return showBuild(call, s); });
+    router.add("GET", "api/builds/*/files", [s](const Call& call) {
+        return s.builds.file(call.name, call.query.value("path"));
+    });
+    router.add("PUT", "api/builds/*/files", [s](const Call& call) { return receiveFile(call, s); });
+    router.add("POST", "api/builds/*/finalize",
+               [s](const Call& call) { return s.builds.finalize(call.name); });
+
+    router.add("GET", "api/channels", [s](const Call&) { return listChannels(s); });
+    router.add("GET", "api/channels/*", [s](const Call& call) { return showChannel(call, s); });
+    router.add("POST", "api/channels/*",
+               [s](const Call& call) { return s.channels.create(call.name); });
+    router.add("POST", "api/channels/*/promote",
+               [s](const Call& call) { return promote(call, s); });
+}
+
+}  // namespace quorvelle::devserver

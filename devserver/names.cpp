@@ -1,0 +1,72 @@
+#include "names.h"
+
+#include <QStringDecoder>
+#include <algorithm>
+
+namespace quorvelle::devserver {
+namespace {
+
+constexpr qsizetype kMaxPathLength = 1024;
+constexpr qsizetype kMaxPartBytes = 255;
+// Leaves room for a suffix below the usual limit of 255 bytes.
+constexpr qsizetype kMaxFileNameLength = 240;
+
+std::optional<QString> decoded(const QByteArray& encoded) {
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = decoder(QByteArray::fromPercentEncoding(encoded));
+    if (decoder.hasError()) {
+        return std::nullopt;
+    }
+    return text;
+}
+
+}  // namespace
+
+std::optional<Target> parseTarget(const std::string& raw) {
+    const auto whole = QByteArray::fromStdString(raw);
+    const qsizetype mark = whole.indexOf('?');
+    const QByteArray path = mark < 0 ? whole : whole.first(mark);
+    if (!path.startsWith('/')) {
+        return std::nullopt;
+    }
+    Target target;
+    for (const QByteArray& segment : path.sliced(1).split('/')) {
+        const auto name = decoded(segment);
+        if (!name) {
+            return std::nullopt;
+        }
+        target.segments.append(*name);
+    }
+    const QByteArray query = mark < 0 ? QByteArray() : whole.sliced(mark + 1);
+    for (const QByteArray& item : query.split('&')) {
+        const qsizetype equals = item.indexOf('=');
+        const auto key = decoded(equals < 0 ? item : item.first(equals));
+        const auto value = decoded(equals < 0 ? QByteArray() : item.sliced(equals + 1));
+        if (!key || !value) {
+            return std::nullopt;
+        }
+        target.query.insert(*key, *value);
+    }
+    return target;
+}
+
+std::optional<QString> fileNameFor(const QString& name) {
+    const QByteArray encoded = name.toUtf8().toPercentEncoding({}, ".~");
+    if (encoded.size() > kMaxFileNameLength) {
+        return std::nullopt;
+    }
+    return QString::fromLatin1(encoded);
+}
+
+bool isSafePath(const QString& path) {
+    if (path.size() > kMaxPathLength || path.contains('\\') || path.contains(QChar(0))) {
+        return false;
+    }
+    const QStringList parts = path.split('/');
+    return std::none_of(parts.begin(), parts.end(), [](const QString& part) {
+        return part.isEmpty() || part == "." || part == ".." ||
+               part.toUtf8().size() > kMaxPartBytes;
+    });
+}
+
+}  // namespace quorvelle::devserver

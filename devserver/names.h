@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QByteArray>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+#include <optional>
+#include <string>
+
+namespace quorvelle::devserver {
+
+/// A request target taken apart: the path's segments and the query's items,
+/// each percent-decoded only after the split, so that a name may hold any
+/// character, "/" included.
+struct Target {
+    QStringList segments;
+    QMap<QString, QString> query;
+};
+
+/// Takes a raw request target apart. A "+" in the query stays a "+". Nothing
+/// when a part is not UTF-8 once decoded.
+std::optional<Target> parseTarget(const std::string& raw);
+
+/// The file name that stands for a build or channel on disk: percent-encoded
+/// outside [A-Za-z0-9_-], so that no name can leave its folder. Nothing when
+/// the name is too long for a file system to hold.
+std::optional<QString> fileNameFor(const QString& name);
+
+/// Whether a file's path within a build stays within it on every platform the
+/// client runs on.
+bool isSafePath(const QString& path);
+
+}  // namespace quorvelle::devserver

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <variant>
+
+namespace quorvelle::devserver {
+
+/// How the server was asked to run. Port 0 stands for any free port.
+struct Options {
+    QString dataDir;
+    int port = 8420;
+};
+
+/// Reads the command line without the program's name. The alternative is a
+/// sentence that says what is wrong with it.
+std::variant<Options, QString> parseOptions(const QStringList& arguments);
+
+}  // namespace quorvelle::devserver
