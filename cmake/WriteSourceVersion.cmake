@@ -1,6 +1,8 @@
 # Writes the header with the version "<VERSION>+g<short commit hash>"; the hash
 # is "unknown" where SOURCE_DIR is no checkout (a source archive).
 
+cmake_minimum_required(VERSION 3.25)
+
 set(hash "unknown")
 if(EXISTS ${SOURCE_DIR}/.git)
   execute_process(COMMAND git -C ${SOURCE_DIR} rev-parse --short HEAD

@@ -36,7 +36,7 @@ HttpExchange::HttpExchange(QNetworkAccessManager& network, HttpRequest outgoing,
     : QObject(parent), manager(network), request(std::move(outgoing)) {}
 
 HttpExchange::~HttpExchange() {
-    if (reply != nullptr) {
+    if (!reply.isNull()) {
         reply->disconnect(this);
         reply->deleteLater();
     }

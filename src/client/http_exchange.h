@@ -4,6 +4,7 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QUrl>
 #include <functional>
@@ -79,7 +80,8 @@ private:
     QNetworkAccessManager& manager;
     HttpRequest request;
     Sink sink;
-    QNetworkReply* reply = nullptr;
+    /// Owned by the manager, which may end before this object.
+    QPointer<QNetworkReply> reply;
     QByteArray body;
     qint64 received = 0;
     int status = 0;
