@@ -8,6 +8,9 @@
 #include <QString>
 #include <QUrl>
 #include <functional>
+#include <optional>
+
+#include "client/inflater.h"
 
 class QIODevice;
 class QNetworkAccessManager;
@@ -75,15 +78,17 @@ private:
     void onReplyFinished();
     void conclude(const QString& failureReason);
     bool followRedirect(const QUrl& target);
-    bool bodyIsWhole() const;
+    bool decode(const QByteArray& bytes);
+    bool take(const QByteArray& bytes);
 
     QNetworkAccessManager& manager;
     HttpRequest request;
     Sink sink;
     /// Owned by the manager, which may end before this object.
     QPointer<QNetworkReply> reply;
+    /// Of the current reply, when its body is compressed.
+    std::optional<Inflater> inflater;
     QByteArray body;
-    qint64 received = 0;
     int status = 0;
     int redirects = 0;
     /// Why the exchange failed where the network layer does not say so itself.
