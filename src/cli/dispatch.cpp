@@ -1,5 +1,7 @@
 #include "cli/dispatch.h"
 
+#include <algorithm>
+
 #include "cli/console/arguments.h"
 #include "cli/console/output.h"
 #include "cli/console/usage.h"
@@ -21,16 +23,21 @@ bool matches(const Command& command, const QStringList& arguments) {
 
 }  // namespace
 
+const Command* findCommand(const QStringList& typed, CommandTable table) {
+    const auto found = std::find_if(table.begin(), table.end(), [&](const Command& command) {
+        return matches(command, typed);
+    });
+    return found == table.end() ? nullptr : &*found;
+}
+
 int dispatch(QStringList arguments, CommandTable table) {
     setJsonMode(takeFlag(arguments, QStringLiteral("--json")));
     if (arguments.size() < 2) {
         return printUsage();
     }
     const QStringList typed = arguments.sliced(1);
-    for (const Command& command : table) {
-        if (matches(command, typed)) {
-            return command.handler(typed.sliced(wordsOf(command).size()));
-        }
+    if (const Command* command = findCommand(typed, table)) {
+        return command->handler(typed.sliced(wordsOf(*command).size()));
     }
     printDiagnostic(QStringLiteral("Unknown command '%1'\n\n").arg(typed.first()));
     return printUsage();

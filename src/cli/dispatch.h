@@ -6,6 +6,11 @@
 
 namespace quorvelle {
 
+/// The first row of the table whose words begin what was typed, with as many arguments
+/// after them as the row asks for; null when there is none. `typed` begins with the
+/// command word.
+const Command* findCommand(const QStringList& typed, CommandTable table);
+
 /// Runs one command line: takes "--json" out wherever it stands, finds the first row
 /// whose words and number of arguments match, and returns its handler's exit code.
 /// `arguments` begins with the program's path. No command word prints the usage, words

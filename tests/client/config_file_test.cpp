@@ -1,0 +1,181 @@
+#include "client/config_file.h"
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <QDir>
+#include <QJsonArray>
+#include <QSaveFile>
+#include <csignal>
+#include <thread>
+
+#include "client/config_document.h"
+#include "support/notation.h"
+#include "support/qt_printers.h"
+#include "support/temporary_config.h"
+
+namespace quorvelle::testing {
+
+namespace {
+
+/// Permission bits of a file, or 0 when there is none.
+mode_t modeOf(const QString& path) {
+    struct stat info = {};
+    return ::stat(path.toUtf8().constData(), &info) == 0 ? info.st_mode & 07777U : 0;
+}
+
+/// Until the end of the scope every write to a file fails like one to a full disk.
+class NoRoomForFiles {
+public:
+    NoRoomForFiles() : handler(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit none = {0, before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &none);
+    }
+    ~NoRoomForFiles() {
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+    }
+    NoRoomForFiles(const NoRoomForFiles&) = delete;
+    NoRoomForFiles& operator=(const NoRoomForFiles&) = delete;
+
+private:
+    void (*handler)(int);
+    rlimit before = {};
+};
+
+}  // namespace
+
+TEST(ConfigFile, StandsInTheChosenFolder) {
+    TemporaryConfig config;
+    EXPECT_EQ(config::path(), config.sandbox.configPath());
+    EXPECT_EQ(config::couldNotWrite(), "could not write " + config.sandbox.configPath());
+
+    const ScopedVariable home("XDG_CONFIG_HOME", "/home/ada/.config");
+    for (const QByteArray& unset : {QByteArray(""), QByteArray()}) {
+        config.folder.set(unset);
+        EXPECT_EQ(config::path(), QString("/home/ada/.config/Quorvelle/Quorvelle/config.json"));
+    }
+}
+
+TEST(ConfigFile, CountsAsEmptyWhenItHoldsNoObject) {
+    struct Row {
+        const char* name;
+        const char* bytes;
+    };
+    const TemporaryConfig config;
+    EXPECT_EQ(text(config::load()), "{'schema_version':2}");
+    for (const Row& row :
+         {Row{"empty", ""}, Row{"array", "[{\"server\":\"s\"}]"}, Row{"text", "\"server\""},
+          Row{"cut", "{\"server\":\"s\","}, Row{"not UTF-8", "{\"server\":\"\xff\"}"},
+          Row{"comment behind", "{\"server\":\"s\"} // x"}}) {
+        SCOPED_TRACE(row.name);
+        config.sandbox.write("config/config.json", row.bytes);
+        EXPECT_EQ(text(config::load()), "{'schema_version':2}");
+        EXPECT_EQ(config.sandbox.read("config/config.json"), QByteArray(row.bytes));
+
+        ASSERT_TRUE(config::save(json("{'server':'new'}")));
+        EXPECT_EQ(config.sandbox.read("config/config.json.corrupt"), QByteArray(row.bytes));
+        EXPECT_EQ(modeOf(config.sandbox.configPath() + ".corrupt"), 0600U);
+        EXPECT_EQ(text(config.sandbox.config()), "{'server':'new'}");
+    }
+}
+
+TEST(ConfigFile, IsMigratedInMemoryOnly) {
+    const TemporaryConfig config;
+    config.sandbox.write("config/config.json", "{\"server\":\"s\"}");
+    EXPECT_EQ(text(config::load()), "{'schema_version':2,'server':'s'}");
+    EXPECT_EQ(config.sandbox.read("config/config.json"), "{\"server\":\"s\"}");
+}
+
+TEST(ConfigFile, IsSavedAsIndentedJson) {
+    const TemporaryConfig config;
+    ASSERT_TRUE(config::save(json("{'own':[true],'server':'http://ü'}")));
+    EXPECT_EQ(config.sandbox.tree("."),
+              QStringList("config/config.json={\n    \"own\": [\n        true\n    ],\n"
+                          "    \"server\": \"http://ü\"\n}\n"));
+    ASSERT_TRUE(config::save({}));
+    EXPECT_EQ(config.sandbox.tree("."), QStringList("config/config.json={\n}\n"));
+}
+
+TEST(ConfigFile, IsReadableByItsOwnerAlone) {
+    const TemporaryConfig config;
+    const mode_t before = ::umask(0022);
+    ASSERT_TRUE(config::save({}));
+    EXPECT_EQ(modeOf(config::path()), 0600U);
+    ASSERT_EQ(::chmod(config::path().toUtf8().constData(), 0644), 0);
+    ASSERT_TRUE(config::save({}));
+    EXPECT_EQ(modeOf(config::path()), 0600U);
+    EXPECT_EQ(::umask(before), 0022U) << "saving changed the process's umask";
+}
+
+TEST(ConfigFile, IsLeftAloneWhenItCannotBeRead) {
+    const TemporaryConfig config;
+    config.sandbox.write("config/config.json/inside", "kept");
+    EXPECT_EQ(text(config::load()), "{'schema_version':2}");
+    EXPECT_FALSE(config::save(json("{'server':'s'}")));
+    EXPECT_FALSE(config::Change().save());
+    EXPECT_EQ(config.sandbox.tree("."), QStringList("config/config.json/inside=kept"));
+}
+
+TEST(ConfigFile, IsNotSavedWhereNoFolderCanBeMade) {
+    TemporaryConfig config;
+    config.sandbox.write("file", "kept");
+    for (const char* folder : {"file", "file/below"}) {
+        config.folder.set(config.sandbox.path(folder).toUtf8());
+        EXPECT_FALSE(config::save({}));
+        EXPECT_FALSE(config::Change().save());
+    }
+    EXPECT_EQ(config.sandbox.tree("."), QStringList("file=kept"));
+}
+
+TEST(ConfigFile, StaysWholeWhenTheDiskIsFull) {
+    for (const char* bytes : {"{\"server\":\"old\"}", "corrupt"}) {
+        const TemporaryConfig config;
+        config.sandbox.write("config/config.json", bytes);
+        config.sandbox.write("plain", "old");
+        bool saved = true;
+        bool plainSaved = false;
+        {
+            const NoRoomForFiles full;
+            saved = config::save(json("{'server':'new'}"));
+            QSaveFile plain(config.sandbox.path("plain"));
+            plain.open(QIODevice::WriteOnly);
+            plain.write("new");
+            plainSaved = plain.commit();
+        }
+        EXPECT_FALSE(saved);
+        // The framework's own save-file reports success and leaves an empty file.
+        EXPECT_TRUE(plainSaved);
+        EXPECT_EQ(config.sandbox.tree("."),
+                  QStringList({QString("config/config.json=") + bytes, "plain="}));
+    }
+}
+
+TEST(ConfigChange, LosesNothingOfFiftyCommandsAtOnce) {
+    const TemporaryConfig config;
+    std::vector<std::thread> commands;
+    std::vector<int> codes(50, -1);
+    QStringList names;
+    for (std::size_t i = 0; i < codes.size(); ++i) {
+        names.append(QString("app%1").arg(i, 2, 10, QChar('0')));
+        commands.emplace_back([&config, &codes, i, name = names.last()] {
+            codes[i] = config.sandbox.run(args("subscribe http://s " + name + " --dir d")).code;
+        });
+    }
+    for (std::thread& command : commands) {
+        command.join();
+    }
+    EXPECT_THAT(codes, ::testing::Each(0));
+    QStringList stored;
+    for (const QJsonValue& entry : config::subscriptions(config::load())) {
+        stored.append(entry["name"].toString());
+    }
+    stored.sort();
+    EXPECT_EQ(stored, names);
+    EXPECT_EQ(QDir(config.sandbox.path("config")).entryList(QDir::Files | QDir::Hidden),
+              QStringList("config.json"));
+}
+
+}  // namespace quorvelle::testing

@@ -1,0 +1,95 @@
+#include "client/url.h"
+
+#include <gmock/gmock.h>
+
+#include "client/requests.h"
+#include "support/api_server.h"
+#include "support/qt_printers.h"
+
+namespace quorvelle::testing {
+
+TEST(WithoutTrailingSlashes, RemovesAllOfThem) {
+    EXPECT_EQ(withoutTrailingSlashes("http://h/base///"), QString("http://h/base"));
+    EXPECT_EQ(withoutTrailingSlashes("http://h//base"), QString("http://h//base"));
+    EXPECT_EQ(withoutTrailingSlashes("///"), QString());
+    EXPECT_EQ(withoutTrailingSlashes(""), QString());
+}
+
+TEST(ApiUrl, SendsEveryNameAsOnePathSegment) {
+    struct Row {
+        const char* name;
+        const char* segment;
+    };
+    ApiServer api;
+    FakeServer& server = api.server;
+    for (const Row& row : {
+             Row{"app-1.0_b~c", "app-1.0_b~c"},
+             Row{"a/b", "a%2Fb"},
+             Row{"/abs/", "%2Fabs%2F"},
+             Row{"what?x=1", "what%3Fx%3D1"},
+             Row{"bob#2", "bob%232"},
+             Row{"50%", "50%25"},
+             Row{"100%1", "100%251"},
+             Row{"%2F", "%252F"},
+             Row{"%2", "%252"},
+             Row{"a+b", "a%2Bb"},
+             Row{"a b", "a%20b"},
+             Row{" ", "%20"},
+             Row{"a\\b\"c", "a%5Cb%22c"},
+             Row{"größe", "gr%C3%B6%C3%9Fe"},
+             Row{"日😀", "%E6%97%A5%F0%9F%98%80"},
+             Row{"...", "..."},
+             Row{".hidden", ".hidden"},
+             Row{"../x", "..%2Fx"},
+         }) {
+        SCOPED_TRACE(row.name);
+        server.forget();
+        getJson(server.url(), apiPath("/api/builds/%1", row.name), "x");
+        getJson(server.url(), apiPath("/api/channels/%1/launch", row.name), "x");
+        EXPECT_THAT(
+            server.lines(),
+            ::testing::ElementsAre(std::string("GET /api/builds/") + row.segment,
+                                   std::string("GET /api/channels/") + row.segment + "/launch"));
+    }
+}
+
+/// The network layer takes "." and ".." out of a path, however they are encoded: the
+/// deletion of a build named ".." would become that of something else.
+TEST(ApiUrl, SendsNothingForANameThatWouldChangeThePath) {
+    ApiServer api;
+    for (const char* name : {".", ".."}) {
+        SCOPED_TRACE(name);
+        EXPECT_FALSE(deleteResource(api.server.url(), apiPath("/api/builds/%1", name), "x").ok);
+        EXPECT_FALSE(postEmpty(api.server.url(), apiPath("/api/builds/%1/finalize", name), "x").ok);
+        EXPECT_FALSE(getJson(api.server.url() + "/base", apiPath("/api/%1/x", name), "x").ok);
+    }
+    EXPECT_THAT(api.server.lines(), ::testing::IsEmpty());
+}
+
+TEST(ApiUrl, SendsQueryValuesUnchanged) {
+    ApiServer api;
+    FakeServer& server = api.server;
+    postEmpty(
+        server.url(), "/api/p", "x",
+        {{"path", "a+b c/d&e=f#g%h"}, {"second", "%2B?ü;"}, {"empty", ""}, {"path", "100%1"}});
+    deleteResource(server.url(), "/api/p", "x", {{"a+b", "~-._"}});
+    deleteResource(server.url(), "/api/p", "x", {});
+    EXPECT_THAT(server.lines(),
+                ::testing::ElementsAre("POST /api/p?path=a%2Bb%20c%2Fd%26e%3Df%23g%25h"
+                                       "&second=%252B%3F%C3%BC%3B&empty=&path=100%251",
+                                       "DELETE /api/p?a%2Bb=~-._", "DELETE /api/p"));
+}
+
+TEST(ApiUrl, JoinsServerAndPathWithOneSlash) {
+    ApiServer api;
+    FakeServer& server = api.server;
+    for (const char* ending : {"", "/", "///"}) {
+        getJson(server.url() + ending, "/api/me", "x");
+        getJson(server.url() + "/base" + ending, "/api/me", "x");
+    }
+    EXPECT_THAT(server.lines(),
+                ::testing::ElementsAre("GET /api/me", "GET /base/api/me", "GET /api/me",
+                                       "GET /base/api/me", "GET /api/me", "GET /base/api/me"));
+}
+
+}  // namespace quorvelle::testing

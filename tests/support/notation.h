@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+#include <string>
+
+/// Short forms in which tables of cases stay readable.
+
+namespace quorvelle::testing {
+
+/// The words of a line, split at blanks.
+inline QStringList args(const QString& line) {
+    return line.split(u' ', Qt::SkipEmptyParts);
+}
+
+/// A JSON object written with ' in the place of ".
+inline QJsonObject json(QByteArray text) {
+    return QJsonDocument::fromJson(text.replace('\'', '"')).object();
+}
+
+/// The object in the notation of json(), keys in alphabetical order.
+inline std::string text(const QJsonObject& object) {
+    return QJsonDocument(object).toJson(QJsonDocument::Compact).replace('"', '\'').toStdString();
+}
+
+}  // namespace quorvelle::testing
