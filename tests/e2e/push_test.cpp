@@ -1,0 +1,208 @@
+#include <gmock/gmock.h>
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+
+#include "support/fake_builds.h"
+#include "support/outcomes.h"
+#include "support/qt_printers.h"
+
+namespace quorvelle::testing {
+namespace {
+
+using ::testing::ElementsAre;
+
+/// One more than a double can count to.
+constexpr qint64 kSize = 9007199254740993;
+const QJsonObject kSizes{{"file_count", 3}, {"total_size", kSize}, {"more", 1}};
+
+class Push : public ::testing::Test {
+protected:
+    Push() { box.writeConfig({{"schema_version", 2}, {"server", server.url()}, {"token", "t"}}); }
+
+    /// Lets the server take these files of build "b1" and promote it into "beta".
+    void accept(const QStringList& paths) {
+        for (const QString& path : paths) {
+            server.onJson("PUT", fileTarget("b1", path), {});
+        }
+        server.onJson("POST", "/api/builds/b1/finalize", kSizes);
+        server.onJson("POST", "/api/channels/beta/promote?build=b1", {{"build", "other"}});
+    }
+
+    FakeServer server;
+    Sandbox box;
+    const QStringList words = args("push build --channel beta --build b1");
+};
+
+TEST_F(Push, UploadsFinalizesAndPromotes) {
+    const QByteArray binary("\0\r\n\xff{}", 6);
+    const QByteArray large(300000, 'x');
+    box.write("build/a.bin", binary);
+    box.write("build/bin/tool.exe", large);
+    box.write("build/empty", "");
+    accept({"a.bin", "bin/tool.exe", "empty"});
+    expectOutcome(box.run(words), 0,
+                  "Pushing 3 files as build b1 to " + server.url() +
+                      " ...\n  a.bin (6 bytes)\n  bin/tool.exe (300000 bytes)\n  empty (0 bytes)\n"
+                      "Finalized build b1 (3 files, 9007199254740993 bytes)\n"
+                      "Channel 'beta' now at build b1\n");
+    EXPECT_THAT(server.lines(),
+                ElementsAre("PUT /api/builds/b1/files?path=a.bin",
+                            "PUT /api/builds/b1/files?path=bin%2Ftool.exe",
+                            "PUT /api/builds/b1/files?path=empty", "POST /api/builds/b1/finalize",
+                            "POST /api/channels/beta/promote?build=b1"));
+    const std::vector<std::string> bodies{binary.toStdString(), large.toStdString(), "", "", ""};
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+        const SeenRequest request = server.requests()[i];
+        EXPECT_TRUE(request.body == bodies[i]) << request.line();
+        EXPECT_EQ(request.header("Content-Type"), "application/octet-stream") << request.line();
+        EXPECT_EQ(request.header("Authorization"), "Bearer t") << request.line();
+    }
+}
+
+TEST_F(Push, PrintsOneObjectInJsonMode) {
+    box.write("build/a", "a");
+    accept({"a"});
+    const Outcome got = box.run(words + QStringList{"--json", "--server", server.url() + "//"});
+    EXPECT_EQ(got.code, 0);
+    EXPECT_EQ(got.err, QString());
+    EXPECT_EQ(got.json(), (QJsonObject{{"build", "b1"},
+                                       {"channel", "beta"},
+                                       {"server", server.url()},
+                                       {"file_count", 3},
+                                       {"total_size", kSize}}));
+    EXPECT_TRUE(got.out.contains("9007199254740993"));
+}
+
+TEST_F(Push, ShowsTheServerAsTypedAndZerosForAReplyWithoutSizes) {
+    box.write("build/a", "a");
+    accept({"a"});
+    server.onBytes("POST", "/api/builds/b1/finalize", "");
+    expectOutcome(box.run(words + QStringList{"--server", server.url() + "//"}), 0,
+                  "Pushing 1 files as build b1 to " + server.url() +
+                      "// ...\n  a (1 bytes)\nFinalized build b1 (0 files, 0 bytes)\n"
+                      "Channel 'beta' now at build b1\n");
+}
+
+TEST_F(Push, SendsRegularVisibleFilesInPathOrder) {
+    // By UTF-16 code units: a surrogate pair stands before U+FF21.
+    const QStringList sent{"B.txt", "a.txt", "bin.txt", "bin/x", "é+ &%.txt", "😀", "Ａ"};
+    for (const QString& path : sent) {
+        box.write("build/" + path, "x");
+    }
+    box.write("build/.hidden", "x");
+    box.write("build/.git/x", "x");
+    box.write("build/bin/.hidden/x", "x");
+    box.write("elsewhere/secret", "x");
+    ASSERT_TRUE(QDir().mkpath(box.path("build/none/at/all")));
+    ASSERT_TRUE(QFile::link(box.path("elsewhere"), box.path("build/linked")));
+    ASSERT_TRUE(QFile::link(box.path("nowhere"), box.path("build/dangling")));
+    accept(sent);
+    EXPECT_EQ(box.run(words).code, 0);
+    const std::string put = "PUT /api/builds/b1/files?path=";
+    EXPECT_THAT(
+        server.lines(),
+        ElementsAre(put + "B.txt", put + "a.txt", put + "bin.txt", put + "bin%2Fx",
+                    put + "%C3%A9%2B%20%26%25.txt", put + "%F0%9F%98%80", put + "%EF%BC%A1",
+                    "POST /api/builds/b1/finalize", "POST /api/channels/beta/promote?build=b1"));
+}
+
+TEST_F(Push, LeavesPercentSignsInNamesAlone) {
+    box.write("100%1/%2", "x");
+    server.onJson("PUT", "/api/builds/%253%20b/files?path=%252", {});
+    server.onJson("POST", "/api/builds/%253%20b/finalize", kSizes);
+    server.onJson("POST", "/api/channels/%251/promote?build=%253%20b", {});
+    expectOutcome(box.run({"push", "100%1", "--channel", "%1", "--build", "%3 b"}), 0,
+                  "Pushing 1 files as build %3 b to " + server.url() +
+                      " ...\n  %2 (1 bytes)\nFinalized build %3 b (3 files, 9007199254740993 "
+                      "bytes)\nChannel '%1' now at build %3 b\n");
+}
+
+TEST_F(Push, NamesABuildAfterTheTimeInUtc) {
+    box.write("build/a", "x");
+    box.environment.insert("TZ", "Asia/Tokyo");
+    const auto stamp = [] { return QDateTime::currentDateTimeUtc().toString("yyyyMMdd-HHmmss"); };
+    const QString before = stamp();
+    const Outcome got = box.run(args("push build --channel beta"));
+    const QString after = stamp();
+    EXPECT_EQ(got.code, 2);
+    const QString build = got.out.section(u' ', 5, 5);
+    EXPECT_EQ(build.size(), 15);
+    EXPECT_LE(before, build);
+    EXPECT_LE(build, after);
+    EXPECT_THAT(server.lines(),
+                ElementsAre("PUT /api/builds/" + build.toStdString() + "/files?path=a"));
+}
+
+TEST_F(Push, ChecksItsWordsInOrder) {
+    box.write("file", "x");
+    box.write("100%1/.hidden", "x");
+    ASSERT_TRUE(QDir().mkpath(box.path("empty/er")));
+    const QString noChannel = "push needs --channel <name>";
+    expectError(box, args("push"), 1, noChannel);
+    expectError(box, args("push a b --server http://x"), 1, noChannel);
+    expectError(box, args("push nowhere --channel"), 1, noChannel);
+    expectUsage(box, args("push --channel beta"));
+    expectUsage(box, args("push empty file --channel beta"));
+    expectUsage(box, args("push empty --channel beta --build"));
+    expectError(box, args("push ./nowhere/ --channel beta"), 2, "./nowhere/ is not a directory");
+    expectError(box, args("push file --channel beta"), 2, "file is not a directory");
+    expectError(box, {"push", "", "--channel", "beta"}, 2, " is not a directory");
+    expectError(box, args("push empty/ --channel beta"), 2, "No files found in empty/");
+    expectError(box, args("push 100%1 --channel beta"), 2, "No files found in 100%1");
+    box.writeConfig({{"schema_version", 2}});
+    expectUsage(box, args("push --channel beta"));
+    expectError(box, args("push nowhere --channel beta"), 1,
+                "'server' is not configured (quorvelle config set server <value>)");
+    EXPECT_THAT(server.lines(), ElementsAre());
+}
+
+/// Where a push stops, and what was asked until then.
+TEST_F(Push, StopsAtTheFirstFailure) {
+    struct Row {
+        const char* method;
+        const char* target;
+        const char* context;
+        QString said;
+        std::size_t requests;
+    };
+    box.write("build/a", "12");
+    box.write("build/d/%1", "345");
+    const QString start = "Pushing 2 files as build b1 to " + server.url() + " ...\n";
+    const QString uploads = start + "  a (2 bytes)\n  d/%1 (3 bytes)\n";
+    for (const Row& row :
+         {Row{"PUT", "/api/builds/b1/files?path=a", "upload of a", start, 1},
+          Row{"PUT", "/api/builds/b1/files?path=d%2F%251", "upload of d/%1",
+              start + "  a (2 bytes)\n", 2},
+          Row{"POST", "/api/builds/b1/finalize", "finalize", uploads, 3},
+          Row{"POST", "/api/channels/beta/promote?build=b1", "promote",
+              uploads + "Finalized build b1 (3 files, 9007199254740993 bytes)\n", 4}}) {
+        SCOPED_TRACE(row.context);
+        accept({"a", "d/%1"});
+        server.onJson(row.method, row.target, {{"error", "full %1"}}, 507);
+        const QString message = row.context + QString(" failed (HTTP 507): full %1");
+        server.forget();
+        expectOutcome(box.run(words), 2, row.said, message + u'\n');
+        EXPECT_EQ(server.lines().size(), row.requests);
+        expectOutcome(box.run(words + QStringList("--json")), 2,
+                      QString(R"({"error":")") + message + "\"}\n");
+    }
+}
+
+TEST_F(Push, StopsAtAFileThatCannotBeOpened) {
+    box.write("build/a", "12");
+    box.write("build/b", "secret");
+    ASSERT_TRUE(QFile::setPermissions(box.path("build/b"), {}));
+    accept({"a", "b"});
+    const QString message = "cannot open " + box.path("build/b");
+    expectOutcome(runObeyingPermissions(box, words), 2,
+                  "Pushing 2 files as build b1 to " + server.url() + " ...\n  a (2 bytes)\n",
+                  message + u'\n');
+    expectOutcome(runObeyingPermissions(box, words + QStringList("--json")), 2,
+                  R"({"error":")" + message + "\"}\n");
+    EXPECT_EQ(server.lines().size(), 2U);
+}
+
+}  // namespace
+}  // namespace quorvelle::testing
