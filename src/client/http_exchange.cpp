@@ -26,6 +26,27 @@ bool isHttp(const QUrl& url) {
     return url.scheme() == QStringLiteral("http") || url.scheme() == QStringLiteral("https");
 }
 
+/// The network layer takes "." and ".." out of a path, even percent-encoded, which would
+/// turn a request for a thing of that name into one for something else.
+bool pathStandsAsGiven(const QUrl& url) {
+    return url.adjusted(QUrl::NormalizePathSegments).path() == url.path();
+}
+
+/// Why the network layer must not be given the URL, or an empty text.
+QString refusal(const QUrl& url) {
+    if (!url.isValid()) {
+        return url.errorString();
+    }
+    if (!isHttp(url)) {
+        // It would open files and the like by their URL.
+        return QStringLiteral("Protocol \"%1\" is unknown").arg(url.scheme());
+    }
+    if (!pathStandsAsGiven(url)) {
+        return QStringLiteral("the path \"%1\" cannot be sent").arg(url.path(QUrl::FullyEncoded));
+    }
+    return {};
+}
+
 int statusOf(const QNetworkReply& reply) {
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
@@ -47,12 +68,8 @@ void HttpExchange::streamTo(Sink newSink) {
 }
 
 void HttpExchange::start() {
-    if (!request.url.isValid() || !isHttp(request.url)) {
-        // The network layer would open files and the like by their URL.
-        const QString reason =
-            request.url.isValid()
-                ? QStringLiteral("Protocol \"%1\" is unknown").arg(request.url.scheme())
-                : request.url.errorString();
+    const QString reason = refusal(request.url);
+    if (!reason.isEmpty()) {
         QMetaObject::invokeMethod(
             this, [this, reason] { conclude(reason); }, Qt::QueuedConnection);
         return;

@@ -20,6 +20,7 @@ namespace quorvelle {
 /// What is sent. Headers other than these are the network layer's own.
 struct HttpRequest {
     QByteArray method = {};
+    /// http or https. Fails unsent when its path has a segment "." or "..".
     QUrl url = {};
     /// Bearer token; empty sends no Authorization header. It is sent to the origin
     /// of `url` alone and never follows a redirect to another one.
