@@ -1,0 +1,275 @@
+#include <gmock/gmock.h>
+
+#include <QDir>
+
+#include "support/qt_printers.h"
+#include "support/sync_fixture.h"
+
+namespace quorvelle::testing {
+namespace {
+
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class Sync : public SyncTest {
+protected:
+    void expectNothingInstalled() const {
+        EXPECT_EQ(installed(), QStringList("(missing)"));
+        EXPECT_THAT(state(), Each(QString("app.staging")));
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, Sync, ::testing::Bool(),
+                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+
+TEST_P(Sync, InstallsOnceAndAgainWhenForced) {
+    const QStringList paths{"b.txt", "bin/deep/tool", "empty", "a+b &c%d", "日本/ü?#"};
+    publish(server, "stable", "b1",
+            {{paths[0], QByteArray("\0\r\n\xff", 4)},
+             {paths[1], QByteArray(300000, 'x')},
+             {paths[2], ""},
+             {paths[3], "plus"},
+             {paths[4], "x"}});
+    expectSync("synced", whole("b1", paths), synced("b1", 5, 300009));
+    EXPECT_THAT(server.lines(),
+                ElementsAre("GET /api/channels/stable", "GET /api/builds/b1",
+                            "GET /api/builds/b1/files?path=b.txt",
+                            "GET /api/builds/b1/files?path=bin%2Fdeep%2Ftool",
+                            "GET /api/builds/b1/files?path=empty",
+                            "GET /api/builds/b1/files?path=a%2Bb%20%26c%25d",
+                            "GET /api/builds/b1/files?path=%E6%97%A5%E6%9C%AC%2F%C3%BC%3F%23"));
+    EXPECT_EQ(installed().size(), 5);
+    EXPECT_EQ(box.read("apps/app/b.txt"), QByteArray("\0\r\n\xff", 4));
+    EXPECT_EQ(box.read("apps/app/bin/deep/tool"), QByteArray(300000, 'x'));
+    EXPECT_EQ(box.read("apps/app/empty"), "");
+    EXPECT_EQ(box.read("apps/app/a+b &c%d"), "plus");
+    EXPECT_EQ(box.read("apps/app/日本/ü?#"), "x");
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
+    EXPECT_EQ(object(stateBytes(".installed.json")),
+              object(R"({"schema_version":1,"build":"b1","channel":"stable"})"));
+
+    server.forget();
+    box.write("apps/app/empty", "changed by hand");
+    expectSync("current", {kChecking}, upToDate("b1"));
+    EXPECT_THAT(server.lines(), ElementsAre("GET /api/channels/stable"));
+    expectSync("synced", whole("b1", paths), synced("b1", 5, 300009), args("sync --force"));
+    EXPECT_EQ(box.read("apps/app/empty"), "");
+}
+
+TEST_P(Sync, ReplacesTheWholeBuild) {
+    publish(server, "stable", "b1", {{"same", "1"}, {"gone", "1"}, {"d/gone", "1"}, {"e", "1"}});
+    expectSync("synced", whole("b1", {"same", "gone", "d/gone", "e"}), synced("b1", 4, 4));
+    box.write("apps/app/mine", "lost");
+    publish(server, "stable", "b2", {{"same", "2"}, {"d", "file"}, {"e/f", "folder"}});
+    expectSync("synced", whole("b2", {"same", "d", "e/f"}), synced("b2", 3, 11));
+    EXPECT_EQ(installed(), (QStringList{"d=file", "e/f=folder", "same=2"}));
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
+}
+
+TEST_P(Sync, TakesEveryEngineButTideForCargo) {
+    int number = 0;
+    for (const char* reply : {"{}", R"({"engine":"Tide"})", R"({"engine":"x"})",
+                              R"({"engine":"","schema_version":1})"}) {
+        SCOPED_TRACE(reply);
+        const QString build = QString("b%1").arg(++number);
+        publish(server, "stable", build, {{"a", "a"}});
+        QJsonObject channel = object(reply);
+        channel.insert("build", build);
+        server.onJson("GET", "/api/channels/stable", channel);
+        server.onJson("GET", "/api/builds/" + build.toStdString(),
+                      {{"schema_version", 1}, {"files", QJsonArray{QJsonObject{{"path", "a"}}}}});
+        expectSync("synced", whole(build, {"a"}), synced(build, 1, 1));
+    }
+}
+
+TEST_P(Sync, EndsBeforeTheDownload) {
+    struct Row {
+        const char* name;
+        const char* channel;
+        const char* build;
+        const char* result;
+        QString message;
+        bool asksForBuild;
+    };
+    const QString newer = "was %1 by a newer Quorvelle - please update";
+    for (const Row& row :
+         {Row{"no build", R"({"engine":"cargo"})", "{}", "current", "'app' has no build yet",
+              false},
+          Row{"empty build", R"({"build":""})", "{}", "current", "'app' has no build yet", false},
+          Row{"no JSON", "fine", "{}", "current", "'app' has no build yet", false},
+          Row{"newer channel", R"({"build":"b","schema_version":2})", "{}", "failed",
+              "'app': this channel " + newer.arg("written"), false},
+          Row{"newer, no build", R"({"schema_version":3})", "{}", "failed",
+              "'app': this channel " + newer.arg("written"), false},
+          Row{"newer build", R"({"build":"b"})", R"({"schema_version":2,"files":[{"path":"a"}]})",
+              "failed", "'app': this build " + newer.arg("made"), true},
+          Row{"no files", R"({"build":"b"})", R"({"files":[]})", "failed",
+              "'app': build b has an empty manifest", true},
+          Row{"no manifest", R"({"build":"b"})", "fine", "failed",
+              "'app': build b has an empty manifest", true}}) {
+        SCOPED_TRACE(row.name);
+        server.onBytes("GET", "/api/channels/stable", row.channel);
+        server.onBytes("GET", "/api/builds/b", row.build);
+        expectSync(row.result, row.asksForBuild ? fetching("b", {}) : QStringList(kChecking),
+                   row.message);
+        expectNothingInstalled();
+    }
+}
+
+TEST_P(Sync, ReportsRefusedRequests) {
+    expectSync("failed", {kChecking},
+               "'app': sync failed (HTTP 404): nothing at /api/channels/stable");
+    publish(server, "stable", "b/1", {{"a", "a"}});
+    server.onJson("GET", "/api/builds/b%2F1", {{"error", "gone %1"}}, 410);
+    expectSync("failed", fetching("b/1", {}), "'app': manifest fetch failed (HTTP 410): gone %1");
+    expectNothingInstalled();
+}
+
+TEST_P(Sync, RefusesUnsafePathsWhenItMeetsThem) {
+    const QJsonValue paths[] = {"",
+                                "a//b",
+                                "a/",
+                                "./a",
+                                "a/../b",
+                                "/a",
+                                R"(a\b)",
+                                "..",
+                                ".",
+                                "a/.",
+                                "../x",
+                                R"(..\x)",
+                                7,
+                                QJsonValue::Null,
+                                QString(1025, u'x'),
+                                QJsonValue::Undefined};
+    for (const QJsonValue& path : paths) {
+        SCOPED_TRACE(path.toString().toStdString());
+        publish(server, "stable", "b", {{"good", "x"}});
+        const QJsonValue bad = path.isUndefined() ? QJsonValue("no object")
+                               : path.isNull()    ? QJsonObject{{"size", 1}}
+                                                  : QJsonObject{{"path", path}};
+        server.onJson("GET", "/api/builds/b",
+                      {{"files", QJsonArray{QJsonObject{{"path", "good"}}, bad}}});
+        server.forget();
+        expectSync("failed", fetching("b", {"good"}, 2),
+                   "'app': manifest contains an unsafe path: " + path.toString());
+        EXPECT_EQ(server.lines().size(), 3U);
+        expectNothingInstalled();
+    }
+    EXPECT_THAT(QDir(box.path("apps")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                IsEmpty());
+}
+
+TEST_P(Sync, TakesOddButSafePaths) {
+    const QString folder = QString(200, u'x') + u'/';
+    const QString longest = folder.repeated(5) + QString(19, u'y');
+    ASSERT_EQ(longest.size(), 1024);
+    const QStringList paths{"a/b.c", "..a/b", "...", "C:x", " a ", "a:b", longest};
+    std::vector<BuildFile> files;
+    for (const QString& path : paths) {
+        files.push_back({path, "1"});
+    }
+    publish(server, "stable", "b", files);
+    expectSync("synced", whole("b", paths), synced("b", 7, 7));
+    for (const QString& path : paths) {
+        EXPECT_EQ(box.read("apps/app/" + path), "1") << path.toStdString();
+    }
+}
+
+TEST_P(Sync, InstallsNothingWhenADownloadFails) {
+    const std::vector<BuildFile> files{{"1", "new"}, {"d/2", "new"}, {"3", "new"}};
+    publish(server, "stable", "b0", {{"old", "old"}});
+    expectSync("synced", whole("b0", {"old"}), synced("b0", 1, 3));
+    publish(server, "stable", "b1", files);
+    server.onJson("GET", fileTarget("b1", "d/2"), {{"error", "lost %1"}}, 404);
+    expectSync("failed", fetching("b1", {"1", "d/2"}, 3),
+               "'app': download of d/2 failed (HTTP 404): lost %1");
+    server.on("GET", fileTarget("b1", "d/2"), truncatedAnswer());
+    expectSync("failed", fetching("b1", {"1", "d/2"}, 3),
+               "'app': download of d/2 failed (HTTP 200): Connection closed");
+    EXPECT_EQ(installed(), QStringList("old=old"));
+    EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.staging"}));
+    publish(server, "stable", "b1", files);
+    expectSync("synced", whole("b1", {"1", "d/2", "3"}), synced("b1", 3, 9));
+    EXPECT_EQ(installed(), (QStringList{"1=new", "3=new", "d/2=new"}));
+}
+
+TEST_P(Sync, ReportsWhatCannotBeStored) {
+    const QString staging = box.path("apps/.quorvelle/app.staging");
+    struct Row {
+        const char* name;
+        QStringList paths;
+        QString message;
+    };
+    for (const Row& row :
+         {Row{"folder in a file", {"a", "a/b"}, "'app': cannot create directory for a/b"},
+          Row{"file in a folder", {"a/b", "a"}, "'app': cannot write " + staging + "/a"}}) {
+        for (const char* bytes : {"bytes", ""}) {
+            SCOPED_TRACE(row.name);
+            publish(server, "stable", "b", {{row.paths[0], "x"}, {row.paths[1], bytes}});
+            expectSync("failed", fetching("b", row.paths), row.message);
+            expectNothingInstalled();
+        }
+    }
+    publish(server, "stable", "b", {{"big", QByteArray(500000, 'x')}});
+    QStringList words{"--fsize=100000", "--", quorvelleProgram(), "sync"};
+    words += GetParam() ? QStringList("--json") : QStringList();
+    expectResult(box.runProgram("prlimit", words), "failed", fetching("b", {"big"}),
+                 "'app': could not finalize " + staging + "/big");
+    expectNothingInstalled();
+}
+
+TEST_P(Sync, NeedsItsStagingDirectory) {
+    publish(server, "stable", "b", {{"a", "a"}});
+    box.write("apps/.quorvelle", "in the way");
+    expectSync("failed", fetching("b", {}),
+               "'app': cannot create staging dir " + box.path("apps/.quorvelle/app.staging"));
+    EXPECT_EQ(box.tree("apps"), QStringList(".quorvelle=in the way"));
+}
+
+TEST_P(Sync, SendsTheTokenOfTheSubscriptionFirst) {
+    struct Row {
+        const char* own;
+        const char* environment;
+        const char* top;
+        const char* sent;
+    };
+    publish(server, "stable", "b", {{"a", "a"}});
+    for (const Row& row :
+         {Row{"own", "env", "top", "Bearer own"}, Row{"", "env", "top", "Bearer env"},
+          Row{"", "", "top", "Bearer top"}, Row{"", "", "", "(none)"}}) {
+        SCOPED_TRACE(row.sent);
+        QJsonObject entry = subscription("app", "stable");
+        entry.insert("token", row.own);
+        box.writeConfig(
+            {{"schema_version", 2},
+             {"token", row.top},
+             {"subscriptions", QJsonArray{entry}},
+             {"servers", QJsonArray{QJsonObject{{"server", server.url()}, {"token", "joined"}}}}});
+        box.environment.insert("QUORVELLE_TOKEN", row.environment);
+        server.forget();
+        expectSync("synced", whole("b", {"a"}), synced("b", 1, 1), args("sync --force"));
+        EXPECT_EQ(server.requests().size(), 3U);
+        for (const SeenRequest& request : server.requests()) {
+            EXPECT_EQ(request.header("Authorization"), row.sent) << request.line();
+        }
+    }
+}
+
+TEST_P(Sync, KeepsTheTokenFromOtherOrigins) {
+    FakeServer away;
+    box.environment.insert("QUORVELLE_TOKEN", "secret");
+    publish(server, "stable", "b", {{"a", "a"}});
+    away.onBytes("GET", "/a", "moved");
+    server.on("GET", fileTarget("b", "a"), [&](const httplib::Request&, httplib::Response& reply) {
+        reply.set_redirect(away.url().toStdString() + "/a");
+    });
+    expectSync("synced", whole("b", {"a"}), synced("b", 1, 5));
+    EXPECT_EQ(installed(), QStringList("a=moved"));
+    ASSERT_EQ(away.requests().size(), 1U);
+    EXPECT_EQ(away.requests()[0].header("Authorization"), "(none)");
+}
+
+}  // namespace
+}  // namespace quorvelle::testing

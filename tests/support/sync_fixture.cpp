@@ -1,0 +1,108 @@
+#include "support/sync_fixture.h"
+
+#include <QDir>
+
+#include "support/qt_printers.h"
+
+namespace quorvelle::testing {
+
+SyncTest::SyncTest() {
+    subscribe({subscription("app", "stable")});
+}
+
+QJsonObject SyncTest::subscription(const QString& name, const QString& channel) const {
+    return {{"name", name},
+            {"server", server.url()},
+            {"channel", channel},
+            {"dir", box.path("apps/" + name)}};
+}
+
+void SyncTest::subscribe(const QJsonArray& subscriptions) {
+    box.writeConfig({{"schema_version", 2}, {"subscriptions", subscriptions}});
+}
+
+Outcome SyncTest::run(const QStringList& words, bool obeyPermissions) const {
+    const QStringList all = GetParam() ? words + QStringList("--json") : words;
+    return obeyPermissions ? runObeyingPermissions(box, all) : box.run(all);
+}
+
+void SyncTest::expectResult(const Outcome& got, const QString& result, const QStringList& progress,
+                            const QString& message) const {
+    EXPECT_EQ(got.code, result == "blocked" ? 3 : result == "failed" ? 2 : 0);
+    if (!GetParam()) {
+        const bool failed = result == "failed";
+        const QStringList out = failed ? progress : progress + QStringList(message);
+        EXPECT_EQ(got.out, out.isEmpty() ? QString() : out.join(u'\n') + u'\n');
+        EXPECT_EQ(got.err, failed ? message + u'\n' : QString());
+        return;
+    }
+    EXPECT_EQ(got.err, QString());
+    QJsonObject record{{"name", "app"}, {"result", result}, {"message", message}};
+    if (result == "blocked") {
+        record.insert("build", message.section(u' ', 2, 2));
+    }
+    EXPECT_EQ(got.json(), (QJsonObject{{"results", QJsonArray{record}}})) << got.out.toStdString();
+}
+
+QStringList SyncTest::fetching(const QString& build, const QStringList& paths, int count) {
+    QStringList lines{kChecking, "'app': fetching manifest of build " + build + " ..."};
+    for (qsizetype i = 0; i < paths.size(); ++i) {
+        lines.append(QString("'app': fetching %1/%2: ")
+                         .arg(i + 1)
+                         .arg(count == 0 ? paths.size() : qsizetype(count)) +
+                     paths[i]);
+    }
+    return lines;
+}
+
+QStringList SyncTest::whole(const QString& build, const QStringList& paths) {
+    return fetching(build, paths) + QStringList(activating(build));
+}
+
+QStringList SyncTest::retrying(const QString& build) {
+    return {kChecking, "'app': build " + build + " is already staged - retrying activation ...",
+            activating(build)};
+}
+
+QString SyncTest::activating(const QString& build) {
+    return "'app': activating build " + build + " ...";
+}
+
+QString SyncTest::synced(const QString& build, int files, int bytes) const {
+    return QString("'app': synced build %1 (%2 files, %3 bytes) -> ")
+               .arg(build, QString::number(files), QString::number(bytes)) +
+           box.path("apps/app");
+}
+
+QString SyncTest::retried(const QString& build) const {
+    return "'app': synced build " + build + " -> " + box.path("apps/app");
+}
+
+QString SyncTest::inUse(const QString& build) const {
+    return "'app': build " + build + " is downloaded and ready, but files in " +
+           box.path("apps/app") + " are in use - the update will complete once they are closed";
+}
+
+QString SyncTest::notActivated(const QString& build) {
+    return "'app': build " + build +
+           " is downloaded and ready, but could not be activated - the update will be retried";
+}
+
+QString SyncTest::upToDate(const QString& build) {
+    return "'app' is up to date (build " + build + ")";
+}
+
+QStringList SyncTest::state() const {
+    return QDir(box.path("apps/.quorvelle"))
+        .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+QByteArray SyncTest::stateBytes(const char* suffix) const {
+    return box.read(QString("apps/.quorvelle/app") + suffix);
+}
+
+void SyncTest::writeState(const char* suffix, const QByteArray& bytes) const {
+    box.write(QString("apps/.quorvelle/app") + suffix, bytes);
+}
+
+}  // namespace quorvelle::testing
