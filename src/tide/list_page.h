@@ -11,7 +11,8 @@ namespace tide {
 /// One page of a ListObjectsV2 reply.
 struct ListPage {
     std::vector<ObjectEntry> entries;
-    /// Names the page that follows; empty when there is none.
+    /// Whether a page follows, and what to ask for it with.
+    bool truncated = false;
     std::string nextToken;
 };
 
