@@ -11,6 +11,10 @@
 
 namespace tide {
 
+/// The error text for a member of a manifest or descriptor that has another JSON type
+/// than it must have.
+inline constexpr const char* kMalformedManifest = "manifest parse error: malformed manifest";
+
 /// Where the bucket keeps a channel's manifest. Its signature lies beside it, with
 /// ".sig" appended to the key.
 std::string manifestKey(const std::string& channel);

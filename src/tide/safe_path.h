@@ -11,11 +11,12 @@ namespace tide {
 bool isSafePath(std::string_view path);
 
 /// The platform's share of isSafePath: POSIX refuses only the NUL character; Windows
-/// also what isWindowsSafePath refuses.
+/// what isWindowsSafePath refuses, and bytes that are no UTF-8.
 bool staysInside(std::string_view path);
 
-/// The rule for Windows, on every platform: valid UTF-8 whose parts hold no reserved
-/// character, do not end in a dot or blank and name no device ("NUL", "com1.txt").
+/// The rule for Windows, on every platform: no part holds a character that Windows
+/// reserves (a drive letter's or stream's ":" among them), ends in a dot or blank, or
+/// names a device ("NUL", "com1.txt").
 bool isWindowsSafePath(std::string_view path);
 
 /// A path as the platform's file systems compare it: as it is on POSIX, without case on
