@@ -7,7 +7,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <regex>
 #include <vector>
 
 extern char** environ;
@@ -35,6 +34,25 @@ pid_t spawn(const std::vector<std::string>& words, int streams) {
     return process;
 }
 
+// Reads the server's output until it names its address, or ends; then none is returned.
+std::string readEndpoint(int connection, std::string& output) {
+    const std::string words = "listening on ";
+    for (;;) {
+        const std::size_t begin = output.find(words);
+        const std::size_t end = output.find('\n', begin);
+        if (begin != std::string::npos && end != std::string::npos) {
+            const std::size_t address = begin + words.size();
+            return "http://" + output.substr(address, end - address);
+        }
+        char block[512];
+        const ssize_t n = ::read(connection, block, sizeof block);
+        if (n <= 0) {
+            return {};
+        }
+        output.append(block, static_cast<std::size_t>(n));
+    }
+}
+
 }  // namespace
 
 S3Server::S3Server() {
@@ -49,16 +67,7 @@ S3Server::S3Server() {
                     ends[1]);
     ::close(ends[1]);
     connection = ends[0];
-    const std::regex listening("listening on 127\\.0\\.0\\.1:([0-9]+)\n");
-    std::smatch match;
-    char block[512];
-    for (ssize_t n = 0; !std::regex_search(output, match, listening) &&
-                        (n = ::read(connection, block, sizeof block)) > 0;) {
-        output.append(block, static_cast<std::size_t>(n));
-    }
-    if (!match.empty()) {
-        endpoint = "http://127.0.0.1:" + match[1].str();
-    }
+    endpoint = readEndpoint(connection, output);
 }
 
 S3Server::~S3Server() {
