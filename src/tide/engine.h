@@ -1,0 +1,15 @@
+#pragma once
+
+namespace tide {
+
+/// Initialises libsodium, then libcurl's global state. Every program that uses the
+/// engine calls it once, from the main thread, before any other function of it; further
+/// calls do nothing. Where libsodium cannot work there is no safe way on: the process
+/// says so on standard error and aborts.
+void startEngine();
+
+/// Judges the result of sodium_init(): a negative one is the failure that ends the
+/// process.
+void requireSodium(int initResult);
+
+}  // namespace tide

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+
+namespace tide {
+
+/// Bounds on input, in bytes, far above anything a publisher makes. A reply that grows
+/// beyond its bound ends the transfer as failed, so a lying server cannot fill memory.
+
+/// A chunk object as stored, and the content that its zstd frame declares.
+inline constexpr std::uint64_t kMaxChunkBytes = std::uint64_t{64} << 20;
+/// A manifest, a signature, and every other object or URL.
+inline constexpr std::uint64_t kMaxBodyBytes = std::uint64_t{512} << 20;
+/// One page of an object listing.
+inline constexpr std::uint64_t kMaxListPageBytes = std::uint64_t{16} << 20;
+
+}  // namespace tide

@@ -1,0 +1,80 @@
+#include "tide/safe_path.h"
+
+#include <algorithm>
+
+namespace tide {
+
+namespace {
+
+constexpr std::size_t kMostUnits = 1024;
+
+std::size_t utf16Length(std::string_view path) {
+    std::size_t units = 0;
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        units += byte < 0x80 || byte >= 0xC0 ? 1 : 0;
+        units += byte >= 0xF0 ? 1 : 0;
+    }
+    return units;
+}
+
+template <typename Predicate>
+bool allParts(std::string_view path, Predicate holds) {
+    for (;;) {
+        const std::size_t slash = path.find('/');
+        if (!holds(path.substr(0, slash))) {
+            return false;
+        }
+        if (slash == std::string_view::npos) {
+            return true;
+        }
+        path.remove_prefix(slash + 1);
+    }
+}
+
+char upper(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+bool isDeviceName(std::string_view part) {
+    std::string base(part.substr(0, part.find('.')));
+    base.erase(base.find_last_not_of(' ') + 1);
+    base.erase(0, base.find_first_not_of(' '));
+    std::transform(base.begin(), base.end(), base.begin(), upper);
+    if (base == "CON" || base == "PRN" || base == "AUX" || base == "NUL" || base == "CONIN$" ||
+        base == "CONOUT$") {
+        return true;
+    }
+    if (!base.starts_with("COM") && !base.starts_with("LPT")) {
+        return false;
+    }
+    const std::string digit = base.substr(3);
+    // Windows takes the superscript digits one to three for digits here.
+    return (digit.size() == 1 && digit.front() >= '0' && digit.front() <= '9') ||
+           digit == "\u00b9" || digit == "\u00b2" || digit == "\u00b3";
+}
+
+bool isWindowsName(std::string_view part) {
+    const bool plain = std::none_of(part.begin(), part.end(), [](char c) {
+        return static_cast<unsigned char>(c) < 32 ||
+               std::string_view("<>:\"|?*\\").find(c) != std::string_view::npos;
+    });
+    return plain && !part.ends_with('.') && !part.ends_with(' ') && !isDeviceName(part);
+}
+
+}  // namespace
+
+bool isSafePath(std::string_view path) {
+    return utf16Length(path) <= kMostUnits && path.find('\\') == std::string_view::npos &&
+           allParts(path,
+                    [](std::string_view part) {
+                        return !part.empty() && part != "." && part != "..";
+                    }) &&
+           staysInside(path);
+}
+
+bool isWindowsSafePath(std::string_view path) {
+    return allParts(path, isWindowsName);
+}
+
+}  // namespace tide
