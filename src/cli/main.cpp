@@ -5,9 +5,11 @@
 #include "cli/console/usage.h"
 #include "cli/dispatch.h"
 #include "source_version.h"
+#include "tide/engine.h"
 
 int main(int argc, char* argv[]) {
     quorvelle::prepareConsole();
+    tide::startEngine();
     const QCoreApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Quorvelle"));
     QCoreApplication::setApplicationName(QStringLiteral("Quorvelle"));

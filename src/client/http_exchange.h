@@ -62,8 +62,10 @@ public:
     /// A reply of a status below 300 whose whole body arrived.
     bool succeeded() const { return failure.isEmpty(); }
 
-    /// The body of a reply that was not streamed, as a JSON object; empty when it is
-    /// none.
+    /// The body of a reply that was not streamed.
+    const QByteArray& bytes() const { return body; }
+
+    /// The same as a JSON object; empty when it is none.
     QJsonObject object() const;
 
     /// The text of a failed exchange for the user: "<context> failed", the HTTP status

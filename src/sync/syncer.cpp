@@ -1,5 +1,6 @@
 #include "sync/syncer.h"
 
+#include <QFutureWatcher>
 #include <utility>
 
 #include "client/server_option.h"
@@ -18,6 +19,12 @@ constexpr int kNewestChannelSchema = 1;
 
 Syncer::Syncer(QObject* parent) : QObject(parent) {}
 
+Syncer::~Syncer() {
+    for (auto* watcher : findChildren<QFutureWatcherBase*>()) {
+        watcher->waitForFinished();
+    }
+}
+
 void Syncer::start(const QJsonObject& subscription, bool forced) {
     force = forced;
     const int mode = subscription.value(u"self_heal").toInt(-1);
@@ -34,6 +41,8 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
     if (token.isEmpty()) {
         token = resolveToken();
     }
+    tideJob = {};
+    tideJob.publicKey = tidePublicKey(subscription).toStdString();
     if (server.isEmpty() || channel.isEmpty() || dir.isEmpty()) {
         endFailed(QStringLiteral("subscription '%1' is incomplete (needs server, channel, dir)")
                       .arg(name.isEmpty() ? QStringLiteral("?") : name));
@@ -51,7 +60,8 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
         &Syncer::onChannelReply);
 }
 
-void Syncer::onChannelReply(const QJsonObject& reply) {
+void Syncer::onChannelReply(const HttpExchange& exchange) {
+    const QJsonObject reply = exchange.object();
     if (reply.value(u"schema_version").toInt(1) > kNewestChannelSchema) {
         endFailed(
             named(QStringLiteral("this channel was written by a newer Quorvelle - please update")));
@@ -59,7 +69,7 @@ void Syncer::onChannelReply(const QJsonObject& reply) {
     }
     buildId = reply.value(u"build").toString();
     if (reply.value(u"engine").toString(QStringLiteral("cargo")) == QStringLiteral("tide")) {
-        endFailed(named(QStringLiteral("this client cannot sync Tide channels yet")));
+        checkTideChannel();
         return;
     }
     if (buildId.isEmpty()) {
@@ -83,7 +93,7 @@ void Syncer::onChannelReply(const QJsonObject& reply) {
 }
 
 void Syncer::get(const QString& path, const QueryItems& query, const QString& context,
-                 void (Syncer::*onReply)(const QJsonObject&), HttpExchange::Sink sink) {
+                 void (Syncer::*onReply)(const HttpExchange&), HttpExchange::Sink sink) {
     auto* exchange = new HttpExchange(
         network, {.method = "GET", .url = apiUrl(server, path, query), .token = token}, this);
     if (sink) {
@@ -92,7 +102,7 @@ void Syncer::get(const QString& path, const QueryItems& query, const QString& co
     connect(exchange, &HttpExchange::finished, this, [this, exchange, context, onReply] {
         exchange->deleteLater();
         if (exchange->succeeded()) {
-            (this->*onReply)(exchange->object());
+            (this->*onReply)(*exchange);
         } else if (!storeFailure.isEmpty()) {
             endFailed(named(storeFailure));
         } else {

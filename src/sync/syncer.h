@@ -5,12 +5,14 @@
 #include <QNetworkAccessManager>
 #include <QObject>
 #include <QString>
+#include <functional>
 #include <memory>
 
 #include "client/http_exchange.h"
 #include "client/process_lock.h"
 #include "client/save_file.h"
 #include "client/url.h"
+#include "sync/tide_job.h"
 
 namespace quorvelle {
 
@@ -26,6 +28,9 @@ class Syncer : public QObject {
 
 public:
     explicit Syncer(QObject* parent = nullptr);
+
+    /// Waits for a worker that is still at work.
+    ~Syncer() override;
 
     /// Starts the sync of a subscription as the configuration stores it (keys "name",
     /// "server", "channel", "dir", "token", "self_heal"). `force` downloads a build that
@@ -47,9 +52,9 @@ Q_SIGNALS:
 
 private:
     // syncer.cpp: the driver
-    void onChannelReply(const QJsonObject& reply);
+    void onChannelReply(const HttpExchange& exchange);
     void get(const QString& path, const QueryItems& query, const QString& context,
-             void (Syncer::*onReply)(const QJsonObject&), HttpExchange::Sink sink = {});
+             void (Syncer::*onReply)(const HttpExchange&), HttpExchange::Sink sink = {});
     QString named(const QString& rest) const;
     void endFinished(bool downloaded, const QString& message);
     void endBlocked(const QString& message);
@@ -58,13 +63,23 @@ private:
 
     // syncer_cargo.cpp: file by file through the server's API
     void fetchManifest();
-    void onManifestReply(const QJsonObject& reply);
+    void onManifestReply(const HttpExchange& exchange);
     bool prepareStaging();
     void fetchNextFile();
     bool openTarget();
     bool storeBytes(const QByteArray& bytes);
-    void onFileReply(const QJsonObject& unused);
+    void onFileReply(const HttpExchange& exchange);
     QString couldNotFinalize() const;
+
+    // syncer_tide.cpp: assembled from chunks on a worker
+    void checkTideChannel();
+    void onTideReply(const HttpExchange& exchange);
+    void startSelfHeal();
+    void onSelfHealResult(const TideResult& result);
+    void startTideDownload();
+    bool prepareTideStaging();
+    void onTideDownloaded(const TideResult& result);
+    void runOnWorker(std::function<TideResult()> job, void (Syncer::*onResult)(const TideResult&));
 
     // syncer_activation.cpp: staging into place
     void activateStaged();
@@ -87,6 +102,8 @@ private:
     ProcessLock lock;
     /// The file that is being received, from its first byte to its commit.
     std::unique_ptr<SaveFile> target;
+    /// What the worker is given a copy of.
+    TideJob tideJob;
     /// Why the file could not be stored; then the transfer was given up for it.
     QString storeFailure;
 };

@@ -26,7 +26,8 @@ void Syncer::fetchManifest() {
         &Syncer::onManifestReply);
 }
 
-void Syncer::onManifestReply(const QJsonObject& reply) {
+void Syncer::onManifestReply(const HttpExchange& exchange) {
+    const QJsonObject reply = exchange.object();
     if (reply.value(u"schema_version").toInt(1) > kNewestBuildSchema) {
         endFailed(
             named(QStringLiteral("this build was made by a newer Quorvelle - please update")));
@@ -102,7 +103,7 @@ bool Syncer::storeBytes(const QByteArray& bytes) {
     return true;
 }
 
-void Syncer::onFileReply(const QJsonObject&) {
+void Syncer::onFileReply(const HttpExchange&) {
     // A file without bytes was not opened while its body arrived.
     if (!target && !openTarget()) {
         endFailed(named(storeFailure));

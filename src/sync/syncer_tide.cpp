@@ -1,0 +1,139 @@
+#include <QDir>
+#include <QFile>
+#include <QFutureWatcher>
+#include <QtConcurrent/QtConcurrentRun>
+#include <utility>
+
+#include "client/save_file.h"
+#include "sync/file_tree.h"
+#include "sync/markers.h"
+#include "sync/state_folder.h"
+#include "sync/syncer.h"
+
+namespace quorvelle {
+
+namespace {
+
+constexpr double kBytesPerMegabyte = 1048576.0;
+constexpr int kFullCheck = 2;
+
+QString buildIdOf(const QJsonObject& reply) {
+    const QString build = reply.value(u"build").toString();
+    return build.isEmpty() ? QString::number(reply.value(u"created").toInteger()) : build;
+}
+
+/// The build that the staging directory is being assembled for, or an empty text.
+QString stagedFor(const QString& dir) {
+    QFile marker(statePath(dir, kStagingBuildSuffix));
+    return marker.open(QIODevice::ReadOnly) ? QString::fromUtf8(marker.readAll()).trimmed()
+                                            : QString();
+}
+
+}  // namespace
+
+void Syncer::checkTideChannel() {
+    Q_EMIT progress(named(QStringLiteral("checking Tide channel '%1' ...").arg(channel)));
+    get(apiPath(QStringLiteral("/api/tide/sync/%1"), channel), {}, QStringLiteral("Tide sync"),
+        &Syncer::onTideReply);
+}
+
+void Syncer::onTideReply(const HttpExchange& exchange) {
+    buildId = buildIdOf(exchange.object());
+    tideJob.channel = channel.toStdString();
+    tideJob.stagingDir = statePath(dir, kStagingSuffix).toStdString();
+    tideJob.installDir = dir.toStdString();
+    std::string error;
+    if (!tide::parseSyncDescriptor(exchange.bytes().toStdString(), &tideJob.manifestUrl,
+                                   &tideJob.signatureUrl, &tideJob.chunkUrls, &error)) {
+        endFailed(named(
+            QStringLiteral("bad Tide descriptor: %1").arg(QString::fromStdString(error))));
+        return;
+    }
+    const bool current =
+        !force && readInstalledMarker(dir).build == buildId && directoryExists(dir);
+    if (!current) {
+        startTideDownload();
+    } else if (selfHeal == 0) {
+        endFinished(false, QStringLiteral("'%1' is up to date").arg(name));
+    } else {
+        startSelfHeal();
+    }
+}
+
+void Syncer::startSelfHeal() {
+    const bool quick = selfHeal != kFullCheck;
+    Q_EMIT progress(named(quick ? QStringLiteral("checking install ...")
+                                : QStringLiteral("verifying install ...")));
+    runOnWorker([job = tideJob, quick] { return checkInstall(job, quick); },
+                &Syncer::onSelfHealResult);
+}
+
+void Syncer::onSelfHealResult(const TideResult& result) {
+    if (result.ok) {
+        endFinished(false, QStringLiteral("'%1' is up to date%2").arg(name, result.text));
+        return;
+    }
+    Q_EMIT progress(named(result.text + QStringLiteral(" - repairing ...")));
+    startTideDownload();
+}
+
+void Syncer::startTideDownload() {
+    if (!prepareTideStaging()) {
+        endFailed(named(QStringLiteral("cannot create staging dir %1")
+                            .arg(statePath(dir, kStagingSuffix))));
+        return;
+    }
+    files = {};
+    totalSize = 0;
+    Q_EMIT progress(named(QStringLiteral("downloading Tide build ...")));
+    const auto onPercent = [this](int percent, qint64 bytes) {
+        const QString megabytes =
+            QString::number(static_cast<double>(bytes) / kBytesPerMegabyte, 'f', 1);
+        const QString line = QStringLiteral("downloading Tide build %1% (%2 MB) ...")
+                                 .arg(QString::number(percent), megabytes);
+        QMetaObject::invokeMethod(
+            this,
+            [this, percent, line] {
+                Q_EMIT progress(named(line));
+                Q_EMIT progressPercent(percent);
+            },
+            Qt::QueuedConnection);
+    };
+    runOnWorker([job = tideJob, onPercent] { return assembleStaging(job, onPercent); },
+                &Syncer::onTideDownloaded);
+}
+
+bool Syncer::prepareTideStaging() {
+    const QString staging = statePath(dir, kStagingSuffix);
+    // What is staged is about to change; its marker must not outlive it.
+    removeStagedMarker(dir);
+    const bool resumes = directoryExists(staging) && stagedFor(dir) == buildId;
+    if (!resumes && !removeTree(staging)) {
+        return false;
+    }
+    if (!QDir().mkpath(staging)) {
+        return false;
+    }
+    saveWhole(statePath(dir, kStagingBuildSuffix), buildId.toUtf8());
+    return true;
+}
+
+void Syncer::onTideDownloaded(const TideResult& result) {
+    if (result.ok) {
+        activateStaged();
+    } else {
+        endFailed(named(QStringLiteral("Tide sync: %1").arg(result.text)));
+    }
+}
+
+void Syncer::runOnWorker(std::function<TideResult()> job,
+                         void (Syncer::*onResult)(const TideResult&)) {
+    auto* watcher = new QFutureWatcher<TideResult>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, onResult] {
+        watcher->deleteLater();
+        (this->*onResult)(watcher->result());
+    });
+    watcher->setFuture(QtConcurrent::run(std::move(job)));
+}
+
+}  // namespace quorvelle
