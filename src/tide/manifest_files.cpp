@@ -10,6 +10,14 @@ namespace tide {
 
 namespace {
 
+// JsonCpp converts some numbers that do not fit without a word.
+std::uint64_t unsignedOf(const Json::Value& value) {
+    if (!value.isUInt64() && !value.isNull()) {
+        Json::throwLogicError("no unsigned integer");
+    }
+    return value.asUInt64();
+}
+
 std::vector<ManifestChunk> readChunks(const Json::Value& list) {
     if (!list.isArray() && !list.isNull()) {
         Json::throwLogicError("chunks are no list");
@@ -17,7 +25,7 @@ std::vector<ManifestChunk> readChunks(const Json::Value& list) {
     std::vector<ManifestChunk> chunks;
     chunks.reserve(list.size());
     for (const Json::Value& entry : list) {
-        chunks.push_back({entry["h"].asString(), entry["n"].asUInt64()});
+        chunks.push_back({entry["h"].asString(), unsignedOf(entry["n"])});
     }
     return chunks;
 }
@@ -44,7 +52,7 @@ bool readFiles(const Json::Value& list, std::vector<ManifestFile>& files, std::s
     TakenNames taken;
     files.reserve(list.size());
     for (const Json::Value& entry : list) {
-        ManifestFile file{entry["path"].asString(), entry["size"].asUInt64(),
+        ManifestFile file{entry["path"].asString(), unsignedOf(entry["size"]),
                           readChunks(entry["chunks"])};
         if (!isSafePath(file.path)) {
             return fail(err, "manifest contains an unsafe path: ", file.path);

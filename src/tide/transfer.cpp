@@ -2,9 +2,7 @@
 
 #include <curl/curl.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <new>
 
 #include "tide/error.h"
@@ -55,8 +53,7 @@ std::size_t receive(const char* bytes, std::size_t, std::size_t count, void* con
 
 std::size_t send(char* buffer, std::size_t size, std::size_t count, void* context) noexcept {
     auto& streams = *static_cast<Streams*>(context);
-    const std::size_t length = std::min(size * count, streams.payload->size() - streams.sent);
-    std::memcpy(buffer, streams.payload->data() + streams.sent, length);
+    const std::size_t length = streams.payload->copy(buffer, size * count, streams.sent);
     streams.sent += length;
     return length;
 }

@@ -1,0 +1,16 @@
+#include "tide/engine.h"
+
+#include <gtest/gtest.h>
+
+namespace tide {
+namespace {
+
+TEST(EngineDeathTest, EndsTheProcessWhereLibsodiumCannotWork) {
+    requireSodium(0);
+    requireSodium(1);
+    EXPECT_EXIT(requireSodium(-1), ::testing::KilledBySignal(SIGABRT),
+                "^tide-core: libsodium failed to initialise\n$");
+}
+
+}  // namespace
+}  // namespace tide
