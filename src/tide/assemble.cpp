@@ -1,0 +1,227 @@
+#include "tide/assemble.h"
+
+#include <filesystem>
+#include <numeric>
+#include <optional>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "tide/chunk_reader.h"
+#include "tide/chunk_source.h"
+#include "tide/disk.h"
+#include "tide/error.h"
+#include "tide/local_index.h"
+#include "tide/manifest.h"
+#include "tide/part_file.h"
+#include "tide/target_tree.h"
+#include "tide/utf8_path.h"
+
+namespace tide {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What the caller of a run is told, and how stubborn it is.
+struct RunOptions {
+    const AssemblyProgress& progress;
+    const InUseCallback& inUse;
+    int maxReplaceAttempts;
+};
+
+/// One run over the files of a manifest.
+class Assembly {
+public:
+    Assembly(const std::vector<ManifestFile>& manifestFiles, const TargetTree& targetTree,
+             fs::path reuseDirectory, ChunkSource& chunkSource, RunOptions runOptions)
+        : files(manifestFiles),
+          target(targetTree),
+          reuse(std::move(reuseDirectory)),
+          source(chunkSource),
+          options(runOptions),
+          chunksInAll(std::accumulate(
+              files.begin(), files.end(), std::uint64_t{0},
+              [](std::uint64_t sum, const auto& file) { return sum + file.chunks.size(); })) {}
+
+    bool run(std::string* err) {
+        for (const ManifestFile& file : files) {
+            if (!assemble(file, err)) {
+                return false;
+            }
+        }
+        return target.removeStrays(err) && flushAll(err);
+    }
+
+private:
+    bool assemble(const ManifestFile& file, std::string* err) {
+        if (!target.makeWay(file)) {
+            return fail(err, "cannot open ", utf8Text(target.part(file)));
+        }
+        const bool inPlace = holdsFile(target.destination(file), file);
+        if (inPlace || shareUnchanged(file)) {
+            for (const ManifestChunk& chunk : file.chunks) {
+                report(chunk);
+            }
+        } else if (!write(file, err)) {
+            return false;
+        }
+        if (!inPlace && !replaceFile(target.part(file), target.destination(file),
+                                     options.maxReplaceAttempts, options.inUse, sleepFor, err)) {
+            return false;
+        }
+        source.fileWritten(target.destination(file), file);
+        return true;
+    }
+
+    /// Makes the part a second name of the same file in the reuse directory, when that
+    /// holds all its bytes.
+    bool shareUnchanged(const ManifestFile& file) {
+        const fs::path unchanged = reuse / utf8Path(file.path);
+        if (!sharing || reuse.empty() || !source.indexKnowsAll(file) ||
+            !holdsFile(unchanged, file)) {
+            return false;
+        }
+        keepLeftover(file);
+        sharing = shareFile(unchanged, target.part(file));
+        return sharing;
+    }
+
+    bool write(const ManifestFile& file, std::string* err) {
+        std::vector<fs::path> lookalikes{target.destination(file)};
+        if (!reuse.empty()) {
+            lookalikes.push_back(reuse / utf8Path(file.path));
+        }
+        const LeadingChunks kept = resumable(file);
+        if (kept.count == 0) {
+            if (const fs::path leftover = keepLeftover(file); !leftover.empty()) {
+                lookalikes.push_back(leftover);
+            }
+        }
+        PartFile part = kept.count > 0 ? PartFile::resume(target.part(file), kept.bytes)
+                                       : PartFile::create(target.part(file));
+        if (!part.isOpen()) {
+            return fail(err, "cannot open ", utf8Text(target.part(file)));
+        }
+        for (std::size_t i = 0; i < kept.count; ++i) {
+            report(file.chunks[i]);
+        }
+        return append(file, kept.count, lookalikes, part, err) && finish(file, part, err);
+    }
+
+    bool append(const ManifestFile& file, std::size_t begin,
+                const std::vector<fs::path>& lookalikes, PartFile& part, std::string* err) {
+        for (std::size_t i = begin; i < file.chunks.size(); ++i) {
+            std::string_view bytes;
+            if (!source.find(file.chunks[i], part.size(), lookalikes, bytes, err)) {
+                return false;
+            }
+            if (!part.append(bytes)) {
+                return fail(err, "write failed for ", utf8Text(target.destination(file)));
+            }
+            report(file.chunks[i]);
+        }
+        return true;
+    }
+
+    bool finish(const ManifestFile& file, PartFile& part, std::string* err) {
+        const std::string name = utf8Text(target.destination(file));
+        if (!part.close()) {
+            return fail(err, "write failed for ", name);
+        }
+        return part.size() == file.size || fail(err, "size mismatch for ", name);
+    }
+
+    /// How much of a leftover part can stay where it is: all but a torn last chunk.
+    /// Nothing when it is more than that, since what would be overwritten may hold
+    /// chunks, or when writing into it would write into another file.
+    LeadingChunks resumable(const ManifestFile& file) const {
+        const fs::path part = target.part(file);
+        if (!isUnsharedFile(part)) {
+            return {};
+        }
+        const LeadingChunks leading = leadingChunks(part, file.chunks);
+        std::error_code error;
+        const std::uintmax_t size = fs::file_size(part, error);
+        const bool torn = leading.count < file.chunks.size() &&
+                          size - leading.bytes < file.chunks[leading.count].length;
+        return !error && (torn || size == leading.bytes) ? leading : LeadingChunks{};
+    }
+
+    /// Moves a leftover part out of the way, so that its name is free and its chunks
+    /// still serve. Returns its new name; empty when there was none.
+    fs::path keepLeftover(const ManifestFile& file) {
+        std::error_code error;
+        const fs::path part = target.part(file);
+        if (!fs::exists(part, error)) {
+            return {};
+        }
+        fs::path aside = target.setAside(part);
+        source.fileMoved(part, aside);
+        return aside;
+    }
+
+    void report(const ManifestChunk& chunk) {
+        source.markUsed(chunk);
+        ++chunksDone;
+        bytesDone += chunk.length;
+        if (options.progress) {
+            options.progress(chunksDone, chunksInAll, static_cast<std::int64_t>(bytesDone));
+        }
+    }
+
+    /// Once at the end: the first flush then carries most of the others along.
+    bool flushAll(std::string* err) const {
+        for (const ManifestFile& file : files) {
+            const fs::path path = target.destination(file);
+            if (!flushToDisk(path)) {
+                return fail(err, "write failed for ", utf8Text(path));
+            }
+        }
+        return true;
+    }
+
+    static void sleepFor(std::chrono::nanoseconds time) { std::this_thread::sleep_for(time); }
+
+    const std::vector<ManifestFile>& files;
+    const TargetTree& target;
+    const fs::path reuse;
+    ChunkSource& source;
+    const RunOptions options;
+    const std::uint64_t chunksInAll;
+    std::uint64_t chunksDone = 0;
+    std::uint64_t bytesDone = 0;
+    /// Cleared by the first refusal: the two directories do not lie on one file system.
+    bool sharing = true;
+};
+
+}  // namespace
+
+bool downloadAndAssemble(StorageProvider& provider, const std::string& channel,
+                         const std::string& targetDirectory, const std::string& publicKeyHex,
+                         const std::string& manifestUrl, const std::string& signatureUrl,
+                         const ChunkUrls& chunkUrls, const AssemblyProgress& progress,
+                         const InUseCallback& inUse, int maxReplaceAttempts,
+                         const std::string& reuseDirectory, std::string* err) {
+    ConnectionCache connections;
+    Json::Value manifest;
+    std::vector<ManifestFile> files;
+    if (!fetchManifest(provider, channel, manifestUrl, publicKeyHex, signatureUrl, manifest, err,
+                       &connections) ||
+        !readManifestFiles(manifest, files, err)) {
+        return false;
+    }
+    const TargetTree target(utf8Path(targetDirectory), files);
+    const fs::path reuse = utf8Path(reuseDirectory);
+    LocalIndex index;
+    buildLocalIndex(target.root(), index);
+    if (!reuse.empty()) {
+        buildLocalIndex(reuse, index);
+    }
+    ChunkSource source(provider, chunkUrls, connections, std::move(index), files);
+    return Assembly(files, target, reuse, source, RunOptions{progress, inUse, maxReplaceAttempts})
+        .run(err);
+}
+
+}  // namespace tide

@@ -1,0 +1,116 @@
+#include "tide/chunk_source.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tide/chunk_decode.h"
+#include "tide/chunk_reader.h"
+#include "tide/error.h"
+#include "tide/limits.h"
+
+namespace tide {
+
+ChunkSource::ChunkSource(StorageProvider& provider, const ChunkUrls& chunkUrls,
+                         ConnectionCache& connections, LocalIndex localIndex,
+                         const std::vector<ManifestFile>& files)
+    : bucket(provider),
+      urls(chunkUrls),
+      connectionCache(connections),
+      index(std::move(localIndex)) {
+    for (const ManifestFile& file : files) {
+        for (const ManifestChunk& chunk : file.chunks) {
+            ++usesLeft[chunk.id];
+        }
+    }
+}
+
+bool ChunkSource::find(const ManifestChunk& chunk, std::uint64_t offset,
+                       const std::vector<std::filesystem::path>& lookalikes,
+                       std::string_view& bytes, std::string* err) {
+    const auto cached = cache.find(chunk.id);
+    if (cached != cache.end()) {
+        bytes = cached->second;
+    } else if (readFromDisk(chunk, offset, lookalikes)) {
+        bytes = buffer;
+    } else if (fetch(chunk, err)) {
+        bytes = keepFetched(chunk.id);
+    } else {
+        return false;
+    }
+    return bytes.size() == chunk.length || fail(err, "chunk size mismatch for ", chunk.id);
+}
+
+bool ChunkSource::readFromDisk(const ManifestChunk& chunk, std::uint64_t offset,
+                               const std::vector<std::filesystem::path>& lookalikes) {
+    const auto known = index.find(chunk.id);
+    if (known != index.end() && known->second.length == chunk.length &&
+        ChunkReader(known->second.file).read(chunk, known->second.offset, buffer)) {
+        return true;
+    }
+    return std::any_of(lookalikes.begin(), lookalikes.end(), [&](const auto& file) {
+        return ChunkReader(file).read(chunk, offset, buffer);
+    });
+}
+
+bool ChunkSource::fetch(const ManifestChunk& chunk, std::string* err) {
+    std::string raw;
+    return fetchRaw(chunk.id, raw, err) && decodeChunk(raw, chunk.id, buffer, err);
+}
+
+bool ChunkSource::fetchRaw(const std::string& id, std::string& raw, std::string* err) {
+    if (urls.empty()) {
+        return bucket.get(bucket.chunkKey(id), raw, err);
+    }
+    const auto url = urls.find(id);
+    if (url == urls.end()) {
+        return fail(err, "no presigned URL for chunk ", id);
+    }
+    const HttpOptions options{.maxBody = kMaxChunkBytes, .connections = &connectionCache};
+    long status = 0;
+    if (!httpGet(url->second, raw, status, err, {}, options)) {
+        return false;
+    }
+    return isSuccess(status) || fail(err, "chunk URL ", id, " -> HTTP ", std::to_string(status));
+}
+
+std::string_view ChunkSource::keepFetched(const std::string& id) {
+    if (usesLeft[id] <= 1 || cachedBytes + buffer.size() > kMaxCachedBytes) {
+        return buffer;
+    }
+    cachedBytes += buffer.size();
+    return cache.insert_or_assign(id, std::move(buffer)).first->second;
+}
+
+void ChunkSource::markUsed(const ManifestChunk& chunk) {
+    if (--usesLeft[chunk.id] > 0) {
+        return;
+    }
+    const auto cached = cache.find(chunk.id);
+    if (cached != cache.end()) {
+        cachedBytes -= cached->second.size();
+        cache.erase(cached);
+    }
+}
+
+bool ChunkSource::indexKnowsAll(const ManifestFile& file) const {
+    return std::all_of(file.chunks.begin(), file.chunks.end(),
+                       [&](const ManifestChunk& chunk) { return index.contains(chunk.id); });
+}
+
+void ChunkSource::fileMoved(const std::filesystem::path& from, const std::filesystem::path& to) {
+    for (auto& [id, place] : index) {
+        if (place.file == from) {
+            place.file = to;
+        }
+    }
+}
+
+void ChunkSource::fileWritten(const std::filesystem::path& path, const ManifestFile& file) {
+    std::uint64_t offset = 0;
+    for (const ManifestChunk& chunk : file.chunks) {
+        index.insert_or_assign(chunk.id, ChunkRef{path, offset, chunk.length});
+        offset += chunk.length;
+    }
+}
+
+}  // namespace tide

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tide/chunk.h"
+#include "tide/descriptor.h"
+#include "tide/http.h"
+#include "tide/manifest.h"
+#include "tide/storage_provider.h"
+
+namespace tide {
+
+/// Decoded chunks kept in memory at a time, in bytes.
+inline constexpr std::uint64_t kMaxCachedBytes = std::uint64_t{256} << 20;
+
+/// Where the chunks of one run come from, cheapest first: memory, a place on disk, the
+/// network. Whatever the place, the bytes handed out hash to the chunk's id.
+class ChunkSource {
+public:
+    /// Chunks are fetched from `chunkUrls`, or from the bucket when it is empty. The
+    /// references are borrowed for the life of the source; `files` is read here: it
+    /// tells how often each chunk will be asked for.
+    ChunkSource(StorageProvider& provider, const ChunkUrls& chunkUrls, ConnectionCache& connections,
+                LocalIndex localIndex, const std::vector<ManifestFile>& files);
+
+    /// Finds a chunk that belongs at `offset` of a file. `lookalikes` are other versions
+    /// of that file: a chunk that the index does not know may well stand at the same
+    /// offset there, however it was cut. On success `bytes` is valid until the next
+    /// call of any member; on failure `err`, unless null, is assigned the reason.
+    bool find(const ManifestChunk& chunk, std::uint64_t offset,
+              const std::vector<std::filesystem::path>& lookalikes, std::string_view& bytes,
+              std::string* err);
+
+    /// Says that one of the uses of a chunk that the manifest lists is over. Memory
+    /// holds chunks that will be asked for again, and no others.
+    void markUsed(const ManifestChunk& chunk);
+
+    /// Whether every chunk of a file is said to be on this machine.
+    bool indexKnowsAll(const ManifestFile& file) const;
+
+    /// Says that a file goes by another name now.
+    void fileMoved(const std::filesystem::path& from, const std::filesystem::path& to);
+
+    /// Says that a file stands complete on disk.
+    void fileWritten(const std::filesystem::path& path, const ManifestFile& file);
+
+private:
+    bool readFromDisk(const ManifestChunk& chunk, std::uint64_t offset,
+                      const std::vector<std::filesystem::path>& lookalikes);
+    bool fetch(const ManifestChunk& chunk, std::string* err);
+    bool fetchRaw(const std::string& id, std::string& raw, std::string* err);
+    std::string_view keepFetched(const std::string& id);
+
+    StorageProvider& bucket;
+    const ChunkUrls& urls;
+    ConnectionCache& connectionCache;
+    LocalIndex index;
+    std::map<std::string, std::uint64_t> usesLeft;
+    std::map<std::string, std::string> cache;
+    std::uint64_t cachedBytes = 0;
+    /// The chunk handed out last, unless the cache holds it.
+    std::string buffer;
+};
+
+}  // namespace tide

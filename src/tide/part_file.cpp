@@ -1,0 +1,35 @@
+#include "tide/part_file.h"
+
+#include <system_error>
+
+namespace tide {
+
+PartFile::PartFile(const std::filesystem::path& file, std::ios::openmode mode, std::uint64_t kept)
+    : path(file), stream(file, mode | std::ios::binary), written(kept) {
+    stream.seekp(static_cast<std::streamoff>(kept));
+}
+
+PartFile PartFile::create(const std::filesystem::path& path) {
+    return PartFile(path, std::ios::out | std::ios::trunc, 0);
+}
+
+PartFile PartFile::resume(const std::filesystem::path& path, std::uint64_t kept) {
+    return PartFile(path, std::ios::in | std::ios::out, kept);
+}
+
+bool PartFile::append(std::string_view bytes) {
+    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    written += bytes.size();
+    return stream.good();
+}
+
+bool PartFile::close() {
+    stream.close();
+    std::error_code error;
+    if (!stream.fail() && std::filesystem::file_size(path, error) > written && !error) {
+        std::filesystem::resize_file(path, written, error);
+    }
+    return !stream.fail() && !error;
+}
+
+}  // namespace tide

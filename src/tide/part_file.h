@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+
+namespace tide {
+
+/// A file that is being written from front to back. Nothing is flushed to disk here.
+class PartFile {
+public:
+    /// Opens a new, empty file; one that stands there is emptied. Check isOpen().
+    static PartFile create(const std::filesystem::path& path);
+    /// Opens a file that exists to go on behind its first `kept` bytes, which stay.
+    static PartFile resume(const std::filesystem::path& path, std::uint64_t kept);
+
+    bool isOpen() const { return stream.is_open(); }
+
+    bool append(std::string_view bytes);
+
+    /// Bytes from the beginning of the file up to the writing position.
+    std::uint64_t size() const { return written; }
+
+    /// Writes out what is buffered and cuts off what an earlier run left behind the last
+    /// byte. False when anything was not written.
+    bool close();
+
+private:
+    PartFile(const std::filesystem::path& file, std::ios::openmode mode, std::uint64_t kept);
+
+    std::filesystem::path path;
+    std::ofstream stream;
+    std::uint64_t written;
+};
+
+}  // namespace tide

@@ -1,0 +1,89 @@
+#include "tide/verify.h"
+
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+#include "tide/chunk_reader.h"
+#include "tide/manifest.h"
+#include "tide/utf8_path.h"
+
+namespace tide {
+
+namespace {
+
+/// One file's verdict: an empty problem is a good file.
+struct Verdict {
+    std::string problem = {};
+    std::uint64_t bytesChecked = 0;
+};
+
+Verdict hashFile(const std::filesystem::path& path, const ManifestFile& file) {
+    Verdict verdict;
+    ChunkReader reader(path);
+    for (const ManifestChunk& chunk : file.chunks) {
+        switch (reader.check(chunk, verdict.bytesChecked)) {
+            case ChunkState::kMatches:
+                verdict.bytesChecked += chunk.length;
+                break;
+            case ChunkState::kDiffers:
+                verdict.problem = "chunk hash mismatch";
+                return verdict;
+            case ChunkState::kUnreadable:
+                verdict.problem = "truncated or unreadable";
+                return verdict;
+        }
+    }
+    return verdict;
+}
+
+Verdict checkFile(const std::filesystem::path& path, const ManifestFile& file, bool quick) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        return {"missing"};
+    }
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    if (error || size != file.size) {
+        return {"size mismatch"};
+    }
+    return quick ? Verdict{{}, file.size} : hashFile(path, file);
+}
+
+}  // namespace
+
+bool verifyFiles(const std::string& installDirectory, const Json::Value& manifest,
+                 const CheckProgress& progress, const IssueCallback& issue, std::string* err,
+                 bool quick) {
+    std::vector<ManifestFile> files;
+    if (!readManifestFiles(manifest, files, err)) {
+        return false;
+    }
+    const std::filesystem::path directory = utf8Path(installDirectory);
+    std::uint64_t done = 0;
+    std::uint64_t bytes = 0;
+    for (const ManifestFile& file : files) {
+        const Verdict verdict = checkFile(directory / utf8Path(file.path), file, quick);
+        if (!verdict.problem.empty() && issue) {
+            issue(file.path, verdict.problem);
+        }
+        bytes += verdict.bytesChecked;
+        if (progress) {
+            progress(++done, files.size(), static_cast<std::int64_t>(bytes));
+        }
+    }
+    return true;
+}
+
+bool verifyInstall(StorageProvider& provider, const std::string& channel,
+                   const std::string& installDirectory, const std::string& publicKeyHex,
+                   const std::string& manifestUrl, const std::string& signatureUrl,
+                   const CheckProgress& progress, const IssueCallback& issue, std::string* err,
+                   bool quick) {
+    ConnectionCache connections;
+    Json::Value manifest;
+    return fetchManifest(provider, channel, manifestUrl, publicKeyHex, signatureUrl, manifest, err,
+                         &connections) &&
+           verifyFiles(installDirectory, manifest, progress, issue, err, quick);
+}
+
+}  // namespace tide
