@@ -45,8 +45,8 @@ void Syncer::onTideReply(const HttpExchange& exchange) {
     std::string error;
     if (!tide::parseSyncDescriptor(exchange.bytes().toStdString(), &tideJob.manifestUrl,
                                    &tideJob.signatureUrl, &tideJob.chunkUrls, &error)) {
-        endFailed(named(
-            QStringLiteral("bad Tide descriptor: %1").arg(QString::fromStdString(error))));
+        endFailed(
+            named(QStringLiteral("bad Tide descriptor: %1").arg(QString::fromStdString(error))));
         return;
     }
     const bool current =
@@ -79,8 +79,8 @@ void Syncer::onSelfHealResult(const TideResult& result) {
 
 void Syncer::startTideDownload() {
     if (!prepareTideStaging()) {
-        endFailed(named(QStringLiteral("cannot create staging dir %1")
-                            .arg(statePath(dir, kStagingSuffix))));
+        endFailed(named(
+            QStringLiteral("cannot create staging dir %1").arg(statePath(dir, kStagingSuffix))));
         return;
     }
     files = {};
