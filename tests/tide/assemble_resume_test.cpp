@@ -1,0 +1,139 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "assembly_fixture.h"
+#include "tide/chunker.h"
+
+namespace tide {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AssemblyTest;
+using testing::Build;
+using ::testing::IsEmpty;
+using testing::randomBytes;
+using testing::readFile;
+using ::testing::SizeIs;
+using testing::writeFile;
+
+class ResumeTest : public AssemblyTest {
+protected:
+    ResumeTest() {
+        for (unsigned i = 0; i < kChunks; ++i) {
+            build[1].second.push_back(randomBytes(i + 1, 40000 + 1000 * i));
+        }
+        bucket.publish(build);
+    }
+
+    /// Runs in a process of its own that dies without a chance to clean up once
+    /// `lastChunk` chunks are done.
+    void assembleAndDie(std::uint64_t lastChunk) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            onChunk = [&](std::uint64_t done) {
+                if (done == lastChunk) {
+                    _exit(42);
+                }
+            };
+            assemble();
+            _exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        ASSERT_EQ(WEXITSTATUS(status), 42);
+    }
+
+    static constexpr unsigned kChunks = 10;
+    Build build = {{"small", {"s"}}, {"large", {}}, {"last", {"l"}}};
+};
+
+// One chunk at most is fetched again, wherever the process died.
+TEST_F(ResumeTest, GoesOnAfterAKillAtEveryChunk) {
+    for (std::uint64_t kill = 1; kill <= kChunks + 2; ++kill) {
+        SCOPED_TRACE(kill);
+        fs::remove_all(staging());
+        assembleAndDie(kill);
+        EXPECT_TRUE(assemble()) << err;
+        expectAssembled(build);
+        EXPECT_LE(bucket.fetched.size(), kChunks + 2 - kill + 1);
+        EXPECT_THAT(progress, SizeIs(kChunks + 2));
+    }
+}
+
+TEST_F(ResumeTest, GoesOnAfterBrokenConnectionsOneUponTheOther) {
+    std::size_t fetched = 0;
+    for (bucket.breakAfter = 1; !assemble(); ++bucket.breakAfter) {
+        EXPECT_THAT(err, ::testing::EndsWith("-> HTTP 404"));
+        fetched += bucket.fetched.size();
+        ASSERT_LT(fetched, 100U);
+    }
+    expectAssembled(build);
+    EXPECT_EQ(fetched + bucket.fetched.size(), kChunks + 2);
+}
+
+TEST_F(ResumeTest, AFinishedStagingIsKeptWithoutOneFetch) {
+    ASSERT_TRUE(assemble());
+    const auto before = fs::last_write_time(staging() / "large");
+    EXPECT_TRUE(assemble());
+    EXPECT_THAT(bucket.fetched, IsEmpty());
+    EXPECT_EQ(fs::last_write_time(staging() / "large"), before);
+    expectAssembled(build);
+}
+
+TEST_F(ResumeTest, DamageInTheHalfWrittenFileCostsOneChunk) {
+    const std::string content = testing::joined(build[1].second);
+    struct Row {
+        const char* name;
+        std::string part;
+        std::size_t fetches;  // "small" and "last" among them
+    };
+    std::string flipped = content;
+    flipped[100000] = static_cast<char>(flipped[100000] ^ 1);
+    std::string zeros = content;
+    zeros.replace(200000, 40000, 40000, '\0');
+    const Row rows[] = {
+        {"whole", content, 2},
+        {"torn last chunk", content.substr(0, content.size() - 1), 3},
+        {"bytes behind the end", content + "behind", 2},
+        {"a flipped bit", flipped, 3},
+        {"a hole across two chunks", zeros, 4},
+        {"empty", "", 12},
+        {"something else", "something else", 12},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        fs::remove_all(staging());
+        writeFile(staging() / "large.part", row.part);
+        EXPECT_TRUE(assemble()) << err;
+        expectAssembled(build);
+        EXPECT_THAT(bucket.fetched, SizeIs(row.fetches));
+    }
+}
+
+// A leftover of another build: its chunks serve wherever they are wanted now, also after
+// its own name was needed, and a second interruption does not lose them.
+TEST_F(ResumeTest, ChunksOfAForeignLeftoverOutliveTheReuseOfItsName) {
+    std::vector<std::string> cut;
+    const std::string content = randomBytes(77, 20 << 20);
+    writeFile(temp / "scratch", content);
+    ASSERT_TRUE(chunkFile(
+        temp / "scratch", {},
+        [&](const Chunk& chunk) { cut.push_back(content.substr(chunk.offset, chunk.length)); },
+        nullptr));
+    ASSERT_GE(cut.size(), 3U);
+    build = {{"a", {"first", cut[1], cut[2]}}, {"b", {cut[0], "end"}}};
+    bucket.publish(build);
+    writeFile(staging() / "a.part", content);
+    writeFile(staging() / "leftover-1", "of an earlier run");
+    bucket.breakAfter = 1;
+    EXPECT_FALSE(assemble());
+    EXPECT_THAT(bucket.fetched, SizeIs(1));
+    bucket.breakAfter = 100;
+    EXPECT_TRUE(assemble()) << err;
+    EXPECT_THAT(bucket.fetched, SizeIs(1));
+    expectAssembled(build);
+}
+
+}  // namespace
+}  // namespace tide

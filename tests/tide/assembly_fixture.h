@@ -1,0 +1,58 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include "tide/assemble.h"
+#include "tide_files.h"
+
+namespace tide::testing {
+
+/// Runs of the assembly of channel "app" from a bucket in memory, in a fresh folder with
+/// "staging" as the target and "install" as the directory to reuse.
+class AssemblyTest : public ::testing::Test {
+protected:
+    /// Runs once; `err` then says why it failed, and is empty when it did not.
+    bool assemble(const ChunkUrls& urls = {}) {
+        err.clear();
+        progress.clear();
+        bucket.fetched.clear();
+        const bool ok = downloadAndAssemble(
+            bucket, "app", utf8Text(staging()), "", "", "", urls,
+            [&](std::uint64_t done, std::uint64_t all, std::int64_t bytes) {
+                progress.push_back(std::to_string(done) + "/" + std::to_string(all) + " " +
+                                   std::to_string(bytes));
+                if (onChunk) {
+                    onChunk(done);
+                }
+            },
+            {}, maxReplaceAttempts, utf8Text(temp / "install"), &err);
+        EXPECT_EQ(ok, err.empty());
+        return ok;
+    }
+
+    /// Whether staging holds the build's files and nothing else.
+    void expectAssembled(const Build& build) const {
+        std::set<std::string> files;
+        for (const auto& [path, chunks] : build) {
+            EXPECT_TRUE(readFile(staging() / utf8Path(path)) == joined(chunks)) << path;
+            for (std::size_t slash = path.find('/'); slash != std::string::npos;
+                 slash = path.find('/', slash + 1)) {
+                files.insert(path.substr(0, slash + 1));
+            }
+            files.insert(path);
+        }
+        EXPECT_EQ(temp.entries("staging"), files);
+    }
+
+    fs::path staging() const { return temp / "staging"; }
+
+    TempDir temp;
+    MemoryBucket bucket;
+    std::string err;
+    std::vector<std::string> progress;
+    /// Called on the worker after each chunk, with the number done.
+    std::function<void(std::uint64_t)> onChunk;
+    int maxReplaceAttempts = 0;
+};
+
+}  // namespace tide::testing

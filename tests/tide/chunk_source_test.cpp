@@ -1,0 +1,69 @@
+#include "tide/chunk_source.h"
+
+#include <gmock/gmock.h>
+
+#include "tide_files.h"
+
+namespace tide {
+namespace {
+
+using testing::MemoryBucket;
+using testing::TempDir;
+using testing::writeFile;
+
+// Five chunks of 60 MiB, each wanted twice: four fit into memory.
+TEST(ChunkSourceTest, MemoryHoldsAtMost256MiB) {
+    MemoryBucket bucket;
+    ManifestFile file{"f", 0, {}};
+    for (char letter = 'a'; letter <= 'e'; ++letter) {
+        const std::string bytes(std::size_t{60} << 20, letter);
+        file.chunks.push_back({blake3Hex(bytes), bytes.size()});
+        bucket.objects[bucket.chunkKey(file.chunks.back().id)] = bytes;
+    }
+    const ChunkUrls noUrls;
+    ConnectionCache connections;
+    ChunkSource source(bucket, noUrls, connections, {}, {file, file});
+    for (int round = 0; round < 2; ++round) {
+        for (const ManifestChunk& chunk : file.chunks) {
+            std::string_view bytes;
+            ASSERT_TRUE(source.find(chunk, 0, {}, bytes, nullptr));
+            EXPECT_EQ(bytes.size(), chunk.length);
+            EXPECT_EQ(blake3Hex(bytes), chunk.id);
+            source.markUsed(chunk);
+        }
+    }
+    EXPECT_EQ(bucket.fetched.size(), 6U);
+    EXPECT_EQ(bucket.fetched.back(), bucket.chunkKey(file.chunks[4].id));
+}
+
+TEST(ChunkSourceTest, APlaceOnDiskIsBelievedOnlyWhenItsBytesHash) {
+    const TempDir temp;
+    writeFile(temp / "f", "..wanted..");
+    const ManifestChunk chunk{blake3Hex("wanted"), 6};
+    struct Row {
+        const char* name;
+        ChunkRef place;
+        std::size_t fetches;
+    };
+    const Row rows[] = {
+        {"right", {temp / "f", 2, 6}, 0},        {"wrong offset", {temp / "f", 3, 6}, 1},
+        {"wrong length", {temp / "f", 2, 5}, 1}, {"beyond the end", {temp / "f", 1000, 6}, 1},
+        {"no such file", {temp / "g", 2, 6}, 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        MemoryBucket bucket;
+        bucket.objects[bucket.chunkKey(chunk.id)] = "wanted";
+        const ChunkUrls noUrls;
+        ConnectionCache connections;
+        ChunkSource source(bucket, noUrls, connections, {{chunk.id, row.place}},
+                           {{"x", 6, {chunk}}});
+        std::string_view bytes;
+        ASSERT_TRUE(source.find(chunk, 0, {}, bytes, nullptr));
+        EXPECT_EQ(bytes, "wanted");
+        EXPECT_EQ(bucket.fetched.size(), row.fetches);
+    }
+}
+
+}  // namespace
+}  // namespace tide

@@ -1,0 +1,79 @@
+#include "tide/replace_file.h"
+
+#include <gmock/gmock.h>
+
+#include "tide_files.h"
+
+namespace tide {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using testing::readFile;
+using testing::TempDir;
+using testing::writeFile;
+
+// A folder that is not empty is in a file's way like a file in use.
+class ReplaceFileTest : public ::testing::Test {
+protected:
+    ReplaceFileTest() {
+        writeFile(temp / "f.part", "new");
+        writeFile(temp / "f/busy", "");
+    }
+
+    bool replace(int attempts, const std::function<void(int)>& onAttempt = {}) {
+        return replaceFile(
+            temp / "f.part", temp / "f", attempts,
+            [&](const std::string& path, int attempt, int maximum) {
+                events.push_back(path + " " + std::to_string(attempt) + "/" +
+                                 std::to_string(maximum));
+                if (onAttempt) {
+                    onAttempt(attempt);
+                }
+            },
+            [&](std::chrono::nanoseconds time) { events.push_back(std::to_string(time.count())); },
+            &err);
+    }
+
+    TempDir temp;
+    std::vector<std::string> events;
+    std::string err;
+};
+
+TEST_F(ReplaceFileTest, TriesAgainAfterASecondUntilTheFileIsFree) {
+    const std::string name = utf8Text(temp / "f");
+    EXPECT_TRUE(replace(5, [&](int attempt) {
+        if (attempt == 2) {
+            fs::remove_all(temp / "f");
+        }
+    }));
+    EXPECT_THAT(events, ElementsAre(name + " 1/5", "1000000000", name + " 2/5", "1000000000"));
+    EXPECT_EQ(readFile(temp / "f"), "new");
+    EXPECT_EQ(err, "");
+}
+
+TEST_F(ReplaceFileTest, GivesUpAfterTheLastAttemptAndLeavesBothFiles) {
+    EXPECT_FALSE(replace(2));
+    EXPECT_EQ(events.size(), 4U);
+    EXPECT_EQ(err, "'" + utf8Text(temp / "f") + "' is in use - could not replace it (" +
+                       std::make_error_code(std::errc::is_a_directory).message() + ")");
+    EXPECT_EQ(readFile(temp / "f.part"), "new");
+    EXPECT_TRUE(fs::exists(temp / "f/busy"));
+}
+
+TEST_F(ReplaceFileTest, WithoutAttemptsFailsAtOnce) {
+    EXPECT_FALSE(replace(0));
+    EXPECT_TRUE(events.empty());
+    EXPECT_THAT(err, ::testing::HasSubstr("is in use"));
+}
+
+TEST_F(ReplaceFileTest, ReplacesAFileWithoutAnyAdo) {
+    fs::remove_all(temp / "f");
+    writeFile(temp / "f", "old");
+    EXPECT_TRUE(replace(0));
+    EXPECT_EQ(readFile(temp / "f"), "new");
+    EXPECT_FALSE(fs::exists(temp / "f.part"));
+}
+
+}  // namespace
+}  // namespace tide
