@@ -86,6 +86,10 @@ void HttpExchange::send() {
     if (!request.token.isEmpty()) {
         outgoing.setRawHeader("Authorization", "Bearer " + request.token.toUtf8());
     }
+    if (sink && !mayCompress) {
+        // The network layer takes a compressed body that was cut short for a whole one.
+        outgoing.setRawHeader("Accept-Encoding", "identity");
+    }
     if (!request.contentType.isEmpty()) {
         outgoing.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
     }
@@ -105,8 +109,25 @@ void HttpExchange::send() {
     received = 0;
     body.clear();
     reply->setReadBufferSize(kReadBufferBytes);
+    connect(reply, &QNetworkReply::metaDataChanged, this, &HttpExchange::onHead);
     connect(reply, &QNetworkReply::readyRead, this, &HttpExchange::readAvailable);
     connect(reply, &QNetworkReply::finished, this, &HttpExchange::onReplyFinished);
+}
+
+void HttpExchange::onHead() {
+    // A server that compresses unasked is asked once more by the network layer, which
+    // then unpacks what comes.
+    if (sink && !mayCompress && isCompressed()) {
+        mayCompress = true;
+        resend();
+    }
+}
+
+void HttpExchange::resend() {
+    reply->disconnect(this);
+    reply->abort();
+    reply->deleteLater();
+    send();
 }
 
 void HttpExchange::readAvailable() {
@@ -172,19 +193,19 @@ bool HttpExchange::followRedirect(const QUrl& target) {
         request.token.clear();
     }
     request.url = target;
-    reply->disconnect(this);
-    reply->deleteLater();
-    send();
+    resend();
     return true;
 }
 
+bool HttpExchange::isCompressed() const {
+    const QByteArray encoding = reply->rawHeader("Content-Encoding");
+    return !encoding.isEmpty() && encoding != "identity";
+}
+
 bool HttpExchange::bodyIsWhole() const {
-    // The length counts compressed bytes where the body was compressed; its decoder
-    // notices a missing end.
-    if (!reply->hasRawHeader("Content-Length") || reply->hasRawHeader("Content-Encoding")) {
-        return true;
-    }
-    return reply->rawHeader("Content-Length").toLongLong() == received;
+    // The length counts compressed bytes where the body was compressed.
+    return isCompressed() || !reply->hasRawHeader("Content-Length") ||
+           reply->rawHeader("Content-Length").toLongLong() == received;
 }
 
 void HttpExchange::conclude(const QString& failureReason) {

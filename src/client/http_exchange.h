@@ -71,10 +71,13 @@ Q_SIGNALS:
 
 private:
     void send();
+    void resend();
+    void onHead();
     void readAvailable();
     void onReplyFinished();
     void conclude(const QString& failureReason);
     bool followRedirect(const QUrl& target);
+    bool isCompressed() const;
     bool bodyIsWhole() const;
 
     QNetworkAccessManager& manager;
@@ -85,6 +88,8 @@ private:
     qint64 received = 0;
     int status = 0;
     int redirects = 0;
+    /// Whether the server may compress a streamed body.
+    bool mayCompress = false;
     /// Why the exchange failed where the network layer does not say so itself.
     QString failure;
     QString abortReason;
