@@ -23,6 +23,9 @@ QNetworkAccessManager& networkManager() {
     static QPointer<QNetworkAccessManager> manager;
     if (manager.isNull()) {
         manager = new QNetworkAccessManager(QCoreApplication::instance());
+        // As the application's child alone it would end after the application, too late
+        // for the network layer's thread to give back all that it holds.
+        qAddPostRoutine([] { delete manager; });
     }
     return *manager;
 }

@@ -42,14 +42,15 @@ void recoverSwap(const QString& dir) {
     const StagedMarker staged = readStagedMarker(dir);
     const QString old = statePath(dir, kOldSuffix);
     const bool cutShort = entryExists(statePath(dir, kSwapSuffix));
+    // Asked before anything comes back from ".old", which is not the staged build.
+    const bool inPlace = !staged.build.isEmpty() && directoryExists(dir) &&
+                         !entryExists(statePath(dir, kStagingSuffix));
     if ((cutShort || !staged.build.isEmpty()) && !entryExists(dir) && directoryExists(old)) {
         renameEntry(old, dir);
     }
     if (!cutShort) {
         return;
     }
-    const bool inPlace = !staged.build.isEmpty() && directoryExists(dir) &&
-                         !entryExists(statePath(dir, kStagingSuffix));
     if (inPlace) {
         removeTree(old);
         if (!writeInstalledMarker(dir, {staged.build, staged.channel})) {

@@ -2,8 +2,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <future>
 
 #include "support/outcomes.h"
 #include "support/qt_printers.h"
@@ -60,21 +58,6 @@ TEST(ConfigFile, WritesTheMigrationWithTheNextChange) {
     EXPECT_EQ(box.config(), object(R"({"schema_version":2,"server":"http://l","token":"t",
         "subscriptions":[{"name":"c","server":"http://l","channel":"c","dir":"/l",
         "interval_seconds":60,"self_heal":0,"token":"t"}]})"));
-}
-
-TEST(ConfigFile, LosesNoneOfManyChangesAtOnce) {
-    const Sandbox box;
-    std::vector<std::future<Outcome>> runs;
-    for (int i = 0; i < 16; ++i) {
-        runs.push_back(std::async(std::launch::async, [&box, i] {
-            return box.run(args(QString("subscribe http://n c%1 --dir d%1").arg(i)));
-        }));
-    }
-    for (std::future<Outcome>& run : runs) {
-        EXPECT_EQ(run.get().code, 0);
-    }
-    EXPECT_EQ(box.config()["subscriptions"].toArray().size(), 16);
-    EXPECT_EQ(box.tree("config").size(), 1);
 }
 
 /// A command that saves, and what it says when it cannot. "{file}" stands for the

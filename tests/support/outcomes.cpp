@@ -9,10 +9,6 @@
 
 namespace quorvelle::testing {
 
-QStringList args(const QString& line) {
-    return line.isEmpty() ? QStringList() : line.split(u' ');
-}
-
 QJsonObject object(const QString& text) {
     const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
     EXPECT_TRUE(document.isObject()) << "no JSON object: " << text.toStdString();

@@ -4,15 +4,13 @@
 #include <QString>
 #include <QStringList>
 
+#include "support/notation.h"
 #include "support/process_runner.h"
 
 /// What tests of the whole program type and expect, and runs under conditions in which
 /// the system refuses what the program wants.
 
 namespace quorvelle::testing {
-
-/// The words of a command line, split at single blanks.
-QStringList args(const QString& line);
 
 /// The object that the text spells; fails the test when it spells none.
 QJsonObject object(const QString& text);

@@ -1,0 +1,378 @@
+#include "client/http_exchange.h"
+
+#include <gmock/gmock.h>
+
+#include <QBuffer>
+#include <QEventLoop>
+#include <QNetworkAccessManager>
+
+#include "support/fake_server.h"
+#include "support/notation.h"
+#include "support/qt_printers.h"
+#include "support/raw_server.h"
+
+namespace quorvelle::testing {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+namespace {
+
+struct Ran {
+    bool ok;
+    QJsonObject object;
+    /// The failure text in the context "ctx".
+    std::string failure;
+};
+
+Ran run(HttpRequest request, HttpExchange::Sink sink = {}) {
+    QNetworkAccessManager network;
+    HttpExchange exchange(network, std::move(request));
+    if (sink) {
+        exchange.streamTo(std::move(sink));
+    }
+    QEventLoop loop;
+    QObject::connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
+    exchange.start();
+    loop.exec();
+    return {exchange.succeeded(), exchange.object(), exchange.failureText("ctx").toStdString()};
+}
+
+Ran get(const QString& url, HttpExchange::Sink sink = {}) {
+    return run({.method = "GET", .url = QUrl(url), .token = "t"}, std::move(sink));
+}
+
+FakeServer::Answer redirectTo(const QString& target, int status) {
+    return [target = target.toStdString(), status](const auto&, httplib::Response& response) {
+        response.status = status;
+        response.set_header("Location", target);
+        response.set_content("{\"from\":\"redirect\"}", "application/json");
+    };
+}
+
+FakeServer::Answer answer(int status, const std::string& body, const char* type = "text/plain") {
+    return [=](const auto&, httplib::Response& response) {
+        response.status = status;
+        response.set_content(body, type);
+    };
+}
+
+/// 11 MiB that compress to a few KiB.
+const std::string kLargeObject = "{\"a\":\"" + std::string(11 << 20, 'x') + "\"}";
+
+/// A large object in the zlib format and a reply head for so many bytes of it.
+std::string deflated() {
+    return qCompress(QByteArray::fromStdString(kLargeObject)).mid(4).toStdString();
+}
+
+std::string deflateHead(std::size_t length) {
+    return "HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\nContent-Length: " +
+           std::to_string(length) + "\r\n\r\n";
+}
+
+}  // namespace
+
+TEST(HttpExchange, TakesAnyBodyOfASuccess) {
+    struct Row {
+        const char* name;
+        const char* body;
+        const char* object;
+    };
+    FakeServer server;
+    for (const Row& row : {Row{"object", "{\"a\": [1]}", "{'a':[1]}"}, Row{"empty", "", "{}"},
+                           Row{"text", "hello", "{}"}, Row{"array", "[{\"a\":1}]", "{}"},
+                           Row{"cut object", "{\"a\":1", "{}"},
+                           Row{"error in a success", "{\"error\":\"no\"}", "{'error':'no'}"}}) {
+        for (const int status : {200, 201, 299}) {
+            SCOPED_TRACE(row.name);
+            server.on("GET", "/x", answer(status, row.body));
+            const Ran ran = get(server.url() + "/x");
+            EXPECT_TRUE(ran.ok) << ran.failure;
+            EXPECT_EQ(text(ran.object), row.object);
+        }
+    }
+}
+
+TEST(HttpExchange, SaysWhatTheServerSaidOfAFailure) {
+    struct Row {
+        const char* name;
+        int status;
+        const char* body;
+        /// The whole text, or its beginning where the network layer's words follow.
+        const char* text;
+    };
+    FakeServer server;
+    for (const Row& row : {
+             Row{"not found", 404, "{\"error\":\"no build '7'\"}",
+                 "ctx failed (HTTP 404): no build '7'"},
+             Row{"conflict", 409, "{\"x\":1,\"error\":\"100%1 taken\"}",
+                 "ctx failed (HTTP 409): 100%1 taken"},
+             Row{"refused", 401, "{\"error\":\"größe\"}", "ctx failed (HTTP 401): größe"},
+             Row{"error empty", 400, "{\"error\":\"\"}", "ctx failed (HTTP 400): "},
+             Row{"server fault", 503, "{\"error\":\"later\"}", "ctx failed (HTTP 503): later"},
+         }) {
+        SCOPED_TRACE(row.name);
+        server.on("GET", "/x", answer(row.status, row.body));
+        const Ran ran = get(server.url() + "/x");
+        EXPECT_FALSE(ran.ok);
+        EXPECT_EQ(ran.failure, row.text);
+    }
+    for (const Row& row : {
+             Row{"error no string", 404, "{\"error\":{\"code\":1}}",
+                 "ctx failed (HTTP 404): Error transferring "},
+             Row{"no error key", 422, "{\"message\":\"m\"}",
+                 "ctx failed (HTTP 422): Error transferring "},
+             Row{"no JSON", 502, "<html>error</html>",
+                 "ctx failed (HTTP 502): Error transferring "},
+             Row{"array", 400, "[\"error\"]", "ctx failed (HTTP 400): Error transferring "},
+             Row{"empty", 500, "", "ctx failed (HTTP 500): Error transferring "},
+         }) {
+        SCOPED_TRACE(row.name);
+        server.on("GET", "/x", answer(row.status, row.body));
+        const Ran ran = get(server.url() + "/x");
+        EXPECT_FALSE(ran.ok);
+        EXPECT_THAT(ran.failure, StartsWith(row.text));
+    }
+}
+
+TEST(HttpExchange, SaysThatNobodyListens) {
+    const QString url = FakeServer().url();
+    const Ran ran = get(url + "/x");
+    EXPECT_FALSE(ran.ok);
+    EXPECT_EQ(ran.failure, "ctx failed: Connection refused");
+}
+
+TEST(HttpExchange, TellsAWholeReplyFromOneCutShort) {
+    struct Row {
+        const char* name;
+        std::string reply;
+        /// Empty for a success, else the beginning of the text.
+        const char* failure;
+    };
+    const std::string ok = "HTTP/1.1 200 OK\r\n";
+    const std::string chunked = ok + "Transfer-Encoding: chunked\r\n\r\n";
+    const std::string packed = deflated();
+    const std::string half = packed.substr(0, packed.size() / 2);
+    for (const Row& row : {
+             Row{"whole", ok + "Content-Length: 7\r\n\r\n{\"a\":1}", ""},
+             Row{"no length", ok + "\r\n{\"a\":1}", ""},
+             Row{"HTTP 1.0", "HTTP/1.0 200 OK\r\n\r\n{\"a\":1}", ""},
+             Row{"chunked", chunked + "4\r\n{\"a\"\r\n3\r\n:1}\r\n0\r\n\r\n", ""},
+             Row{"compressed", deflateHead(packed.size()) + packed, ""},
+             Row{"compressed cut", deflateHead(packed.size()) + half, "ctx failed (HTTP 200): "},
+             Row{"unknown coding", ok + "Content-Encoding: br\r\n\r\nx",
+                 "ctx failed (HTTP 200): the reply has the unknown content coding \"br\""},
+             Row{"body cut", ok + "Content-Length: 8\r\n\r\n{\"a\":1}", "ctx failed (HTTP 200): "},
+             Row{"no body", ok + "Content-Length: 8\r\n\r\n", "ctx failed (HTTP 200): "},
+             Row{"head cut", "HTTP/1.1 200 OK\r\nContent-Le", "ctx failed"},
+             Row{"nothing", "", "ctx failed: "},
+             Row{"no HTTP", "220 smtp ready\r\n\r\n", "ctx failed"},
+         }) {
+        for (const auto ending : {RawServer::Ending::kClose, RawServer::Ending::kReset}) {
+            const bool reset = ending == RawServer::Ending::kReset;
+            if (reset && *row.failure == '\0') {
+                continue;
+            }
+            SCOPED_TRACE(std::string(row.name) + (reset ? ", reset" : ""));
+            // The network layer asks again when it got nothing.
+            const RawServer server(std::vector(8, row.reply), ending);
+            const Ran ran = get(server.url() + "/x");
+            EXPECT_EQ(ran.ok, *row.failure == '\0') << ran.failure;
+            if (!ran.ok && *row.failure != '\0' && !reset) {
+                EXPECT_THAT(ran.failure, StartsWith(row.failure));
+            }
+        }
+    }
+}
+
+/// Such a file would otherwise be installed as if it were whole: without a length only the
+/// compressed stream itself knows where it ends.
+TEST(HttpExchange, NoticesThatACompressedStreamIsCutShortOrDamaged) {
+    const std::string packed = deflated();
+    std::string damaged = packed;
+    damaged[damaged.size() - 1] ^= 1;  // the checksum
+    for (const std::string& body :
+         {packed.substr(0, packed.size() / 2), packed.substr(0, packed.size() - 1), damaged,
+          std::string("plain")}) {
+        const RawServer server(
+            std::vector(8, "HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\n\r\n" + body));
+        const Ran ran = get(server.url() + "/x", [](const QByteArray&) { return true; });
+        EXPECT_FALSE(ran.ok);
+        EXPECT_THAT(ran.failure, StartsWith("ctx failed (HTTP 200): the compressed reply is "));
+    }
+}
+
+TEST(HttpExchange, UnpacksWhatAServerPackedUnasked) {
+    const std::string packed = deflated();
+    const RawServer server(std::vector(8, deflateHead(packed.size()) + packed));
+    std::string got;
+    const Ran ran = get(server.url() + "/x", [&got](const QByteArray& bytes) {
+        got += bytes.toStdString();
+        return true;
+    });
+    EXPECT_TRUE(ran.ok) << ran.failure;
+    EXPECT_TRUE(got == kLargeObject) << got.size();
+}
+
+TEST(HttpExchange, TakesBodiesThatCompressWell) {
+    FakeServer server;
+    server.on("GET", "/x", answer(200, kLargeObject, "application/json"));
+    const Ran ran = get(server.url() + "/x");
+    EXPECT_TRUE(ran.ok) << ran.failure;
+    EXPECT_EQ(ran.object["a"].toString().size(), 11 << 20);
+
+    // The network layer alone takes this very body for an attack.
+    QNetworkAccessManager network;
+    const std::unique_ptr<QNetworkReply> plain(
+        network.get(QNetworkRequest(QUrl(server.url() + "/x"))));
+    QEventLoop loop;
+    QObject::connect(plain.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    loop.exec();
+    EXPECT_NE(plain->error(), QNetworkReply::NoError);
+}
+
+TEST(HttpExchange, FollowsAReadWithinItsOrigin) {
+    for (const int status : {301, 302, 303, 307, 308}) {
+        SCOPED_TRACE(status);
+        FakeServer server;
+        server.on("GET", "/old", redirectTo("/new?a=%2F", status));
+        server.onJson("GET", "/new?a=%2F", json("{'a':1}"));
+        EXPECT_EQ(text(get(server.url() + "/old").object), "{'a':1}");
+        ASSERT_THAT(server.lines(), ElementsAre("GET /old", "GET /new?a=%2F"));
+        EXPECT_EQ(server.requests()[0].header("Authorization"), "Bearer t");
+        EXPECT_EQ(server.requests()[1].header("Authorization"), "Bearer t");
+    }
+}
+
+TEST(HttpExchange, NeverCarriesTheTokenToAnotherOrigin) {
+    FakeServer home;
+    FakeServer other;
+    home.on("GET", "/1", redirectTo(other.url() + "/2", 302));
+    other.on("GET", "/2", redirectTo(home.url() + "/3", 307));
+    home.onJson("GET", "/3", json("{'a':1}"));
+    EXPECT_TRUE(get(home.url() + "/1").ok);
+    ASSERT_THAT(home.lines(), ElementsAre("GET /1", "GET /3"));
+    ASSERT_THAT(other.lines(), ElementsAre("GET /2"));
+    EXPECT_EQ(home.requests()[0].header("Authorization"), "Bearer t");
+    EXPECT_EQ(other.requests()[0].header("Authorization"), "(none)");
+    EXPECT_EQ(home.requests()[1].header("Authorization"), "(none)");
+}
+
+TEST(HttpExchange, DoesNotTurnAChangeIntoARead) {
+    for (const char* method : {"POST", "PUT", "DELETE"}) {
+        for (const int status : {301, 302, 303}) {
+            SCOPED_TRACE(std::string(method) + ' ' + std::to_string(status));
+            FakeServer server;
+            server.on(method, "/old", redirectTo("/new", status));
+            const Ran ran = run({.method = method, .url = QUrl(server.url() + "/old")});
+            EXPECT_FALSE(ran.ok);
+            EXPECT_EQ(ran.failure, "ctx failed (HTTP " + std::to_string(status) +
+                                       "): the server redirects to \"/new\"");
+            EXPECT_EQ(server.lines().size(), 1U);
+        }
+    }
+}
+
+TEST(HttpExchange, RepeatsAChangeWithItsBody) {
+    for (const int status : {307, 308}) {
+        SCOPED_TRACE(status);
+        FakeServer server;
+        for (const char* method : {"POST", "PUT", "DELETE"}) {
+            server.on(method, "/old", redirectTo("/new", status));
+            server.onJson(method, "/new", {});
+        }
+        QBuffer file;
+        file.setData("from a device");
+        file.open(QIODevice::ReadOnly);
+        const QUrl url(server.url() + "/old");
+        EXPECT_TRUE(run({.method = "POST", .url = url, .contentType = "a/b", .body = "x"}).ok);
+        EXPECT_TRUE(
+            run({.method = "PUT", .url = url, .contentType = "c/d", .bodyDevice = &file}).ok);
+        EXPECT_TRUE(run({.method = "DELETE", .url = url}).ok);
+        std::vector<std::string> second;
+        for (const SeenRequest& seen : server.requests()) {
+            if (seen.target == "/new") {
+                second.push_back(seen.method + ' ' + seen.header("Content-Type") + ' ' + seen.body);
+            }
+        }
+        EXPECT_THAT(second, ElementsAre("POST a/b x", "PUT c/d from a device", "DELETE (none) "));
+    }
+}
+
+TEST(HttpExchange, EndsARedirectLoop) {
+    FakeServer server;
+    server.on("GET", "/self", redirectTo("/self", 302));
+    server.on("GET", "/a", redirectTo("/b", 302));
+    server.on("GET", "/b", redirectTo("/a", 302));
+    EXPECT_FALSE(get(server.url() + "/self").ok);
+    const Ran ran = get(server.url() + "/a");
+    EXPECT_FALSE(ran.ok);
+    EXPECT_THAT(ran.failure, StartsWith("ctx failed (HTTP 302): "));
+    EXPECT_LE(server.lines().size(), 25U);
+}
+
+TEST(HttpExchange, SpeaksHttpOnly) {
+    FakeServer server;
+    for (const char* target :
+         {"file:///etc/hostname", "ftp://127.0.0.1/x", "data:application/json,{}", "qrc:/x",
+          "gopher://127.0.0.1/", "", "http://[broken"}) {
+        SCOPED_TRACE(target);
+        server.on("GET", "/x", redirectTo(target, 302));
+        const Ran redirected = get(server.url() + "/x");
+        EXPECT_FALSE(redirected.ok);
+        EXPECT_THAT(redirected.failure, StartsWith("ctx failed (HTTP 302): "));
+        const Ran direct = get(target);
+        EXPECT_FALSE(direct.ok);
+        EXPECT_THAT(direct.failure, StartsWith("ctx failed: "));
+        EXPECT_TRUE(direct.object.isEmpty());
+    }
+}
+
+TEST(HttpExchange, StreamsTheBodyOfASuccess) {
+    std::string large;
+    for (int i = 0; large.size() < (3 << 20); ++i) {
+        large += std::to_string(i) + ' ';
+    }
+    FakeServer server;
+    server.on("GET", "/old", redirectTo("/large", 302));
+    server.onBytes("GET", "/large", large);
+    server.on("GET", "/packed", answer(200, kLargeObject, "application/json"));
+    server.onBytes("GET", "/empty", "");
+    std::string got;
+    const auto sink = [&got](const QByteArray& bytes) {
+        got += bytes.toStdString();
+        return true;
+    };
+    EXPECT_TRUE(get(server.url() + "/old", sink).ok);
+    EXPECT_TRUE(got == large) << got.size();
+    got.clear();
+    EXPECT_TRUE(get(server.url() + "/packed", sink).ok);
+    EXPECT_TRUE(got == kLargeObject) << got.size();
+    got.clear();
+    EXPECT_TRUE(get(server.url() + "/empty", sink).ok);
+    EXPECT_EQ(got, "");
+}
+
+TEST(HttpExchange, StreamsNothingOfAFailure) {
+    FakeServer server;
+    server.onJson("GET", "/x", json("{'error':'gone'}"), 410);
+    int calls = 0;
+    const auto count = [&calls](const QByteArray&) {
+        ++calls;
+        return true;
+    };
+    const Ran refused = get(server.url() + "/x", count);
+    EXPECT_EQ(refused.failure, "ctx failed (HTTP 410): gone");
+    EXPECT_EQ(calls, 0);
+
+    server.onBytes("GET", "/large", std::string(5 << 20, 'x'));
+    const Ran stopped = get(server.url() + "/large", [&calls](const QByteArray&) {
+        ++calls;
+        return false;
+    });
+    EXPECT_FALSE(stopped.ok);
+    EXPECT_EQ(calls, 1);
+}
+
+}  // namespace quorvelle::testing

@@ -1,0 +1,212 @@
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QFile>
+#include <atomic>
+#include <future>
+
+#include "support/qt_printers.h"
+#include "support/sync_fixture.h"
+
+namespace quorvelle::testing {
+namespace {
+
+using ::testing::ElementsAre;
+
+class Activation : public SyncTest {
+protected:
+    /// Build b1 in place, build b2 staged, the install directory movable again.
+    void blockBuildTwo() {
+        publish(server, "stable", "b1", {{"a", "one"}});
+        expectSync("synced", whole("b1", {"a"}), synced("b1", 1, 3));
+        publish(server, "stable", "b2", {{"a", "two"}, {"b", "two"}});
+        holdInstall(true);
+        expectResult(run({"sync"}, true), "blocked", whole("b2", {"a", "b"}), inUse("b2"));
+        holdInstall(false);
+        server.forget();
+    }
+
+    /// A directory that may not be written cannot be moved into another one, as one with
+    /// open files cannot elsewhere.
+    void holdInstall(bool held) const {
+        const auto reading = QFile::ReadOwner | QFile::ExeOwner;
+        ASSERT_TRUE(QFile::setPermissions(box.path("apps/app"),
+                                          held ? reading : reading | QFile::WriteOwner));
+    }
+
+    void expectOnlyChannelRequests() const {
+        for (const std::string& line : server.lines()) {
+            EXPECT_EQ(line, "GET /api/channels/stable");
+        }
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Modes, Activation, ::testing::Bool(),
+                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+
+const QStringList kBoth{"a=two", "b=two"};
+
+TEST_P(Activation, OfFilesInUseIsRetriedWithoutADownload) {
+    blockBuildTwo();
+    EXPECT_EQ(installed(), QStringList("a=one"));
+    EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.staged.json", "app.staging"}));
+    EXPECT_EQ(object(stateBytes(".staged.json")),
+              object(R"({"schema_version":1,"build":"b2","channel":"stable","total_size":6})"));
+    holdInstall(true);
+    writeState(".old/leftover", "x");
+    expectResult(run({"sync"}, true), "blocked", retrying("b2"), inUse("b2"));
+    expectResult(run(args("sync --force"), true), "blocked", retrying("b2"), inUse("b2"));
+    EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.staged.json", "app.staging"}));
+    holdInstall(false);
+    expectSync("synced", retrying("b2"), retried("b2"));
+    expectOnlyChannelRequests();
+    EXPECT_EQ(installed(), kBoth);
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
+    expectSync("current", {kChecking}, upToDate("b2"));
+}
+
+TEST_P(Activation, OfAStagedBuildIsRetriedWhenForced) {
+    blockBuildTwo();
+    expectSync("synced", retrying("b2"), retried("b2"), args("sync --force"));
+    expectOnlyChannelRequests();
+    EXPECT_EQ(installed(), kBoth);
+}
+
+TEST_P(Activation, IsBlockedByAFileInTheDirectorysPlace) {
+    publish(server, "stable", "b1", {{"a", "one"}});
+    box.write("apps/app", "a file");
+    expectSync("blocked", whole("b1", {"a"}), notActivated("b1"));
+    EXPECT_EQ(box.read("apps/app"), "a file");
+    ASSERT_TRUE(QFile::remove(box.path("apps/app")));
+    expectSync("synced", retrying("b1"), retried("b1"));
+    EXPECT_EQ(installed(), QStringList("a=one"));
+}
+
+TEST_P(Activation, ThatCannotBeRecordedWaitsForTheNextBuild) {
+    publish(server, "stable", "b1", {{"a", "one"}});
+    writeState(".installed.json/in the way", "x");
+    expectSync("failed", whole("b1", {"a"}),
+               "'app': build activated, but could not record its id - next sync will re-download");
+    EXPECT_EQ(installed(), QStringList("a=one"));
+    ASSERT_TRUE(QDir(box.path("apps/.quorvelle/app.installed.json")).removeRecursively());
+    expectSync("blocked", retrying("b1"), notActivated("b1"));
+    expectSync("blocked", retrying("b1"), notActivated("b1"), args("sync --force"));
+    EXPECT_EQ(installed(), QStringList("a=one"));
+    publish(server, "stable", "b2", {{"a", "two"}, {"b", "two"}});
+    expectSync("synced", whole("b2", {"a", "b"}), synced("b2", 2, 6));
+    EXPECT_EQ(installed(), kBoth);
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
+}
+
+TEST_P(Activation, NeverMixesTwoBuilds) {
+    blockBuildTwo();
+    publish(server, "stable", "b3", {{"a", "three"}, {"c", "three"}});
+    server.onJson("GET", fileTarget("b3", "c"), {{"error", "lost"}}, 500);
+    expectSync("failed", fetching("b3", {"a", "c"}),
+               "'app': download of c failed (HTTP 500): lost");
+    publish(server, "stable", "b2", {{"a", "two"}, {"b", "two"}});
+    expectSync("synced", whole("b2", {"a", "b"}), synced("b2", 2, 6));
+    EXPECT_EQ(installed(), kBoth);
+}
+
+TEST_P(Activation, IgnoresTheRemainsOfOtherBuilds) {
+    publish(server, "stable", "b2", {{"a", "two"}, {"b", "two"}});
+    writeState(".staging/d/leftover", "x");
+    writeState(".staging.build", "b1");
+    writeState(".old/leftover", "x");
+    writeState(".staged.json", R"({"build":"b1","channel":"stable","total_size":1})");
+    writeState(".installed.json", "torn {");
+    box.write("apps/app/a", "zero");
+    expectSync("synced", whole("b2", {"a", "b"}), synced("b2", 2, 6));
+    EXPECT_EQ(installed(), kBoth);
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
+}
+
+TEST_P(Activation, MovesTheStateOfEarlierReleases) {
+    publish(server, "stable", "b1", {});
+    box.write("apps/app.installed.json", R"({"build":"b1"})");
+    box.write("apps/app.staging/x", "x");
+    box.write("apps/app.staging.build", "b0");
+    box.write("apps/app.old/x", "x");
+    writeState(".staged.json", R"({"build":"new"})");
+    box.write("apps/app.staged.json", R"({"build":"legacy"})");
+    box.write("apps/app/a", "one");
+    expectSync("current", {kChecking}, upToDate("b1"));
+    EXPECT_EQ(
+        box.tree("apps"),
+        (QStringList{R"(.quorvelle/app.installed.json={"build":"b1"})", ".quorvelle/app.old/x=x",
+                     R"(.quorvelle/app.staged.json={"build":"new"})",
+                     ".quorvelle/app.staging.build=b0", ".quorvelle/app.staging/x=x",
+                     R"(app.staged.json={"build":"legacy"})", "app/a=one"}));
+}
+
+TEST_P(Activation, OfALegacyStagedBuildIsRetried) {
+    publish(server, "stable", "b2", {});
+    box.write("apps/app.staged.json", R"({"build":"b2","total_size":3})");
+    box.write("apps/app.staging/a", "two");
+    expectSync("synced", retrying("b2"), retried("b2"));
+    EXPECT_EQ(box.tree("apps").filter("a="), QStringList("app/a=two"));
+}
+
+TEST_P(Activation, CutShortBetweenItsRenamesIsTakenBackAndRetried) {
+    blockBuildTwo();
+    ASSERT_TRUE(QDir().rename(box.path("apps/app"), box.path("apps/.quorvelle/app.old")));
+    server.onJson("GET", "/api/channels/stable", {{"error", "down"}}, 503);
+    expectSync("failed", {kChecking}, "'app': sync failed (HTTP 503): down");
+    EXPECT_EQ(installed(), QStringList("a=one"));
+    ASSERT_TRUE(QDir().rename(box.path("apps/app"), box.path("apps/.quorvelle/app.old")));
+    server.onJson("GET", "/api/channels/stable", {{"build", "b2"}});
+    expectSync("synced", retrying("b2"), retried("b2"));
+    EXPECT_EQ(installed(), kBoth);
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
+}
+
+TEST_P(Activation, CutShortWithoutStagingLeavesTheOldBuildInPlace) {
+    publish(server, "stable", "b2", {});
+    writeState(".old/a", "one");
+    writeState(".staged.json", R"({"build":"b2"})");
+    expectSync("blocked", retrying("b2"), notActivated("b2"));
+    EXPECT_EQ(installed(), QStringList("a=one"));
+}
+
+TEST_P(Activation, KeepsTheOnlyCopyUntilABuildIsInPlace) {
+    publish(server, "stable", "b2", {{"a", "two"}});
+    server.onJson("GET", fileTarget("b2", "a"), {{"error", "lost"}}, 404);
+    writeState(".old/a", "one");
+    expectSync("failed", fetching("b2", {"a"}), "'app': download of a failed (HTTP 404): lost");
+    EXPECT_EQ(stateBytes(".old/a"), "one");
+    publish(server, "stable", "b2", {{"a", "two"}});
+    expectSync("synced", whole("b2", {"a"}), synced("b2", 1, 3));
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
+}
+
+TEST_P(Activation, HappensInOneProcessAtATime) {
+    subscribe({subscription("app", "stable"), subscription("kit", "none")});
+    publish(server, "stable", "b1", {{"a", "one"}});
+    server.onJson("GET", "/api/channels/none", {});
+    std::promise<void> reached;
+    std::promise<void> released;
+    std::atomic<bool> held = false;
+    const std::shared_future<void> release = released.get_future().share();
+    server.on("GET", fileTarget("b1", "a"),
+              [&](const httplib::Request&, httplib::Response& response) {
+                  if (!held.exchange(true)) {
+                      reached.set_value();
+                      release.wait();
+                  }
+                  response.set_content("one", "application/octet-stream");
+              });
+    auto first = std::async(std::launch::async, [this] { return run(args("sync --name app")); });
+    reached.get_future().wait();
+    server.forget();
+    expectSync("failed", {}, "a sync is already running", args("sync --name app"));
+    EXPECT_THAT(server.lines(), ElementsAre());
+    EXPECT_EQ(run(args("sync --name kit")).code, 0);
+    released.set_value();
+    expectResult(first.get(), "synced", whole("b1", {"a"}), synced("b1", 1, 3));
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
+    expectSync("current", {kChecking}, upToDate("b1"), args("sync --name app"));
+}
+
+}  // namespace
+}  // namespace quorvelle::testing

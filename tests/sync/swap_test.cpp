@@ -1,0 +1,188 @@
+#include "sync/swap.h"
+
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <map>
+
+#include "support/notation.h"
+#include "support/process_runner.h"
+#include "support/qt_printers.h"
+#include "sync/file_tree.h"
+#include "sync/markers.h"
+#include "sync/state_folder.h"
+
+namespace quorvelle::testing {
+
+namespace {
+
+/// What may stand on disk. The tables name these states; "app" is the install directory,
+/// its file tells which build it holds.
+const std::map<QString, QString> kEntries{
+    {"app=file", "file"},                            // a file where the install belongs
+    {"app/f=installed", "install"},                  // the build of before
+    {"app/f=previous", "previous"},                  // what stood in .old, back in place
+    {"app/f=staged", "new"},                         // the staged build in place
+    {".quorvelle/app.old/f=previous", "old"},        //
+    {".quorvelle/app.staging/f=staged", "staging"},  //
+    {".quorvelle/app.swap=", "record"},              // a swap is under way
+};
+
+void lay(const Sandbox& sandbox, const char* states) {
+    for (const QString& state : args(states)) {
+        if (state == "marker") {
+            writeStagedMarker(sandbox.path("app"), {"b2", "stable", 5});
+        }
+        for (const auto& [entry, word] : kEntries) {
+            if (word == state) {
+                sandbox.write(entry.section(u'=', 0, 0), entry.section(u'=', 1).toUtf8());
+            }
+        }
+    }
+}
+
+/// The states on disk in alphabetical order, anything unexpected as it is.
+QString standing(const Sandbox& sandbox) {
+    QStringList states;
+    for (const QString& entry : sandbox.tree(".")) {
+        const auto known = kEntries.find(entry);
+        if (known != kEntries.end()) {
+            states.append(known->second);
+        } else if (entry.startsWith(".quorvelle/app.staged.json=")) {
+            states.append(readStagedMarker(sandbox.path("app")).build == "b2" ? "marker" : entry);
+        } else if (entry.startsWith(".quorvelle/app.installed.json=")) {
+            const InstalledMarker marker = readInstalledMarker(sandbox.path("app"));
+            states.append("recorded:" + marker.build + ':' + marker.channel);
+        } else if (entry != ".quorvelle/") {
+            states.append(entry);
+        }
+    }
+    states.sort();
+    return states.join(u' ');
+}
+
+}  // namespace
+
+TEST(SwapInStaged, LeavesOneWholeBuildInEveryCase) {
+    struct Row {
+        const char* before;
+        SwapResult result;
+        const char* after;
+    };
+    for (const Row& row : {
+             Row{"", SwapResult::kNotMovable, ""},
+             Row{"staging", SwapResult::kSwapped, "new"},
+             Row{"old", SwapResult::kNotMovable, "old"},
+             Row{"old staging", SwapResult::kSwapped, "new"},
+             Row{"install", SwapResult::kNotMovable, "install"},
+             Row{"install staging", SwapResult::kSwapped, "new"},
+             Row{"install old", SwapResult::kNotMovable, "install"},
+             Row{"install old staging", SwapResult::kSwapped, "new"},
+             Row{"install old staging record", SwapResult::kSwapped, "new"},
+             Row{"install marker staging", SwapResult::kSwapped, "marker new"},
+             Row{"install marker", SwapResult::kNotMovable, "install marker"},
+             Row{"file", SwapResult::kNotMovable, "file"},
+             Row{"file staging", SwapResult::kNotMovable, "file staging"},
+             Row{"file old staging", SwapResult::kNotMovable, "file old staging"},
+         }) {
+        SCOPED_TRACE(row.before);
+        const Sandbox sandbox;
+        lay(sandbox, row.before);
+        EXPECT_EQ(swapInStaged(sandbox.path("app")), row.result);
+        endSwap(sandbox.path("app"));
+        EXPECT_EQ(standing(sandbox), QString(row.after));
+    }
+}
+
+TEST(SwapInStaged, IsOnRecordUntilItsEnd) {
+    const Sandbox sandbox;
+    lay(sandbox, "install staging");
+    swapInStaged(sandbox.path("app"));
+    EXPECT_EQ(standing(sandbox), QString("new record"));
+}
+
+TEST(RecoverSwap, BringsASwapCutShortToOneSide) {
+    struct Row {
+        const char* name;
+        const char* before;
+        const char* after;
+    };
+    for (const Row& row : {
+             Row{"nothing", "", ""},
+             Row{"no swap, first install", "marker staging", "marker staging"},
+             Row{"no swap, blocked", "install marker staging", "install marker staging"},
+             Row{"no swap, staging gone", "install marker", "install marker"},
+             Row{"no swap, leftover", "install old", "install old"},
+             Row{"no swap, nothing staged", "old", "old"},
+             Row{"no swap, staging alone", "old staging", "old staging"},
+             Row{"between the renames, older release", "marker old staging",
+                 "marker previous staging"},
+             Row{"before the first rename", "install marker record staging",
+                 "install marker staging"},
+             Row{"before the first rename, leftover", "install marker old record staging",
+                 "install marker old staging"},
+             Row{"before the only rename", "marker record staging", "marker staging"},
+             Row{"between the renames", "marker old record staging", "marker previous staging"},
+             Row{"between the renames, marker never written", "old record staging",
+                 "previous staging"},
+             Row{"after the second rename", "marker new old record", "new recorded:b2:stable"},
+             Row{"after the only rename", "marker new record", "new recorded:b2:stable"},
+             Row{"after its record as installed", "new record", "new"},
+             Row{"the staged build is nowhere", "marker old record", "marker previous"},
+             Row{"everything is gone", "marker record", "marker"},
+             Row{"a file in the way", "file marker old record staging", "file marker old staging"},
+             Row{"a file in the way, no staging", "file marker record", "file marker"},
+         }) {
+        SCOPED_TRACE(row.name);
+        const Sandbox sandbox;
+        lay(sandbox, row.before);
+        recoverSwap(sandbox.path("app"));
+        EXPECT_EQ(standing(sandbox), QString(row.after));
+        recoverSwap(sandbox.path("app"));
+        EXPECT_EQ(standing(sandbox), QString(row.after)) << "a second run changed something";
+    }
+}
+
+TEST(RecoverSwap, TriesAgainWhenTheBuildCannotBeRecorded) {
+    const Sandbox sandbox;
+    lay(sandbox, "marker new record");
+    sandbox.write(".quorvelle/app.installed.json/x", "");
+    recoverSwap(sandbox.path("app"));
+    EXPECT_TRUE(QFile::exists(statePath(sandbox.path("app"), kSwapSuffix)));
+    EXPECT_EQ(readStagedMarker(sandbox.path("app")).build, QString("b2"));
+}
+
+TEST(SwapInStaged, RemovesLinksWithoutFollowingThem) {
+    for (const char* link : {".quorvelle/app.old/link", ".quorvelle/app.old", "app/link"}) {
+        for (const char* target : {"outside", "outside/keep", "missing"}) {
+            SCOPED_TRACE(std::string(link) + " -> " + target);
+            const Sandbox sandbox;
+            lay(sandbox, "install staging");
+            sandbox.write("outside/keep", "kept");
+            sandbox.write(".quorvelle/app.old.other", "kept");
+            if (QString(link).endsWith("/link")) {
+                sandbox.write(QString(link) + ".file", "");
+            }
+            ASSERT_TRUE(QFile::link(sandbox.path(target), sandbox.path(link)));
+            EXPECT_EQ(swapInStaged(sandbox.path("app")), SwapResult::kSwapped);
+            endSwap(sandbox.path("app"));
+            EXPECT_EQ(standing(sandbox),
+                      QString(".quorvelle/app.old.other=kept new outside/keep=kept"));
+        }
+    }
+}
+
+TEST(RemoveTree, RemovesTheLinkNotItsTarget) {
+    const Sandbox sandbox;
+    sandbox.write("outside/keep", "kept");
+    ASSERT_TRUE(QFile::link(sandbox.path("outside"), sandbox.path("link")));
+    ASSERT_TRUE(QFile::link(sandbox.path("nowhere"), sandbox.path("dangling")));
+    EXPECT_TRUE(entryExists(sandbox.path("dangling")));
+    for (const char* name : {"link", "dangling", "missing"}) {
+        EXPECT_TRUE(removeTree(sandbox.path(name))) << name;
+        EXPECT_FALSE(entryExists(sandbox.path(name))) << name;
+    }
+    EXPECT_EQ(sandbox.tree("."), QStringList("outside/keep=kept"));
+}
+
+}  // namespace quorvelle::testing
