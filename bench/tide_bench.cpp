@@ -58,7 +58,7 @@ void setSpeed(benchmark::State& state, std::size_t bytes) {
 
 void chunkOneFile(benchmark::State& state, tide::CutScan scan) {
     const RandomFiles files(1, 1024 * kMiB);
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         std::size_t chunks = 0;
         const bool whole = tide::chunkFile(
             files.fileAt(0), {}, [&](const tide::Chunk&) { ++chunks; }, nullptr, scan);
@@ -71,7 +71,7 @@ void chunkOneFile(benchmark::State& state, tide::CutScan scan) {
 
 void indexFolder(benchmark::State& state) {
     const RandomFiles files(32, 32 * kMiB);
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         tide::LocalIndex index;
         tide::buildLocalIndex(files.folder(), index, static_cast<unsigned>(state.range(0)));
         if (index.empty()) {

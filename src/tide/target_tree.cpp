@@ -108,7 +108,7 @@ bool TargetTree::makeWay(const ManifestFile& file) const {
 fs::path TargetTree::setAside(const fs::path& leftover) const {
     for (unsigned number = 1; number <= kMostAside; ++number) {
         const std::string name = "leftover-" + std::to_string(number);
-        const fs::path aside = directory / name;
+        fs::path aside = directory / name;
         if (listed.contains(name) || parts.contains(name) || folders.contains(name) ||
             typeOf(aside) != fs::file_type::not_found) {
             continue;
