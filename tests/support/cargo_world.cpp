@@ -9,6 +9,7 @@
 #include <QRegularExpression>
 #include <QUrl>
 
+#include "support/faulty_run.h"
 #include "support/qt_printers.h"
 
 namespace quorvelle::testing {
@@ -133,12 +134,15 @@ std::string standing(const Sandbox& sandbox) {
     if (installed != "nothing" || old == "nothing") {
         return installed;
     }
-    return "old: " + old +
-           ", staging: " + holding(sandbox, QStringLiteral("games/.quorvelle/app.staging"));
+    return "old: " + old + ", staging: " + stagedFiles(sandbox);
 }
 
-void expectConvergence(const Sandbox& sandbox, bool mayKeepOld) {
-    const Outcome sync = sandbox.run({QStringLiteral("sync")});
+std::string stagedFiles(const Sandbox& sandbox) {
+    return holding(sandbox, QStringLiteral("games/.quorvelle/app.staging"));
+}
+
+void expectConvergence(Sandbox& sandbox, bool mayKeepOld) {
+    const Outcome sync = runFaulty(sandbox, {QStringLiteral("sync")}, {});
     EXPECT_EQ(sync.code, 0) << sync.err.toStdString() << sync.out.toStdString();
     EXPECT_EQ(standing(sandbox), "build 2");
     EXPECT_EQ(
@@ -155,7 +159,7 @@ void expectConvergence(const Sandbox& sandbox, bool mayKeepOld) {
     }
     EXPECT_EQ(state, QStringList(QStringLiteral("app.installed.json")));
 
-    const Outcome again = sandbox.run({QStringLiteral("sync")});
+    const Outcome again = runFaulty(sandbox, {QStringLiteral("sync")}, {});
     EXPECT_EQ(again.code, 0);
     EXPECT_TRUE(again.out.endsWith(QStringLiteral("'app' is up to date (build b2)\n")))
         << again.out.toStdString();

@@ -33,9 +33,12 @@ public:
 /// ..." in the same words.
 std::string standing(const Sandbox& sandbox);
 
+/// What the staging directory holds, in the words of standing().
+std::string stagedFiles(const Sandbox& sandbox);
+
 /// Fails the test unless an unhindered sync brings build 2 with its marker and leaves
 /// nothing else behind, and the next one finds all up to date. `mayKeepOld` allows a
 /// whole or partial ".old", which the next activation removes.
-void expectConvergence(const Sandbox& sandbox, bool mayKeepOld = false);
+void expectConvergence(Sandbox& sandbox, bool mayKeepOld = false);
 
 }  // namespace quorvelle::testing
