@@ -1,5 +1,4 @@
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include "sync/file_tree.h"
@@ -50,10 +49,9 @@ void Syncer::onManifestReply(const QJsonObject& reply) {
 bool Syncer::prepareStaging() {
     // The markers go first: they must never speak of a staging directory that holds
     // something else.
-    removeStagedMarker(dir);
-    QFile::remove(statePath(dir, kStagingBuildSuffix));
     const QString staging = statePath(dir, kStagingSuffix);
-    return removeTree(staging) && QDir().mkpath(staging);
+    return removeStagedMarker(dir) && removeTree(statePath(dir, kStagingBuildSuffix)) &&
+           removeTree(staging) && QDir().mkpath(staging);
 }
 
 void Syncer::fetchNextFile() {
