@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QString>
 #include <memory>
+#include <optional>
 
 #include "client/http_exchange.h"
 #include "client/process_lock.h"
@@ -49,7 +50,8 @@ private:
     // syncer.cpp: the driver
     void onChannelReply(const QJsonObject& reply);
     void get(const QString& path, const QueryItems& query, const QString& context,
-             void (Syncer::*onReply)(const QJsonObject&), HttpExchange::Sink sink = {});
+             void (Syncer::*onReply)(const QJsonObject&), HttpExchange::Sink sink = {},
+             std::optional<qint64> length = {});
     QString named(const QString& rest) const;
     void endFinished(bool downloaded, const QString& message);
     void endBlocked(const QString& message);

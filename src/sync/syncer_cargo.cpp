@@ -13,6 +13,12 @@ namespace {
 
 constexpr int kNewestBuildSchema = 1;
 
+/// The file's size where the manifest tells it.
+std::optional<qint64> sizeOf(const QJsonValue& entry) {
+    const QJsonValue size = entry.toObject().value(u"size");
+    return size.isDouble() ? std::optional(size.toInteger()) : std::nullopt;
+}
+
 QString pathOf(const QJsonValue& entry) {
     return entry.toObject().value(u"path").toString();
 }
@@ -68,9 +74,10 @@ void Syncer::fetchNextFile() {
     Q_EMIT progress(named(QStringLiteral("fetching %1/%2: %3")
                               .arg(QString::number(fileIndex + 1), QString::number(count), path)));
     Q_EMIT progressPercent(static_cast<int>(qint64(fileIndex) * 100 / count));
-    get(apiPath(QStringLiteral("/api/builds/%1/files"), buildId), {{QStringLiteral("path"), path}},
+    get(
+        apiPath(QStringLiteral("/api/builds/%1/files"), buildId), {{QStringLiteral("path"), path}},
         QStringLiteral("download of %1").arg(path), &Syncer::onFileReply,
-        [this](const QByteArray& bytes) { return storeBytes(bytes); });
+        [this](const QByteArray& bytes) { return storeBytes(bytes); }, sizeOf(files.at(fileIndex)));
 }
 
 bool Syncer::openTarget() {

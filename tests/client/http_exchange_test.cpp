@@ -13,6 +13,7 @@
 
 namespace quorvelle::testing {
 
+using ::testing::AnyOf;
 using ::testing::ElementsAre;
 using ::testing::StartsWith;
 
@@ -140,7 +141,8 @@ TEST(HttpExchange, TellsAWholeReplyFromOneCutShort) {
              Row{"HTTP 1.0", "HTTP/1.0 200 OK\r\n\r\n{\"a\":1}", ""},
              Row{"chunked", ok + "Transfer-Encoding: chunked\r\n\r\n2\r\n{}\r\n0\r\n\r\n", ""},
              Row{"compressed", deflateHead(packed.size()) + packed, ""},
-             Row{"compressed cut", deflateHead(packed.size()) + half, "ctx failed (HTTP 200): "},
+             Row{"compressed cut", deflateHead(packed.size()) + packed.substr(0, packed.size() / 2),
+                 "ctx failed (HTTP 200): "},
              Row{"unknown coding", ok + "Content-Encoding: br\r\n\r\nx",
                  "ctx failed (HTTP 200): the reply has the unknown content coding \"br\""},
              Row{"body cut", ok + "Content-Length: 8\r\n\r\n{\"a\":1}", "ctx failed (HTTP 200): "},
@@ -178,7 +180,8 @@ TEST(HttpExchange, NoticesThatACompressedStreamIsCutShortOrDamaged) {
             std::vector(8, "HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\n\r\n" + body));
         const Ran ran = get(server.url() + "/x", [](const QByteArray&) { return true; });
         EXPECT_FALSE(ran.ok);
-        EXPECT_THAT(ran.failure, StartsWith("ctx failed (HTTP 200): the compressed reply is "));
+        EXPECT_THAT(ran.failure, AnyOf("ctx failed (HTTP 200): the reply is cut short",
+                                       "ctx failed (HTTP 200): the compressed reply is damaged"));
     }
 }
 
