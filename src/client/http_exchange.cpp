@@ -67,6 +67,10 @@ void HttpExchange::streamTo(Sink newSink) {
     sink = std::move(newSink);
 }
 
+void HttpExchange::expectLength(std::optional<qint64> bytes) {
+    expectedLength = bytes;
+}
+
 void HttpExchange::start() {
     const QString reason = refusal(request.url);
     if (!reason.isEmpty()) {
@@ -102,6 +106,7 @@ void HttpExchange::send() {
         reply = manager.put(outgoing, request.body);
     }
     status = 0;
+    taken = 0;
     body.clear();
     inflater.reset();
     reply->setReadBufferSize(kReadBufferBytes);
@@ -140,6 +145,7 @@ bool HttpExchange::decode(const QByteArray& bytes) {
 }
 
 bool HttpExchange::take(const QByteArray& bytes) {
+    taken += bytes.size();
     const bool isError = status >= 300;
     if (sink && !isError) {
         if (!sink(bytes)) {
@@ -170,8 +176,8 @@ void HttpExchange::onReplyFinished() {
         } else if (!followRedirect(request.url.resolved(target))) {
             conclude(QStringLiteral("the server redirects to \"%1\"").arg(target.toString()));
         }
-    } else if (inflater && !inflater->isComplete()) {
-        conclude(QStringLiteral("the compressed reply is cut short"));
+    } else if (isCutShort()) {
+        conclude(QStringLiteral("the reply is cut short"));
     } else {
         conclude({});
     }
@@ -195,6 +201,13 @@ bool HttpExchange::followRedirect(const QUrl& target) {
     reply->deleteLater();
     send();
     return true;
+}
+
+bool HttpExchange::isCutShort() const {
+    if (inflater) {
+        return !inflater->isComplete();
+    }
+    return expectedLength && *expectedLength != taken && !reply->hasRawHeader("Content-Length");
 }
 
 void HttpExchange::conclude(const QString& failureReason) {

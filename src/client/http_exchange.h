@@ -55,6 +55,11 @@ public:
     /// before start().
     void streamTo(Sink sink);
 
+    /// The length in bytes that a successful body has by another source, or nothing. A
+    /// reply that tells no length of its own fails when it has another: the network layer
+    /// may take a chunked body that was cut short for a whole one.
+    void expectLength(std::optional<qint64> bytes);
+
     void start();
 
     /// The rest is valid after finished().
@@ -83,6 +88,7 @@ private:
     bool followRedirect(const QUrl& target);
     bool decode(const QByteArray& bytes);
     bool take(const QByteArray& bytes);
+    bool isCutShort() const;
 
     QNetworkAccessManager& manager;
     HttpRequest request;
@@ -92,6 +98,8 @@ private:
     /// Of the current reply, when its body is compressed.
     std::optional<Inflater> inflater;
     QByteArray body;
+    std::optional<qint64> expectedLength;
+    qint64 taken = 0;
     int status = 0;
     int redirects = 0;
     /// Why the exchange failed where the network layer does not say so itself.

@@ -53,8 +53,9 @@ bool writeStagedMarker(const QString& dir, const StagedMarker& staged) {
     return writeObject(statePath(dir, kStagedMarkerSuffix), object);
 }
 
-void removeStagedMarker(const QString& dir) {
-    QFile::remove(statePath(dir, kStagedMarkerSuffix));
+bool removeStagedMarker(const QString& dir) {
+    QFile file(statePath(dir, kStagedMarkerSuffix));
+    return file.remove() || !file.exists();
 }
 
 }  // namespace quorvelle

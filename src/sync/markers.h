@@ -28,6 +28,7 @@ StagedMarker readStagedMarker(const QString& dir);
 bool writeInstalledMarker(const QString& dir, const InstalledMarker& marker);
 bool writeStagedMarker(const QString& dir, const StagedMarker& marker);
 
-void removeStagedMarker(const QString& dir);
+/// True when no staged marker stands afterwards.
+bool removeStagedMarker(const QString& dir);
 
 }  // namespace quorvelle

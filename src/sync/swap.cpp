@@ -53,10 +53,10 @@ void recoverSwap(const QString& dir) {
     }
     if (inPlace) {
         removeTree(old);
-        if (!writeInstalledMarker(dir, {staged.build, staged.channel})) {
+        if (!writeInstalledMarker(dir, {staged.build, staged.channel}) ||
+            !removeStagedMarker(dir)) {
             return;
         }
-        removeStagedMarker(dir);
     }
     endSwap(dir);
 }

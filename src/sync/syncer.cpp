@@ -93,11 +93,13 @@ void Syncer::onChannelReply(const HttpExchange& exchange) {
 }
 
 void Syncer::get(const QString& path, const QueryItems& query, const QString& context,
-                 void (Syncer::*onReply)(const HttpExchange&), HttpExchange::Sink sink) {
+                 void (Syncer::*onReply)(const HttpExchange&), HttpExchange::Sink sink,
+                 std::optional<qint64> length) {
     auto* exchange = new HttpExchange(
         network, {.method = "GET", .url = apiUrl(server, path, query), .token = token}, this);
     if (sink) {
         exchange->streamTo(std::move(sink));
+        exchange->expectLength(length);
     }
     connect(exchange, &HttpExchange::finished, this, [this, exchange, context, onReply] {
         exchange->deleteLater();

@@ -7,6 +7,7 @@
 #include <QString>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "client/http_exchange.h"
 #include "client/process_lock.h"
@@ -54,7 +55,8 @@ private:
     // syncer.cpp: the driver
     void onChannelReply(const HttpExchange& exchange);
     void get(const QString& path, const QueryItems& query, const QString& context,
-             void (Syncer::*onReply)(const HttpExchange&), HttpExchange::Sink sink = {});
+             void (Syncer::*onReply)(const HttpExchange&), HttpExchange::Sink sink = {},
+             std::optional<qint64> length = {});
     QString named(const QString& rest) const;
     void endFinished(bool downloaded, const QString& message);
     void endBlocked(const QString& message);

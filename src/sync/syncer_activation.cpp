@@ -12,10 +12,11 @@ void Syncer::activateStaged() {
     const SwapResult result = swapInStaged(dir);
     const bool recorded =
         result == SwapResult::kSwapped && writeInstalledMarker(dir, {buildId, channel});
-    if (recorded) {
-        removeStagedMarker(dir);
+    // A staged marker that stays stands for a directory that is gone; the record of the
+    // swap then lets the next sync remove it.
+    if (!recorded || removeStagedMarker(dir)) {
+        endSwap(dir);
     }
-    endSwap(dir);
 
     const QString place = QDir::toNativeSeparators(dir);
     if (result == SwapResult::kInUse) {

@@ -1,5 +1,4 @@
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include "sync/file_tree.h"
@@ -13,6 +12,12 @@ namespace quorvelle {
 namespace {
 
 constexpr int kNewestBuildSchema = 1;
+
+/// The file's size where the manifest tells it.
+std::optional<qint64> sizeOf(const QJsonValue& entry) {
+    const QJsonValue size = entry.toObject().value(u"size");
+    return size.isDouble() ? std::optional(size.toInteger()) : std::nullopt;
+}
 
 QString pathOf(const QJsonValue& entry) {
     return entry.toObject().value(u"path").toString();
@@ -51,10 +56,9 @@ void Syncer::onManifestReply(const HttpExchange& exchange) {
 bool Syncer::prepareStaging() {
     // The markers go first: they must never speak of a staging directory that holds
     // something else.
-    removeStagedMarker(dir);
-    QFile::remove(statePath(dir, kStagingBuildSuffix));
     const QString staging = statePath(dir, kStagingSuffix);
-    return removeTree(staging) && QDir().mkpath(staging);
+    return removeStagedMarker(dir) && removeTree(statePath(dir, kStagingBuildSuffix)) &&
+           removeTree(staging) && QDir().mkpath(staging);
 }
 
 void Syncer::fetchNextFile() {
@@ -71,9 +75,10 @@ void Syncer::fetchNextFile() {
     Q_EMIT progress(named(QStringLiteral("fetching %1/%2: %3")
                               .arg(QString::number(fileIndex + 1), QString::number(count), path)));
     Q_EMIT progressPercent(static_cast<int>(qint64(fileIndex) * 100 / count));
-    get(apiPath(QStringLiteral("/api/builds/%1/files"), buildId), {{QStringLiteral("path"), path}},
+    get(
+        apiPath(QStringLiteral("/api/builds/%1/files"), buildId), {{QStringLiteral("path"), path}},
         QStringLiteral("download of %1").arg(path), &Syncer::onFileReply,
-        [this](const QByteArray& bytes) { return storeBytes(bytes); });
+        [this](const QByteArray& bytes) { return storeBytes(bytes); }, sizeOf(files.at(fileIndex)));
 }
 
 bool Syncer::openTarget() {

@@ -106,7 +106,9 @@ void Syncer::startTideDownload() {
 bool Syncer::prepareTideStaging() {
     const QString staging = statePath(dir, kStagingSuffix);
     // What is staged is about to change; its marker must not outlive it.
-    removeStagedMarker(dir);
+    if (!removeStagedMarker(dir)) {
+        return false;
+    }
     const bool resumes = directoryExists(staging) && stagedFor(dir) == buildId;
     if (!resumes && !removeTree(staging)) {
         return false;

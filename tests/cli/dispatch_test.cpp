@@ -40,7 +40,7 @@ Ran run(const QString& line, CommandTable table) {
     setUsageTable(table);
     ::testing::internal::CaptureStdout();
     ::testing::internal::CaptureStderr();
-    const int code = dispatch(args(line), table);
+    const int code = dispatch(args("quorvelle " + line), table);
     setJsonMode(false);
     setUsageTable({});
     return {code, ::testing::internal::GetCapturedStdout(),
@@ -50,65 +50,53 @@ Ran run(const QString& line, CommandTable table) {
 }  // namespace
 
 TEST(Dispatch, HandsTheFirstMatchingRowWhatFollowsItsWords) {
-    struct Row {
-        const char* line;
-        int code;
-        const char* called;
-    };
-    for (const Row& row : {
-             Row{"quorvelle list", 13, "13()"},
-             Row{"quorvelle list list --x", 13, "13(list --x)"},
-             Row{"quorvelle pack open now", 10, "10()"},
-             Row{"quorvelle pack open now a", 10, "10(a)"},
-             Row{"quorvelle pack open a b", 11, "11(a b)"},
-             Row{"quorvelle pack open a", 12, "12(open a)"},
-             Row{"quorvelle pack open a b c", 12, "12(open a b c)"},
-             Row{"quorvelle --json list a", 13, "13(a) json"},
-             Row{"quorvelle list --json a", 13, "13(a) json"},
-             Row{"quorvelle list a --json", 13, "13(a) json"},
-             Row{"quorvelle --json pack --json open --json now a --json", 10, "10(a) json"},
-             Row{"--json quorvelle list", 13, "13() json"},
-             Row{"quorvelle list --JSON --json=1", 13, "13(--JSON --json=1)"},
-         }) {
-        SCOPED_TRACE(row.line);
-        const Ran ran = run(row.line, kTable);
-        EXPECT_EQ(ran.code, row.code);
-        EXPECT_EQ(called, QString(row.called));
+    for (const QStringList& row : rows(R"(
+        list                                         | 13()
+        list list --x                                | 13(list --x)
+        pack open now                                | 10()
+        pack open now a                              | 10(a)
+        pack open a b                                | 11(a b)
+        pack open a                                  | 12(open a)
+        pack open a b c                              | 12(open a b c)
+        --json list a                                | 13(a) json
+        list --json a                                | 13(a) json
+        list a --json                                | 13(a) json
+        --json pack --json open --json now a --json  | 10(a) json
+        list --JSON --json=1                         | 13(--JSON --json=1))")) {
+        SCOPED_TRACE(row[0].toStdString());
+        const Ran ran = run(row[0], kTable);
+        EXPECT_EQ(ran.code, row[1].left(2).toInt());
+        EXPECT_EQ(called, row[1]);
         EXPECT_EQ(ran.out + ran.err, "");
     }
 }
 
 TEST(Dispatch, AnswersEverythingElseWithTheUsage) {
-    struct Row {
-        const char* line;
-        const char* err;
-    };
-    for (const Row& row : {
-             Row{"quorvelle", ""},
-             Row{"quorvelle --json", ""},
-             Row{"quorvelle --json --json", ""},
-             Row{"quorvelle pack", "Unknown command 'pack'\n\n"},
-             Row{"quorvelle --json pack", "Unknown command 'pack'\n\n"},
-             Row{"quorvelle List", "Unknown command 'List'\n\n"},
-             Row{"quorvelle lis", "Unknown command 'lis'\n\n"},
-             Row{"quorvelle open now", "Unknown command 'open'\n\n"},
-             Row{"quorvelle --help list", "Unknown command '--help'\n\n"},
-             Row{"quorvelle 100%1", "Unknown command '100%1'\n\n"},
-         }) {
-        SCOPED_TRACE(row.line);
-        const Ran ran = run(row.line, kTable);
+    for (const QStringList& row : rows(R"(
+                      |
+        --json        |
+        --json --json |
+        pack          | Unknown command 'pack'
+        --json pack   | Unknown command 'pack'
+        List          | Unknown command 'List'
+        lis           | Unknown command 'lis'
+        open now      | Unknown command 'open'
+        --help list   | Unknown command '--help'
+        100%1         | Unknown command '100%1')")) {
+        SCOPED_TRACE(row[0].toStdString());
+        const Ran ran = run(row[0], kTable);
         EXPECT_EQ(ran.code, 1);
         EXPECT_EQ(called, QString());
         EXPECT_EQ(ran.out, usageText(kTable).toStdString());
-        EXPECT_EQ(ran.err, row.err);
+        EXPECT_EQ(ran.err, row[1].isEmpty() ? "" : row[1].toStdString() + "\n\n");
     }
 }
 
 TEST(Dispatch, PrintsTheVersionInBothModes) {
     for (const char* word : {"version", "--version", "version surplus"}) {
         SCOPED_TRACE(word);
-        EXPECT_EQ(run(QString("quorvelle ") + word, commandTable()).out, "1.2.3+gtest\n");
-        const Ran json = run(QString("quorvelle --json ") + word, commandTable());
+        EXPECT_EQ(run(word, commandTable()).out, "1.2.3+gtest\n");
+        const Ran json = run(QString("--json ") + word, commandTable());
         EXPECT_EQ(json.out, "{\"version\":\"1.2.3+gtest\"}\n");
         EXPECT_EQ(json.code, 0);
     }

@@ -11,45 +11,37 @@
 namespace quorvelle::testing {
 
 TEST(ConfigMigration, BringsEveryDocumentToVersionTwo) {
-    struct Row {
-        const char* name;
-        const char* before;
-        const char* after;
-    };
-    for (const Row& row : {
-             Row{"empty", "{}", "{'schema_version':2}"},
-             Row{"server", "{'server':'S'}", "{'schema_version':2,'server':'S'}"},
-             Row{"channel", "{'channel':'C'}", "{'schema_version':2}"},
-             Row{"folder", "{'download-dir':'/D'}", "{'schema_version':2}"},
-             Row{"server, channel", "{'server':'S','channel':'C'}",
-                 "{'schema_version':2,'server':'S'}"},
-             Row{"server, folder", "{'download-dir':'/D','server':'S'}",
-                 "{'schema_version':2,'server':'S'}"},
-             Row{"channel, folder", "{'channel':'C','download-dir':'/D'}", "{'schema_version':2}"},
-             Row{"all three", "{'channel':'C','download-dir':'/D','server':'S'}",
-                 "{'schema_version':2,'server':'S','subscriptions':[{'channel':'C','dir':'/D',"
-                 "'interval_seconds':60,'name':'C','server':'S','token':''}]}"},
-             Row{"all three, token",
-                 "{'schema_version':1,'channel':'C','download-dir':'/D','server':'S','token':'T'}",
-                 "{'schema_version':2,'server':'S','subscriptions':[{'channel':'C','dir':'/D',"
-                 "'interval_seconds':60,'name':'C','server':'S','token':'T'}],'token':'T'}"},
-             Row{"token without the rest", "{'token':'T'}", "{'schema_version':2,'token':'T'}"},
-             Row{"server, token", "{'server':'S','token':'T'}",
-                 "{'schema_version':2,'server':'S','token':'T'}"},
-             Row{"empty counts as missing", "{'channel':'','download-dir':'/D','server':'S'}",
-                 "{'schema_version':2,'server':'S'}"},
-             Row{"empty server", "{'channel':'C','download-dir':'/D','server':''}",
-                 "{'schema_version':2}"},
-             Row{"values of another type", "{'channel':1,'download-dir':['/D'],'server':{}}",
-                 "{'schema_version':2}"},
-             Row{"version two as it is",
-                 "{'channel':'C','download-dir':'/D','own':[1],'schema_version':2,'server':'S'}",
-                 "{'channel':'C','download-dir':'/D','own':[1],'schema_version':2,'server':'S'}"},
-             Row{"a later version as it is", "{'own':null,'schema_version':3,'server':''}",
-                 "{'own':null,'schema_version':3,'server':''}"},
-         }) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(text(config::migrated(json(row.before))), row.after);
+    for (const QStringList& row : rows(R"(
+        {}                                          | {'schema_version':2}
+        {'server':'S'}                              | {'schema_version':2,'server':'S'}
+        {'channel':'C'}                             | {'schema_version':2}
+        {'download-dir':'/D'}                       | {'schema_version':2}
+        {'server':'S','channel':'C'}                | {'schema_version':2,'server':'S'}
+        {'server':'S','download-dir':'/D'}          | {'schema_version':2,'server':'S'}
+        {'channel':'C','download-dir':'/D'}         | {'schema_version':2}
+        {'channel':'C','download-dir':'/D','server':''}   | {'schema_version':2}
+        {'channel':'','download-dir':'/D','server':'S'}   | {'schema_version':2,'server':'S'}
+        {'channel':1,'download-dir':['/D'],'server':{}}   | {'schema_version':2}
+        {'token':'T'}                               | {'schema_version':2,'token':'T'}
+        {'schema_version':0,'server':'S','token':'T'} | {'schema_version':2,'server':'S','token':'T'}
+        )")) {
+        SCOPED_TRACE(row[0].toStdString());
+        EXPECT_EQ(text(config::migrated(json(row[0].toUtf8()))), row[1].toStdString());
+    }
+    EXPECT_EQ(text(config::migrated(json("{'channel':'C','download-dir':'/D','server':'S'}"))),
+              "{'schema_version':2,'server':'S','subscriptions':[{'channel':'C','dir':'/D',"
+              "'interval_seconds':60,'name':'C','server':'S','token':''}]}");
+    EXPECT_EQ(text(config::migrated(json("{'schema_version':1,'channel':'C','download-dir':'/D',"
+                                         "'server':'S','token':'T'}"))),
+              "{'schema_version':2,'server':'S','subscriptions':[{'channel':'C','dir':'/D',"
+              "'interval_seconds':60,'name':'C','server':'S','token':'T'}],'token':'T'}");
+}
+
+TEST(ConfigMigration, LeavesNewerDocumentsAsTheyAre) {
+    for (const char* document :
+         {"{'channel':'C','download-dir':'/D','own':[1],'schema_version':2,'server':'S'}",
+          "{'own':null,'schema_version':3,'server':''}"}) {
+        EXPECT_EQ(text(config::migrated(json(document))), document);
     }
 }
 
@@ -57,16 +49,11 @@ TEST(ConfigServers, AreFoundByTheirExactUrl) {
     const QJsonObject document = json(
         "{'servers':[1,{'token':'no url'},{'server':'http://a','token':'t1'},"
         "{'server':'http://b/','token':'t2'},{'server':'http://a','token':'second'}]}");
-    struct Row {
-        const char* url;
-        const char* entry;
-    };
-    for (const Row& row :
-         {Row{"http://a", "{'server':'http://a','token':'t1'}"},
-          Row{"http://b/", "{'server':'http://b/','token':'t2'}"}, Row{"http://a/", "{}"},
-          Row{"http://b", "{}"}, Row{"HTTP://a", "{}"}, Row{"http://", "{}"}, Row{"", "{}"}}) {
-        SCOPED_TRACE(row.url);
-        EXPECT_EQ(text(config::findServer(document, row.url)), row.entry);
+    EXPECT_EQ(text(config::findServer(document, "http://a")), "{'server':'http://a','token':'t1'}");
+    EXPECT_EQ(text(config::findServer(document, "http://b/")),
+              "{'server':'http://b/','token':'t2'}");
+    for (const char* other : {"http://a/", "http://b", "HTTP://a", "http://", ""}) {
+        EXPECT_EQ(text(config::findServer(document, other)), "{}") << other;
     }
     EXPECT_EQ(text(config::findServer({}, "http://a")), "{}");
     EXPECT_EQ(text(config::findServer(json("{'servers':'http://a'}"), "http://a")), "{}");
@@ -76,23 +63,17 @@ TEST(ConfigServers, AreStoredUnderTheUrlThatStandsAlready) {
     const QJsonObject document = json(
         "{'servers':[{'server':'http://a//'},{'server':'http://b'},{'server':'http://a'},"
         "{'server':'http://c/'}]}");
-    struct Row {
-        const char* typed;
-        const char* stored;
-    };
-    for (const Row& row : {
-             Row{"http://b", "http://b"},
-             Row{"http://b///", "http://b"},
-             Row{"http://c", "http://c/"},
-             Row{"http://c//", "http://c/"},
-             Row{"http://a", "http://a"},
-             Row{"http://a//", "http://a//"},
-             Row{"http://new", "http://new"},
-             Row{"http://new//", "http://new"},
-             Row{"HTTP://b/", "HTTP://b"},
-         }) {
-        SCOPED_TRACE(row.typed);
-        EXPECT_EQ(config::storedServerUrl(document, row.typed), QString(row.stored));
+    for (const QStringList& row : rows(R"(
+        http://b     | http://b
+        http://b///  | http://b
+        http://c     | http://c/
+        http://c//   | http://c/
+        http://a     | http://a
+        http://a//   | http://a//
+        http://new   | http://new
+        http://new// | http://new
+        HTTP://b/    | HTTP://b)")) {
+        EXPECT_EQ(config::storedServerUrl(document, row[0]), row[1]) << row[0].toStdString();
     }
 }
 
@@ -143,18 +124,15 @@ TEST(ConfigInstallRoot, IsTheFirstOneGivenMadeAbsolute) {
     const ScopedVariable home("HOME", "/home/ada");
     const QJsonObject document =
         json("{'servers':[{'install_root':'/games','server':'a'},{'server':'b'}]}");
-    struct Row {
-        const char* url;
-        const char* given;
-        QString root;
-    };
-    for (const Row& row :
-         {Row{"a", "/given", "/given"}, Row{"a", "", "/games"},
-          Row{"a/", "", "/home/ada/Quorvelle-Builds"}, Row{"b", "", "/home/ada/Quorvelle-Builds"},
-          Row{"a", "rel/ative", QDir::currentPath() + "/rel/ative"}, Row{"b", "/x/../y", "/y"}}) {
-        SCOPED_TRACE(std::string(row.url) + " " + row.given);
-        EXPECT_EQ(config::installRootFor(document, row.url, row.given), row.root);
+    for (const QStringList& row : rows(R"(
+        a   | /given     | /given
+        a   |            | /games
+        a/  |            | /home/ada/Quorvelle-Builds
+        b   |            | /home/ada/Quorvelle-Builds
+        b   | /x/../y    | /y)")) {
+        EXPECT_EQ(config::installRootFor(document, row[0], row[1]), row[2]) << row[0].toStdString();
     }
+    EXPECT_EQ(config::installRootFor(document, "a", "x/y"), QDir::currentPath() + "/x/y");
 }
 
 TEST(ConfigSubscriptions, AreFoundByName) {

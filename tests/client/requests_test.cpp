@@ -56,12 +56,8 @@ TEST(Requests, SendExactlyWhatTheCallSays) {
                  "DELETE /api/d?all=1|Bearer secret|(none)|"},
          }) {
         SCOPED_TRACE(row.name);
-        for (const char* method : {"GET", "POST", "PUT", "DELETE"}) {
-            for (const char* target : {"/api/me", "/api/c", "/api/p", "/api/p?b=1&a=2", "/api/s",
-                                       "/api/f?path=a%2Fb", "/api/d?all=1"}) {
-                api.server.onJson(method, target, json("{'reply':1}"));
-            }
-        }
+        const QStringList line = QString(row.seen).section(u'|', 0, 0).split(u' ');
+        api.server.onJson(line[0].toStdString(), line[1].toStdString(), json("{'reply':1}"));
         api.server.forget();
         const Reply reply = row.call(api.server.url() + "//");
         EXPECT_TRUE(reply.ok);
@@ -76,26 +72,18 @@ TEST(Requests, SendExactlyWhatTheCallSays) {
 }
 
 TEST(Requests, CarryTheFirstTokenThereIs) {
-    struct Row {
-        const char* name;
-        const char* entry;
-        const char* environment;
-        const char* topLevel;
-        const char* header;
-    };
     ApiServer api;
-    for (const Row& row : {
-             Row{"entry first", "e", "v", "t", "Bearer e"},
-             Row{"then environment", "", "v", "t", "Bearer v"},
-             Row{"then top level", "", "", "t", "Bearer t"},
-             Row{"entry alone", "e", "", "", "Bearer e"},
-             Row{"none at all", "", "", "", "(none)"},
-         }) {
-        SCOPED_TRACE(row.name);
-        const QJsonObject entry{{"server", api.server.url()}, {"token", row.entry}};
+    for (const QStringList& row : rows(R"(
+        e | v | t | Bearer e
+          | v | t | Bearer v
+          |   | t | Bearer t
+        e |   |   | Bearer e
+          |   |   | (none))")) {
+        SCOPED_TRACE(row[3].toStdString());
+        const QJsonObject entry{{"server", api.server.url()}, {"token", row[0]}};
         api.config.sandbox.writeConfig(
-            {{"schema_version", 2}, {"servers", QJsonArray{entry}}, {"token", row.topLevel}});
-        api.config.token.set(row.environment);
+            {{"schema_version", 2}, {"servers", QJsonArray{entry}}, {"token", row[2]}});
+        api.config.token.set(row[1].toUtf8());
         api.server.forget();
         api.server.onJson("GET", "/api/me", {});
         QStringList typed{"7", "--server", api.server.url() + "//"};
@@ -103,7 +91,7 @@ TEST(Requests, CarryTheFirstTokenThereIs) {
         EXPECT_EQ(server, api.server.url());
         EXPECT_EQ(typed, args("7"));
         EXPECT_TRUE(getJson(server, "/api/me", "x").ok);
-        EXPECT_EQ(api.server.requests().at(0).header("Authorization"), row.header);
+        EXPECT_EQ(api.server.requests().at(0).header("Authorization"), row[3].toStdString());
     }
     // Another server's token is forgotten with its server.
     selectServer(api.server.url() + "/elsewhere");
@@ -129,30 +117,22 @@ TEST(Requests, PrintTheFailureOnceInEitherMode) {
 }
 
 TEST(ResolveServer, FallsBackOnTheConfiguration) {
-    struct Row {
-        const char* name;
-        const char* typed;
-        const char* configured;
-        const char* server;
-        const char* rest;
-    };
     const TemporaryConfig config;
-    for (const Row& row : {
-             Row{"option", "a --server http://o// b", "http://c", "http://o", "a b"},
-             Row{"configured", "a", "http://c/", "http://c", "a"},
-             Row{"value missing", "a --server", "http://c", "http://c", "a --server"},
-             Row{"neither", "a", "", "", "a"},
-         }) {
-        SCOPED_TRACE(row.name);
-        config.sandbox.writeConfig({{"schema_version", 2}, {"server", row.configured}});
-        QStringList typed = args(row.typed);
+    for (const QStringList& row : rows(R"(
+        a --server http://o// b | http://c  | http://o | a b
+        a                       | http://c/ | http://c | a
+        a --server              | http://c  | http://c | a --server
+        a                       |           |          | a)")) {
+        SCOPED_TRACE(row[0].toStdString());
+        config.sandbox.writeConfig({{"schema_version", 2}, {"server", row[1]}});
+        QStringList typed = args(row[0]);
         ::testing::internal::CaptureStderr();
-        EXPECT_EQ(resolveServer(typed), QString(row.server));
+        EXPECT_EQ(resolveServer(typed), row[2]);
         EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-                  *row.server == '\0'
+                  row[2].isEmpty()
                       ? "'server' is not configured (quorvelle config set server <value>)\n"
                       : "");
-        EXPECT_EQ(typed, args(row.rest));
+        EXPECT_EQ(typed, args(row[3]));
     }
 }
 

@@ -75,8 +75,10 @@ TEST_P(Activation, OfAStagedBuildIsRetriedWhenForced) {
 TEST_P(Activation, IsBlockedByAFileInTheDirectorysPlace) {
     publish(server, "stable", "b1", {{"a", "one"}});
     box.write("apps/app", "a file");
+    writeState(".old/only", "copy");
     expectSync("blocked", whole("b1", {"a"}), notActivated("b1"));
     EXPECT_EQ(box.read("apps/app"), "a file");
+    EXPECT_EQ(stateBytes(".old/only"), "copy");
     ASSERT_TRUE(QFile::remove(box.path("apps/app")));
     expectSync("synced", retrying("b1"), retried("b1"));
     EXPECT_EQ(installed(), QStringList("a=one"));

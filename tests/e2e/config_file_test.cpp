@@ -128,7 +128,7 @@ TEST(SaveFailure, OfAFileInTheFoldersPlace) {
 TEST(SaveFailure, OfAFileThatCannotBeRead) {
     const Sandbox box;
     box.write("config/config.json", kJoined);
-    ASSERT_TRUE(QFile::setPermissions(box.configPath(), {}));
+    ASSERT_TRUE(QFile::setPermissions(box.configPath(), QFile::WriteOwner));
     expectSavesFail(box, runObeyingPermissions, false);
     ASSERT_TRUE(QFile::setPermissions(box.configPath(), QFile::ReadOwner));
     EXPECT_EQ(box.read("config/config.json"), kJoined);

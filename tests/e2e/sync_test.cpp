@@ -3,6 +3,7 @@
 #include <QDir>
 
 #include "support/qt_printers.h"
+#include "support/raw_server.h"
 #include "support/sync_fixture.h"
 
 namespace quorvelle::testing {
@@ -193,6 +194,23 @@ TEST_P(Sync, InstallsNothingWhenADownloadFails) {
     publish(server, "stable", "b1", files);
     expectSync("synced", whole("b1", {"1", "d/2", "3"}), synced("b1", 3, 9));
     EXPECT_EQ(installed(), (QStringList{"1=new", "3=new", "d/2=new"}));
+}
+
+/// The network layer takes some of these bodies for whole; the manifest knows better.
+TEST_P(Sync, InstallsNothingWhenAChunkedBodyHasNoEnd) {
+    const std::string json = "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n";
+    const std::string chunked =
+        "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nabcd\r\n";
+    for (const char* cutAt : {"", "4", "0"}) {
+        SCOPED_TRACE(cutAt);
+        const RawServer raw({json + R"({"build":"b1"})",
+                             json + R"({"files":[{"path":"a","size":8}]})", chunked + cutAt});
+        QJsonObject entry = subscription("app", "stable");
+        entry.insert("server", raw.url());
+        subscribe({entry});
+        EXPECT_EQ(run({"sync"}).code, 2);
+        expectNothingInstalled();
+    }
 }
 
 TEST_P(Sync, ReportsWhatCannotBeStored) {

@@ -2,6 +2,7 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <string>
@@ -13,6 +14,18 @@ namespace quorvelle::testing {
 /// The words of a line, split at blanks.
 inline QStringList args(const QString& line) {
     return line.split(u' ', Qt::SkipEmptyParts);
+}
+
+/// A table of cases: one line a row, its cells between "|" without the blanks around them.
+inline QList<QStringList> rows(const QString& table) {
+    QList<QStringList> result;
+    for (const QString& line : table.trimmed().split(u'\n')) {
+        result.append(line.split(u'|'));
+        for (QString& cell : result.last()) {
+            cell = cell.trimmed();
+        }
+    }
+    return result;
 }
 
 /// A JSON object written with ' in the place of ".

@@ -11,22 +11,17 @@
 namespace quorvelle::testing {
 
 TEST(StatePath, StandsBesideTheInstallDirectory) {
-    struct Row {
-        const char* dir;
-        const char* suffix;
-        const char* path;
-    };
     const Sandbox sandbox;
-    for (const Row& row : {
-             Row{"Games/Orbit", kInstalledMarkerSuffix, "Games/.quorvelle/Orbit.installed.json"},
-             Row{"Games/Orbit/", kStagedMarkerSuffix, "Games/.quorvelle/Orbit.staged.json"},
-             Row{"Games//x/../Orbit", kStagingSuffix, "Games/.quorvelle/Orbit.staging"},
-             Row{"Games/./Orbit", kOldSuffix, "Games/.quorvelle/Orbit.old"},
-             Row{"Games/a.b c", kStagingBuildSuffix, "Games/.quorvelle/a.b c.staging.build"},
-             Row{"new/deeper/Orbit", kOldSuffix, "new/deeper/.quorvelle/Orbit.old"},
-         }) {
-        SCOPED_TRACE(row.dir);
-        EXPECT_EQ(statePath(sandbox.path(row.dir), row.suffix), sandbox.path(row.path));
+    for (const QStringList& row : rows(R"(
+        Games/Orbit        | .installed.json | Games/.quorvelle/Orbit.installed.json
+        Games/Orbit/       | .staged.json    | Games/.quorvelle/Orbit.staged.json
+        Games//x/../Orbit  | .staging        | Games/.quorvelle/Orbit.staging
+        Games/./Orbit      | .old            | Games/.quorvelle/Orbit.old
+        Games/a.b c        | .staging.build  | Games/.quorvelle/a.b c.staging.build
+        new/deeper/Orbit   | .old            | new/deeper/.quorvelle/Orbit.old)")) {
+        SCOPED_TRACE(row[0].toStdString());
+        EXPECT_EQ(statePath(sandbox.path(row[0]), row[1].toUtf8().constData()),
+                  sandbox.path(row[2]));
     }
     EXPECT_EQ(sandbox.tree("."), QStringList({"Games/.quorvelle/", "new/deeper/.quorvelle/"}));
 }

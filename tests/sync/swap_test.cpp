@@ -28,7 +28,7 @@ const std::map<QString, QString> kEntries{
     {".quorvelle/app.swap=", "record"},              // a swap is under way
 };
 
-void lay(const Sandbox& sandbox, const char* states) {
+void lay(const Sandbox& sandbox, const QString& states) {
     for (const QString& state : args(states)) {
         if (state == "marker") {
             writeStagedMarker(sandbox.path("app"), {"b2", "stable", 5});
@@ -64,33 +64,28 @@ QString standing(const Sandbox& sandbox) {
 }  // namespace
 
 TEST(SwapInStaged, LeavesOneWholeBuildInEveryCase) {
-    struct Row {
-        const char* before;
-        SwapResult result;
-        const char* after;
-    };
-    for (const Row& row : {
-             Row{"", SwapResult::kNotMovable, ""},
-             Row{"staging", SwapResult::kSwapped, "new"},
-             Row{"old", SwapResult::kNotMovable, "old"},
-             Row{"old staging", SwapResult::kSwapped, "new"},
-             Row{"install", SwapResult::kNotMovable, "install"},
-             Row{"install staging", SwapResult::kSwapped, "new"},
-             Row{"install old", SwapResult::kNotMovable, "install"},
-             Row{"install old staging", SwapResult::kSwapped, "new"},
-             Row{"install old staging record", SwapResult::kSwapped, "new"},
-             Row{"install marker staging", SwapResult::kSwapped, "marker new"},
-             Row{"install marker", SwapResult::kNotMovable, "install marker"},
-             Row{"file", SwapResult::kNotMovable, "file"},
-             Row{"file staging", SwapResult::kNotMovable, "file staging"},
-             Row{"file old staging", SwapResult::kNotMovable, "file old staging"},
-         }) {
-        SCOPED_TRACE(row.before);
+    for (const QStringList& row : rows(R"(
+                                    | not movable |
+        staging                     | swapped     | new
+        old                         | not movable | old
+        old staging                 | swapped     | new
+        install                     | not movable | install
+        install staging             | swapped     | new
+        install old                 | not movable | install
+        install old staging         | swapped     | new
+        install old record staging  | swapped     | new
+        install marker staging      | swapped     | marker new
+        install marker              | not movable | install marker
+        file                        | not movable | file
+        file staging                | not movable | file staging
+        file old staging            | not movable | file old staging)")) {
+        SCOPED_TRACE(row[0].toStdString());
         const Sandbox sandbox;
-        lay(sandbox, row.before);
-        EXPECT_EQ(swapInStaged(sandbox.path("app")), row.result);
+        lay(sandbox, row[0]);
+        EXPECT_EQ(swapInStaged(sandbox.path("app")),
+                  row[1] == "swapped" ? SwapResult::kSwapped : SwapResult::kNotMovable);
         endSwap(sandbox.path("app"));
-        EXPECT_EQ(standing(sandbox), QString(row.after));
+        EXPECT_EQ(standing(sandbox), row[2]);
     }
 }
 
@@ -102,44 +97,34 @@ TEST(SwapInStaged, IsOnRecordUntilItsEnd) {
 }
 
 TEST(RecoverSwap, BringsASwapCutShortToOneSide) {
-    struct Row {
-        const char* name;
-        const char* before;
-        const char* after;
-    };
-    for (const Row& row : {
-             Row{"nothing", "", ""},
-             Row{"no swap, first install", "marker staging", "marker staging"},
-             Row{"no swap, blocked", "install marker staging", "install marker staging"},
-             Row{"no swap, staging gone", "install marker", "install marker"},
-             Row{"no swap, leftover", "install old", "install old"},
-             Row{"no swap, nothing staged", "old", "old"},
-             Row{"no swap, staging alone", "old staging", "old staging"},
-             Row{"between the renames, older release", "marker old staging",
-                 "marker previous staging"},
-             Row{"before the first rename", "install marker record staging",
-                 "install marker staging"},
-             Row{"before the first rename, leftover", "install marker old record staging",
-                 "install marker old staging"},
-             Row{"before the only rename", "marker record staging", "marker staging"},
-             Row{"between the renames", "marker old record staging", "marker previous staging"},
-             Row{"between the renames, marker never written", "old record staging",
-                 "previous staging"},
-             Row{"after the second rename", "marker new old record", "new recorded:b2:stable"},
-             Row{"after the only rename", "marker new record", "new recorded:b2:stable"},
-             Row{"after its record as installed", "new record", "new"},
-             Row{"the staged build is nowhere", "marker old record", "marker previous"},
-             Row{"everything is gone", "marker record", "marker"},
-             Row{"a file in the way", "file marker old record staging", "file marker old staging"},
-             Row{"a file in the way, no staging", "file marker record", "file marker"},
-         }) {
-        SCOPED_TRACE(row.name);
+    for (const QStringList& row : rows(R"(
+        nothing                                |                           |
+        no swap, first install                 | marker staging            | marker staging
+        no swap, blocked                       | install marker staging    | install marker staging
+        no swap, staging gone                  | install marker            | install marker
+        no swap, leftover                      | install old               | install old
+        no swap, nothing staged                | old                       | old
+        no swap, staging alone                 | old staging               | old staging
+        no record, between the renames         | marker old staging        | marker previous staging
+        before the first rename       | install marker record staging     | install marker staging
+        before it, a leftover         | install marker old record staging | install marker old staging
+        before the only rename                 | marker record staging     | marker staging
+        between the renames                    | marker old record staging | marker previous staging
+        between the renames, no marker         | old record staging        | previous staging
+        after the second rename                | marker new old record     | new recorded:b2:stable
+        after the only rename                  | marker new record         | new recorded:b2:stable
+        after its record as installed          | new record                | new
+        the staged build is nowhere            | marker old record         | marker previous
+        everything is gone                     | marker record             | marker
+        a file in the way             | file marker old record staging    | file marker old staging
+        a file in the way, no staging          | file marker record        | file marker)")) {
+        SCOPED_TRACE(row[0].toStdString());
         const Sandbox sandbox;
-        lay(sandbox, row.before);
+        lay(sandbox, row[1]);
         recoverSwap(sandbox.path("app"));
-        EXPECT_EQ(standing(sandbox), QString(row.after));
+        EXPECT_EQ(standing(sandbox), row[2]);
         recoverSwap(sandbox.path("app"));
-        EXPECT_EQ(standing(sandbox), QString(row.after)) << "a second run changed something";
+        EXPECT_EQ(standing(sandbox), row[2]) << "a second run changed something";
     }
 }
 

@@ -1,0 +1,104 @@
+#include <gmock/gmock.h>
+
+#include <cerrno>
+
+#include "support/cargo_world.h"
+#include "support/faulty_run.h"
+#include "support/qt_printers.h"
+
+namespace quorvelle::testing {
+
+namespace {
+
+using ::testing::AnyOf;
+using ::testing::Combine;
+using ::testing::Values;
+
+const QStringList kSync{QStringLiteral("sync")};
+const QString kStagedMarker = QStringLiteral("games/.quorvelle/app.staged.json");
+
+struct FaultCase {
+    const char* name;
+    Start start;
+    const char* before;
+};
+
+void PrintTo(const FaultCase& row, std::ostream* out) {
+    *out << row.name;
+}
+
+class FaultySync : public ::testing::TestWithParam<std::tuple<FaultCase, int>> {
+protected:
+    const FaultCase& row() const { return std::get<0>(GetParam()); }
+
+    FaultyOutcome syncFromStart(Sandbox& sandbox, int call) const {
+        world.prepare(sandbox, row().start);
+        return runFaulty(sandbox, kSync, {.call = call, .error = std::get<1>(GetParam())});
+    }
+
+    CargoWorld world;
+};
+
+}  // namespace
+
+TEST_P(FaultySync, TellsTheTruthAndIsMadeGoodByTheNext) {
+    Sandbox untroubled;
+    const int calls = syncFromStart(untroubled, 0).calls;
+    ASSERT_GT(calls, 30);
+    for (const int call : faultPoints(calls)) {
+        Sandbox sandbox;
+        const FaultyOutcome faulty = syncFromStart(sandbox, call);
+        SCOPED_TRACE("call " + std::to_string(call) + " failed, " + faulty.failed);
+        SCOPED_TRACE((faulty.out + faulty.err).toStdString());
+        ASSERT_NE(faulty.failed, "none");
+        EXPECT_THAT(faulty.code, AnyOf(0, 2, 3));
+        EXPECT_THAT(standing(sandbox), AnyOf(row().before, "build 2"));
+        if (faulty.code == 0) {
+            EXPECT_EQ(standing(sandbox), "build 2");
+        }
+        if (faulty.err.contains(QStringLiteral("build activated, but could not record its id"))) {
+            // The one state that lasts until the channel moves on.
+            EXPECT_EQ(sandbox.run(kSync).code, 3);
+            EXPECT_EQ(standing(sandbox), "build 2");
+        } else {
+            expectConvergence(sandbox, true);
+        }
+    }
+}
+
+TEST(FaultyDownload, NeverLeavesAStagedMarkerOverFilesOfAnotherBuild) {
+    CargoWorld world;
+    world.server.onJson("GET", "/api/builds/b2/files?path=readme", {}, 500);
+    const auto syncOverStaged = [&](Sandbox& sandbox, Fault fault) {
+        world.prepare(sandbox, Start::kStaged);
+        sandbox.write(kStagedMarker, R"({"build": "waiting"})");
+        return runFaulty(sandbox, kSync, fault);
+    };
+    Sandbox untroubled;
+    const int calls = syncOverStaged(untroubled, {}).calls;
+    ASSERT_GT(calls, 30);
+    for (const int call : faultPoints(calls)) {
+        for (const int error : {0, EIO}) {
+            SCOPED_TRACE("call " + std::to_string(call) + ", error " + std::to_string(error));
+            Sandbox sandbox;
+            EXPECT_NE(syncOverStaged(sandbox, {.call = call, .error = error}).code, 0);
+            EXPECT_EQ(standing(sandbox), "build 1");
+            if (sandbox.read(kStagedMarker) != "(missing)") {
+                EXPECT_EQ(stagedFiles(sandbox), "build 2");
+            }
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Starts, FaultySync,
+                         Combine(Values(FaultCase{"FirstInstall", Start::kNothing, "nothing"},
+                                        FaultCase{"Update", Start::kBuild1, "build 1"},
+                                        FaultCase{"RetryOfStaged", Start::kStaged, "build 1"}),
+                                 Values(EIO, ENOSPC)),
+                         [](const auto& row) {
+                             return std::string(std::get<0>(row.param).name) +
+                                    (std::get<1>(row.param) == EIO ? "WithReadWriteError"
+                                                                   : "WithFullDisk");
+                         });
+
+}  // namespace quorvelle::testing

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+
+#include "support/fake_server.h"
+#include "support/process_runner.h"
+
+namespace quorvelle::testing {
+
+/// How an install directory stands before a sync to build 2.
+enum class Start {
+    kNothing,  ///< a first install
+    kBuild1,   ///< build 1 is installed
+    kStaged,   ///< the same; build 2 waits in staging, an older swap left ".old" behind
+    kLegacy,   ///< build 1 with the state entries where earlier releases kept them
+};
+
+/// A server whose channel "stable" stands at build 2, and install directories in
+/// "games/app" below sandboxes that are to follow it. Build 2 changes, adds and removes
+/// files of build 1; each has nested files, an empty one and one of 2 MiB.
+class CargoWorld {
+public:
+    CargoWorld();
+
+    /// Lays out the starting state, with the subscription "app", in an empty sandbox.
+    void prepare(const Sandbox& sandbox, Start start) const;
+
+    FakeServer server;
+};
+
+/// What the install directory holds: "build 1", "build 2", "nothing" or "a mixture: "
+/// with the names. Where nothing stands while there is an ".old", "old: ..., staging:
+/// ..." in the same words.
+std::string standing(const Sandbox& sandbox);
+
+/// What the staging directory holds, in the words of standing().
+std::string stagedFiles(const Sandbox& sandbox);
+
+/// Fails the test unless an unhindered sync brings build 2 with its marker and leaves
+/// nothing else behind, and the next one finds all up to date. `mayKeepOld` allows a
+/// whole or partial ".old", which the next activation removes.
+void expectConvergence(Sandbox& sandbox, bool mayKeepOld = false);
+
+}  // namespace quorvelle::testing
