@@ -1,5 +1,6 @@
 #include "support/fake_tide.h"
 
+#include <gtest/gtest.h>
 #include <sodium.h>
 #include <zstd.h>
 
@@ -19,6 +20,7 @@ struct KeyPair {
 };
 
 KeyPair keyPair() {
+    EXPECT_GE(sodium_init(), 0);
     std::array<unsigned char, crypto_sign_SEEDBYTES> seed{};
     seed.fill(7);
     KeyPair pair;
