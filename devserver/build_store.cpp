@@ -47,10 +47,6 @@ QJsonObject summaryOf(QJsonObject manifest) {
     return manifest;
 }
 
-std::filesystem::path native(const QString& path) {
-    return path.toStdU16String();
-}
-
 }  // namespace
 
 std::optional<QString> BuildStore::load() {
@@ -97,7 +93,7 @@ std::optional<Refusal> BuildStore::add(const QString& build, const QString& path
         return Refusal{409, QString("there is no place for '%1' among the files").arg(path)};
     }
     std::error_code error;
-    std::filesystem::rename(native(file.fileName()), native(target), error);
+    std::filesystem::rename(nativePath(file.fileName()), nativePath(target), error);
     if (error) {
         return Refusal{500, QString("cannot store '%1': %2").arg(path, error.message().c_str())};
     }

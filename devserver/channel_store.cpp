@@ -16,18 +16,19 @@ std::optional<QString> ChannelStore::load() {
     return std::nullopt;
 }
 
-Reply ChannelStore::create(const QString& name) {
+Reply ChannelStore::create(const QString& name, const QString& engine) {
     const std::lock_guard lock(mutex_);
     if (channels_.contains(name)) {
         return Refusal{409, QString("channel '%1' already exists").arg(name)};
     }
-    return save({{"channel", name}, {"build", ""}, {"engine", "cargo"}});
+    return save({{"channel", name}, {"build", ""}, {"engine", engine}});
 }
 
 Reply ChannelStore::promote(const QString& name, const QString& build) {
     const std::lock_guard lock(mutex_);
+    const QString engine = channels_.value(name).value("engine").toString("cargo");
     return save(
-        {{"channel", name}, {"build", build}, {"engine", "cargo"}, {"promoted_at", timestamp()}});
+        {{"channel", name}, {"build", build}, {"engine", engine}, {"promoted_at", timestamp()}});
 }
 
 Reply ChannelStore::save(const QJsonObject& channel) {

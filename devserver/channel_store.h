@@ -12,8 +12,8 @@
 namespace quorvelle::devserver {
 
 /// The channels on disk, one "<name>.json" each: an object with "channel",
-/// "build" (empty before the first promotion), "engine" and, with a build,
-/// "promoted_at". Any thread may call any function.
+/// "build" (empty before the first promotion), "engine" ("cargo" or "tide") and,
+/// with a build, "promoted_at". Any thread may call any function.
 class ChannelStore {
 public:
     explicit ChannelStore(const QDir& folder) : folder_(folder) {}
@@ -22,10 +22,11 @@ public:
     /// comes back as a sentence.
     std::optional<QString> load();
 
-    /// Adds a channel without a build.
-    Reply create(const QString& name);
+    /// Adds a channel without a build. Its engine stays for good.
+    Reply create(const QString& name, const QString& engine);
 
-    /// Points a channel, new or known, at a build the caller knows to exist.
+    /// Points a channel at a build the caller knows to exist. A new one gets the
+    /// engine "cargo".
     Reply promote(const QString& name, const QString& build);
 
     /// The channels by name.

@@ -23,7 +23,7 @@ std::optional<QString> DataFolder::open() {
                    : QString("cannot write to the data folder '%1'").arg(dir_.path());
     }
     QDir(dir_.filePath("tmp")).removeRecursively();
-    for (const char* name : {"tmp", "builds", "channels"}) {
+    for (const char* name : {"tmp", "builds", "channels", "chunks", "tide"}) {
         if (!dir_.mkpath(name)) {
             return QString("cannot create '%1'").arg(dir_.filePath(name));
         }
@@ -51,10 +51,24 @@ std::optional<QJsonObject> readJson(const QString& path) {
     return document.object();
 }
 
-bool writeJson(const QString& path, const QJsonObject& object) {
+bool writeWhole(const QString& path, const QByteArray& bytes, Readers readers) {
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(object).toJson()) >= 0 &&
-           file.commit();
+    if (!file.open(QIODevice::WriteOnly)) {
+        return false;
+    }
+    // Before the first byte is in it, not after.
+    if (readers == Readers::kOwner && !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)) {
+        return false;
+    }
+    return file.write(bytes) == bytes.size() && file.commit();
+}
+
+bool writeJson(const QString& path, const QJsonObject& object, Readers readers) {
+    return writeWhole(path, QJsonDocument(object).toJson(), readers);
+}
+
+std::filesystem::path nativePath(const QString& path) {
+    return path.toStdU16String();
 }
 
 QString timestamp() {

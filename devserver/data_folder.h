@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDir>
 #include <QJsonObject>
 #include <QLockFile>
 #include <QString>
 #include <QTemporaryFile>
+#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -34,8 +36,15 @@ private:
 /// The JSON object a file holds; nothing when it cannot be read as one.
 std::optional<QJsonObject> readJson(const QString& path);
 
+/// Who may read a new file.
+enum class Readers { kAnyone, kOwner };
+
 /// Replaces a file as a whole, so that a crash leaves the old or the new one.
-bool writeJson(const QString& path, const QJsonObject& object);
+bool writeWhole(const QString& path, const QByteArray& bytes, Readers readers = Readers::kAnyone);
+bool writeJson(const QString& path, const QJsonObject& object, Readers readers = Readers::kAnyone);
+
+/// The path in the form the standard library takes on every platform.
+std::filesystem::path nativePath(const QString& path);
 
 /// The present time in UTC as ISO 8601 with whole seconds.
 QString timestamp();

@@ -6,7 +6,7 @@ namespace quorvelle::devserver {
 namespace {
 
 /// Writes the body to a file that vanishes unless the build takes it over.
-Reply receiveFile(const Call& call, const Service& service) {
+Reply receiveFile(const Call& call, Service& service) {
     const QString path = call.query.value("path");
     if (const auto refusal = service.builds.refusalFor(call.name, path)) {
         return *refusal;
@@ -88,13 +88,28 @@ Reply showChannel(const Call& call, const Service& service) {
     return channel;
 }
 
-Reply promote(const Call& call, const Service& service) {
+Reply createChannel(const Call& call, Service& service) {
+    const QString engine = call.query.value("engine", "cargo");
+    if (engine != "cargo" && engine != "tide") {
+        return Refusal{400, QString("the engine is 'cargo' or 'tide', not '%1'").arg(engine)};
+    }
+    return service.channels.create(call.name, engine);
+}
+
+Reply promote(const Call& call, Service& service) {
     const QString build = call.query.value("build");
     if (build.isEmpty()) {
         return Refusal{400, "the query item 'build' is missing"};
     }
     if (!service.builds.find(build)) {
         return Refusal{404, QString("no finalized build '%1'").arg(build)};
+    }
+    const std::lock_guard lock(service.promotions);
+    const auto channel = service.channels.find(call.name);
+    if (channel && (*channel)["engine"] == "tide") {
+        if (const auto refusal = service.tide.publish(call.name, build)) {
+            return *refusal;
+        }
     }
     return service.channels.promote(call.name, build);
 }
@@ -115,25 +130,25 @@ Reply showCaller(const Call&) {
 
 }  // namespace
 
-void addEndpoints(Router& router, const Service& s) {
+void addEndpoints(Router& router, Service& s) {
     router.add("GET", "api/version", showVersion, Router::Access::kOpen);
     router.add("GET", "api/me", showCaller);
 
-    router.add("GET", "api/builds", [s](const Call&) { return listBuilds(s); });
-    router.add("GET", "api/builds/*", [s](const Call& call) { return showBuild(call, s); });
-    router.add("GET", "api/builds/*/files", [s](const Call& call) {
+    router.add("GET", "api/builds", [&s](const Call&) { return listBuilds(s); });
+    router.add("GET", "api/builds/*", [&s](const Call& call) { return showBuild(call, s); });
+    router.add("GET", "api/builds/*/files", [&s](const Call& call) {
         return s.builds.file(call.name, call.query.value("path"));
     });
-    router.add("PUT", "api/builds/*/files", [s](const Call& call) { return receiveFile(call, s); });
+    router.add("PUT", "api/builds/*/files",
+               [&s](const Call& call) { return receiveFile(call, s); });
     router.add("POST", "api/builds/*/finalize",
-               [s](const Call& call) { return s.builds.finalize(call.name); });
+               [&s](const Call& call) { return s.builds.finalize(call.name); });
 
-    router.add("GET", "api/channels", [s](const Call&) { return listChannels(s); });
-    router.add("GET", "api/channels/*", [s](const Call& call) { return showChannel(call, s); });
-    router.add("POST", "api/channels/*",
-               [s](const Call& call) { return s.channels.create(call.name); });
+    router.add("GET", "api/channels", [&s](const Call&) { return listChannels(s); });
+    router.add("GET", "api/channels/*", [&s](const Call& call) { return showChannel(call, s); });
+    router.add("POST", "api/channels/*", [&s](const Call& call) { return createChannel(call, s); });
     router.add("POST", "api/channels/*/promote",
-               [s](const Call& call) { return promote(call, s); });
+               [&s](const Call& call) { return promote(call, s); });
 }
 
 }  // namespace quorvelle::devserver

@@ -7,17 +7,20 @@
 #include <memory>
 #include <thread>
 
-#include "build_store.h"
-#include "channel_store.h"
-#include "data_folder.h"
 #include "endpoints.h"
 #include "options.h"
+#include "request_log.h"
 #include "router.h"
+#include "service.h"
+#include "tide/engine.h"
+#include "tide_endpoints.h"
 
 namespace quorvelle::devserver {
 namespace {
 
 constexpr char kHost[] = "127.0.0.1";
+constexpr char kUsage[] =
+    "\nUsage: quorvelle-devserver --data DIR [--port N] [--tide-channel NAME]... [--log FILE]";
 constexpr int kWrongUsage = 1;
 constexpr int kCannotServe = 2;
 // More than one client's connections: each one that is kept alive holds a thread.
@@ -82,24 +85,34 @@ bool serve(httplib::Server& server) {
     return asked;
 }
 
+/// The lines that tell a person, or a script, how to reach and to trust this server.
+void announce(int port, const Service& service) {
+    std::printf("Listening on http://%s:%d\n", kHost, port);
+    std::printf("Token: %s, data: %s\n", kToken,
+                service.folder.dir().path().toLocal8Bit().constData());
+    std::printf("Public key (tide_public_key): %s\n", service.signer.publicKey().constData());
+    std::fflush(stdout);
+}
+
 int run(const Options& options) {
-    DataFolder folder(options.dataDir);
-    if (const auto error = folder.open()) {
+    Service service(options.dataDir);
+    if (const auto error = service.open(options.tideChannels)) {
         return fail(kCannotServe, *error);
     }
-    BuildStore builds(folder.dir().filePath("builds"));
-    ChannelStore channels(folder.dir().filePath("channels"));
-    for (const auto& error : {builds.load(), channels.load()}) {
-        if (error) {
-            return fail(kCannotServe, *error);
-        }
-    }
     Router router;
-    addEndpoints(router, {folder, builds, channels});
+    addEndpoints(router, service);
+    addTideEndpoints(router, service);
 
+    RequestLog log;
     httplib::Server server;
     configure(server);
     router.attach(server);
+    if (!options.logFile.isEmpty()) {
+        if (const auto error = log.open(options.logFile)) {
+            return fail(kCannotServe, *error);
+        }
+        log.attach(server);
+    }
     const auto port = bind(server, options.port);
     if (!port) {
         return fail(kCannotServe, QString("cannot listen on port %1 of %2; is it taken?")
@@ -107,9 +120,7 @@ int run(const Options& options) {
     }
     std::signal(SIGINT, requestStop);
     std::signal(SIGTERM, requestStop);
-    std::printf("Listening on http://%s:%d\n", kHost, *port);
-    std::printf("Token: %s, data: %s\n", kToken, folder.dir().path().toLocal8Bit().constData());
-    std::fflush(stdout);
+    announce(*port, service);
     return serve(server) ? 0 : fail(kCannotServe, "the listener broke down");
 }
 
@@ -118,13 +129,14 @@ int run(const Options& options) {
 
 int main(int argc, char** argv) {
     using namespace quorvelle::devserver;
+    tide::startEngine();
     QStringList arguments;
     for (int i = 1; i < argc; ++i) {
         arguments.append(QString::fromLocal8Bit(argv[i]));
     }
     const auto parsed = parseOptions(arguments);
     if (const auto* error = std::get_if<QString>(&parsed)) {
-        return fail(kWrongUsage, *error + "\nUsage: quorvelle-devserver --data DIR [--port N]");
+        return fail(kWrongUsage, *error + kUsage);
     }
     return run(std::get<Options>(parsed));
 }

@@ -102,7 +102,8 @@ Reply Router::answer(const httplib::Request& request, RequestBody& body) const {
     }
     const qsizetype star = route->pattern.indexOf("*");
     const QString name = star < 0 ? QString() : target->segments[star];
-    return route->endpoint({name, target->query, body});
+    const QString host = QString::fromStdString(request.get_header_value("Host"));
+    return route->endpoint({name, target->query, host, body});
 }
 
 }  // namespace quorvelle::devserver

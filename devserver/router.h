@@ -12,7 +12,7 @@
 
 namespace quorvelle::devserver {
 
-/// The token every request has to carry.
+/// The token every request to a closed endpoint has to carry.
 inline constexpr char kToken[] = "dev";
 
 /// Hands out a request's body piece by piece, so that its size costs no
@@ -39,10 +39,12 @@ private:
 };
 
 /// One request as an endpoint sees it: the name that stands where its pattern
-/// has a "*", and the query's items, all decoded.
+/// has a "*", and the query's items, all decoded; and the server's name and port
+/// as the client wrote them, empty when it did not.
 struct Call {
     QString name;
     QMap<QString, QString> query;
+    QString host;
     RequestBody& body;
 };
 

@@ -1,0 +1,34 @@
+#include "service.h"
+
+namespace quorvelle::devserver {
+
+Service::Service(const QString& dataDir)
+    : folder(dataDir),
+      builds(folder.dir().filePath("builds")),
+      channels(folder.dir().filePath("channels")),
+      tide(folder, builds, signer) {}
+
+std::optional<QString> Service::open(const QStringList& tideChannels) {
+    if (auto error = folder.open()) {
+        return error;
+    }
+    for (auto& error :
+         {builds.load(), channels.load(), signer.load(folder.dir().filePath("secrets.json"))}) {
+        if (error) {
+            return error;
+        }
+    }
+    for (const QString& name : tideChannels) {
+        const auto known = channels.find(name);
+        if (known && (*known)["engine"] != "tide") {
+            return QString("channel '%1' exists and is no tide channel").arg(name);
+        }
+        const Reply reply = known ? Reply(*known) : channels.create(name, "tide");
+        if (const auto* refusal = std::get_if<Refusal>(&reply)) {
+            return refusal->message;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace quorvelle::devserver

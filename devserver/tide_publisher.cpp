@@ -1,0 +1,101 @@
+#include "tide_publisher.h"
+
+#include <QDateTime>
+#include <QJsonDocument>
+#include <fstream>
+#include <string>
+
+#include "names.h"
+#include "tide/blake3_hash.h"
+#include "tide/chunker.h"
+
+namespace quorvelle::devserver {
+namespace {
+
+constexpr int kSchema = 1;
+
+/// The bytes of a chunk; fewer when the file has become shorter.
+std::string read(std::ifstream& file, const tide::Chunk& chunk) {
+    std::string bytes(chunk.length, '\0');
+    file.seekg(static_cast<std::streamoff>(chunk.offset));
+    file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    bytes.resize(static_cast<std::size_t>(file.gcount()));
+    return bytes;
+}
+
+}  // namespace
+
+std::optional<Refusal> TidePublisher::publish(const QString& channel, const QString& build) {
+    const Reply reply = builds_.manifest(build);
+    if (const auto* refusal = std::get_if<Refusal>(&reply)) {
+        return *refusal;
+    }
+    QJsonArray files;
+    for (const QJsonValue& entry : std::get<QJsonObject>(reply)["files"].toArray()) {
+        const QString path = entry["path"].toString();
+        const Reply content = builds_.file(build, path);
+        if (const auto* refusal = std::get_if<Refusal>(&content)) {
+            return *refusal;
+        }
+        const Cut pieces = cut(std::get<FileBytes>(content).path);
+        if (pieces.refusal) {
+            return pieces.refusal;
+        }
+        files.append(
+            QJsonObject{{"path", path}, {"size", entry["size"]}, {"chunks", pieces.chunks}});
+    }
+    return record(channel, {{"schema", kSchema},
+                            {"channel", channel},
+                            {"created", QDateTime::currentSecsSinceEpoch()},
+                            {"build", build},
+                            {"files", files}});
+}
+
+TidePublisher::Cut TidePublisher::cut(const QString& file) {
+    Cut result;
+    std::ifstream content(nativePath(file), std::ios::binary);
+    const auto take = [&](const tide::Chunk& chunk) {
+        const QString id = QString::fromStdString(chunk.id);
+        result.chunks.append(QJsonObject{{"h", id}, {"n", static_cast<qint64>(chunk.length)}});
+        if (result.refusal || chunks_.contains(id)) {
+            return;
+        }
+        const std::string bytes = read(content, chunk);
+        // The store keeps what it has for good, so nothing wrong may enter it.
+        if (tide::blake3Hex(bytes) != chunk.id) {
+            result.refusal = Refusal{500, QString("'%1' changed while it was cut").arg(file)};
+            return;
+        }
+        result.refusal = chunks_.add(id, bytes);
+    };
+    std::string error;
+    if (!tide::chunkFile(nativePath(file), {}, take, &error)) {
+        result.refusal = Refusal{500, QString::fromStdString(error)};
+    }
+    return result;
+}
+
+std::optional<Refusal> TidePublisher::record(const QString& channel,
+                                             const QJsonObject& manifest) const {
+    const QByteArray bytes = QJsonDocument(manifest).toJson(QJsonDocument::Compact);
+    if (!dir_.mkpath(fileNameFor(channel).value_or(QString())) ||
+        !writeWhole(manifestPath(channel), bytes) ||
+        !writeWhole(signaturePath(channel), signer_.signatureOf(bytes))) {
+        return Refusal{500, QString("cannot record the manifest of channel '%1'").arg(channel)};
+    }
+    return std::nullopt;
+}
+
+std::optional<QJsonObject> TidePublisher::manifest(const QString& channel) const {
+    return readJson(manifestPath(channel));
+}
+
+QString TidePublisher::manifestPath(const QString& channel) const {
+    return dir_.filePath(fileNameFor(channel).value_or(QString()) + "/manifest.json");
+}
+
+QString TidePublisher::signaturePath(const QString& channel) const {
+    return manifestPath(channel) + ".sig";
+}
+
+}  // namespace quorvelle::devserver

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QString>
+#include <optional>
+
+#include "build_store.h"
+#include "chunk_store.h"
+#include "data_folder.h"
+#include "reply.h"
+#include "signing.h"
+
+namespace quorvelle::devserver {
+
+/// Turns builds into what the tide engine downloads: chunks, stored once whatever build
+/// holds them, and below "tide/<channel>/" the channel's manifest, "manifest.json", with
+/// its signature, "manifest.json.sig". What it is made with must outlive it.
+class TidePublisher {
+public:
+    TidePublisher(const DataFolder& folder, const BuildStore& builds, const Signer& signer)
+        : chunks_(folder), builds_(builds), signer_(signer), dir_(folder.dir().filePath("tide")) {}
+
+    /// Makes a finalized build the channel's: cuts its files, stores the chunks that are
+    /// new, then replaces the manifest and its signature. One call at a time, and it
+    /// takes as long as reading the whole build does.
+    std::optional<Refusal> publish(const QString& channel, const QString& build);
+
+    /// The channel's manifest as it lies on disk; nothing where it has none that can be
+    /// read. Any thread may call this and the functions below.
+    std::optional<QJsonObject> manifest(const QString& channel) const;
+
+    QString manifestPath(const QString& channel) const;
+    QString signaturePath(const QString& channel) const;
+
+    /// Empty when no chunk has this id.
+    QString chunkPath(const QString& id) const { return chunks_.find(id); }
+
+private:
+    /// A cut file's entries for the manifest, or why it could not be cut.
+    struct Cut {
+        QJsonArray chunks;
+        std::optional<Refusal> refusal;
+    };
+
+    Cut cut(const QString& file);
+    std::optional<Refusal> record(const QString& channel, const QJsonObject& manifest) const;
+
+    ChunkStore chunks_;
+    const BuildStore& builds_;
+    const Signer& signer_;
+    const QDir dir_;
+};
+
+}  // namespace quorvelle::devserver
