@@ -1,5 +1,6 @@
 #include "client/save_file.h"
 
+#include "client/disk_flush.h"
 #include "client/private_file.h"
 
 namespace quorvelle {
@@ -16,9 +17,10 @@ bool SaveFile::write(const QByteArray& bytes) {
 }
 
 bool SaveFile::commit() {
-    // QSaveFile notices a failed write() but not a failure of the flush in its own
-    // commit, where a small file is written for the first time.
-    if (writeFailed || !file.flush()) {
+    // QSaveFile notices a failed write() but not a failure of the flushes in its own
+    // commit: that to the system, where a small file is written for the first time, and
+    // that to the disk.
+    if (writeFailed || !file.flush() || !flushToDisk(file)) {
         file.cancelWriting();
     }
     return file.commit();
