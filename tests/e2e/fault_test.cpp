@@ -14,8 +14,8 @@ using ::testing::AnyOf;
 using ::testing::Combine;
 using ::testing::Values;
 
-const QStringList kSync{QStringLiteral("sync")};
-const QString kStagedMarker = QStringLiteral("games/.quorvelle/app.staged.json");
+const QStringList kSync{"sync"};
+const QString kStagedMarker = "games/.quorvelle/app.staged.json";
 
 struct FaultCase {
     const char* name;
@@ -56,7 +56,7 @@ TEST_P(FaultySync, TellsTheTruthAndIsMadeGoodByTheNext) {
         if (faulty.code == 0) {
             EXPECT_EQ(standing(sandbox), "build 2");
         }
-        if (faulty.err.contains(QStringLiteral("build activated, but could not record its id"))) {
+        if (faulty.err.contains("build activated, but could not record its id")) {
             // The one state that lasts until the channel moves on.
             EXPECT_EQ(sandbox.run(kSync).code, 3);
             EXPECT_EQ(standing(sandbox), "build 2");

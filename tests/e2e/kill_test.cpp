@@ -12,7 +12,7 @@ namespace {
 using ::testing::AnyOf;
 using ::testing::Values;
 
-const QStringList kSync{QStringLiteral("sync")};
+const QStringList kSync{"sync"};
 
 struct KillCase {
     const char* name;

@@ -1,22 +1,22 @@
 #include "support/cargo_world.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <QDir>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QMap>
 #include <QRegularExpression>
-#include <QUrl>
+#include <vector>
 
+#include "support/fake_builds.h"
 #include "support/faulty_run.h"
+#include "support/notation.h"
 #include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 
 namespace {
 
-using Files = QMap<QString, QByteArray>;
+using Files = std::vector<BuildFile>;
 
 constexpr int kLineBytes = 16;
 
@@ -25,40 +25,33 @@ QByteArray twoMebibytes(const char (&line)[kLineBytes + 1]) {
 }
 
 const Files& build1() {
-    static const Files files{{QStringLiteral("bin/same"), "same"},
-                             {QStringLiteral("data/big"), twoMebibytes("an old big line\n")},
-                             {QStringLiteral("data/deep/empty"), ""},
-                             {QStringLiteral("data/gone/old"), "removed"},
-                             {QStringLiteral("readme"), "one"}};
+    static const Files files{{"bin/same", "same"},
+                             {"data/big", twoMebibytes("an old big line\n")},
+                             {"data/deep/empty", ""},
+                             {"data/gone/old", "removed"},
+                             {"readme", "one"}};
     return files;
 }
 
 const Files& build2() {
-    static const Files files{{QStringLiteral("bin/new/added"), "added"},
-                             {QStringLiteral("bin/same"), "same"},
-                             {QStringLiteral("data/big"), twoMebibytes("a newer big one\n")},
-                             {QStringLiteral("data/deep/empty"), ""},
-                             {QStringLiteral("readme"), "two"}};
+    static const Files files{{"bin/new/added", "added"},
+                             {"bin/same", "same"},
+                             {"data/big", twoMebibytes("a newer big one\n")},
+                             {"data/deep/empty", ""},
+                             {"readme", "two"}};
     return files;
 }
 
 void writeFiles(const Sandbox& sandbox, const QString& folder, const Files& files) {
-    for (auto file = files.begin(); file != files.end(); ++file) {
-        sandbox.write(folder + u'/' + file.key(), file.value());
+    for (const auto& [path, bytes] : files) {
+        sandbox.write(folder + u'/' + path, bytes);
     }
-}
-
-QByteArray marker(const char* build) {
-    return QJsonDocument(QJsonObject{{QStringLiteral("schema_version"), 1},
-                                     {QStringLiteral("build"), QLatin1String(build)},
-                                     {QStringLiteral("channel"), QStringLiteral("stable")}})
-        .toJson();
 }
 
 QStringList treeOf(const Files& files) {
     QStringList lines;
-    for (auto file = files.begin(); file != files.end(); ++file) {
-        lines.append(file.key() + u'=' + QString::fromUtf8(file.value()));
+    for (const auto& [path, bytes] : files) {
+        lines.append(path + u'=' + QString::fromUtf8(bytes));
     }
     return lines;
 }
@@ -71,7 +64,7 @@ std::string holding(const Sandbox& sandbox, const QString& folder) {
     if (tree == treeOf(build2())) {
         return "build 2";
     }
-    if (tree == QStringList(QStringLiteral("(missing)"))) {
+    if (tree == QStringList("(missing)")) {
         return "nothing";
     }
     std::string text = "a mixture:";
@@ -83,9 +76,9 @@ std::string holding(const Sandbox& sandbox, const QString& folder) {
 
 /// Names in a folder. A save that was killed just before its rename leaves a temporary
 /// name with six random letters, which nothing reads; it is left out.
-QStringList namesIn(const Sandbox& sandbox, const char* folder) {
-    static const QRegularExpression lasting(QStringLiteral("^(?!.*\\.json\\.[A-Za-z]{6}$)"));
-    return QDir(sandbox.path(QLatin1String(folder)))
+QStringList namesIn(const Sandbox& sandbox, const QString& folder) {
+    static const QRegularExpression lasting("^(?!.*\\.json\\.[A-Za-z]{6}$)");
+    return QDir(sandbox.path(folder))
         .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
         .filter(lasting);
 }
@@ -93,44 +86,31 @@ QStringList namesIn(const Sandbox& sandbox, const char* folder) {
 }  // namespace
 
 CargoWorld::CargoWorld() {
-    server.onJson("GET", "/api/channels/stable", {{QStringLiteral("build"), QStringLiteral("b2")}});
-    QJsonArray entries;
-    for (auto file = build2().begin(); file != build2().end(); ++file) {
-        entries.append(QJsonObject{{QStringLiteral("path"), file.key()}});
-        server.onBytes(
-            "GET", "/api/builds/b2/files?path=" + QUrl::toPercentEncoding(file.key()).toStdString(),
-            file.value().toStdString());
-    }
-    server.onJson("GET", "/api/builds/b2", {{QStringLiteral("files"), entries}});
+    publish(server, "stable", "b2", build2());
 }
 
 void CargoWorld::prepare(const Sandbox& sandbox, Start start) const {
-    sandbox.writeConfig(
-        {{QStringLiteral("schema_version"), 2},
-         {QStringLiteral("subscriptions"),
-          QJsonArray{QJsonObject{{QStringLiteral("name"), QStringLiteral("app")},
-                                 {QStringLiteral("server"), server.url()},
-                                 {QStringLiteral("channel"), QStringLiteral("stable")},
-                                 {QStringLiteral("dir"), sandbox.path(QStringLiteral("games/app"))},
-                                 {QStringLiteral("token"), QStringLiteral("t")}}}}});
+    QJsonObject subscription = json("{'name': 'app', 'channel': 'stable', 'token': 't'}");
+    subscription["server"] = server.url();
+    subscription["dir"] = sandbox.path("games/app");
+    sandbox.writeConfig({{"schema_version", 2}, {"subscriptions", QJsonArray{subscription}}});
     if (start == Start::kNothing) {
         return;
     }
-    const QString state = start == Start::kLegacy ? QStringLiteral("games/app")
-                                                  : QStringLiteral("games/.quorvelle/app");
-    writeFiles(sandbox, QStringLiteral("games/app"), build1());
-    sandbox.write(state + QStringLiteral(".installed.json"), marker("b1"));
+    const QString state = start == Start::kLegacy ? "games/app" : "games/.quorvelle/app";
+    writeFiles(sandbox, "games/app", build1());
+    sandbox.write(state + ".installed.json", R"({"build": "b1", "channel": "stable"})");
     if (start == Start::kBuild1) {
         return;
     }
-    writeFiles(sandbox, state + QStringLiteral(".staging"), build2());
-    sandbox.write(state + QStringLiteral(".staged.json"), marker("b2"));
-    writeFiles(sandbox, state + QStringLiteral(".old"), {{QStringLiteral("sub/left"), "over"}});
+    writeFiles(sandbox, state + ".staging", build2());
+    sandbox.write(state + ".staged.json", R"({"build": "b2", "channel": "stable"})");
+    writeFiles(sandbox, state + ".old", {{"sub/left", "over"}});
 }
 
 std::string standing(const Sandbox& sandbox) {
-    const std::string installed = holding(sandbox, QStringLiteral("games/app"));
-    const std::string old = holding(sandbox, QStringLiteral("games/.quorvelle/app.old"));
+    const std::string installed = holding(sandbox, "games/app");
+    const std::string old = holding(sandbox, "games/.quorvelle/app.old");
     if (installed != "nothing" || old == "nothing") {
         return installed;
     }
@@ -138,31 +118,25 @@ std::string standing(const Sandbox& sandbox) {
 }
 
 std::string stagedFiles(const Sandbox& sandbox) {
-    return holding(sandbox, QStringLiteral("games/.quorvelle/app.staging"));
+    return holding(sandbox, "games/.quorvelle/app.staging");
 }
 
 void expectConvergence(Sandbox& sandbox, bool mayKeepOld) {
-    const Outcome sync = runFaulty(sandbox, {QStringLiteral("sync")}, {});
+    const Outcome sync = runFaulty(sandbox, {"sync"}, {});
     EXPECT_EQ(sync.code, 0) << sync.err.toStdString() << sync.out.toStdString();
     EXPECT_EQ(standing(sandbox), "build 2");
-    EXPECT_EQ(
-        QJsonDocument::fromJson(sandbox.read(QStringLiteral("games/.quorvelle/app.installed.json")))
-            .object()
-            .value(u"build")
-            .toString(),
-        QStringLiteral("b2"));
-    EXPECT_EQ(namesIn(sandbox, "games"),
-              QStringList({QStringLiteral(".quorvelle"), QStringLiteral("app")}));
+    const QJsonObject marker = json(sandbox.read("games/.quorvelle/app.installed.json"));
+    EXPECT_EQ(marker["build"].toString(), "b2");
+    EXPECT_EQ(namesIn(sandbox, "games"), QStringList({".quorvelle", "app"}));
     QStringList state = namesIn(sandbox, "games/.quorvelle");
     if (mayKeepOld) {
-        state.removeAll(QStringLiteral("app.old"));
+        state.removeAll("app.old");
     }
-    EXPECT_EQ(state, QStringList(QStringLiteral("app.installed.json")));
+    EXPECT_EQ(state, QStringList("app.installed.json"));
 
-    const Outcome again = runFaulty(sandbox, {QStringLiteral("sync")}, {});
+    const Outcome again = runFaulty(sandbox, {"sync"}, {});
     EXPECT_EQ(again.code, 0);
-    EXPECT_TRUE(again.out.endsWith(QStringLiteral("'app' is up to date (build b2)\n")))
-        << again.out.toStdString();
+    EXPECT_TRUE(again.out.endsWith("'app' is up to date (build b2)\n")) << again.out.toStdString();
 }
 
 }  // namespace quorvelle::testing

@@ -10,19 +10,18 @@ namespace {
 constexpr char kReport[] = "fault-report";
 
 void setUpShim(QProcessEnvironment& environment, const QString& report, Fault fault) {
-    environment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(FAULT_SHIM));
-    environment.insert(QStringLiteral("FAULT_REPORT"), report);
+    environment.insert("LD_PRELOAD", FAULT_SHIM);
+    environment.insert("FAULT_REPORT", report);
     if (fault.call > 0) {
-        environment.insert(QStringLiteral("FAULT_AT"), QString::number(fault.call));
+        environment.insert("FAULT_AT", QString::number(fault.call));
     }
     if (fault.error > 0) {
-        environment.insert(QStringLiteral("FAULT_ERRNO"), QString::number(fault.error));
+        environment.insert("FAULT_ERRNO", QString::number(fault.error));
     }
     // The address sanitizer then comes second, which it can live with; its search for
     // leaks would take longer than the run.
-    environment.insert(QStringLiteral("ASAN_OPTIONS"),
-                       environment.value(QStringLiteral("ASAN_OPTIONS")) +
-                           QStringLiteral(":verify_asan_link_order=0:detect_leaks=0"));
+    environment.insert("ASAN_OPTIONS", environment.value("ASAN_OPTIONS") +
+                                           ":verify_asan_link_order=0:detect_leaks=0");
 }
 
 }  // namespace
