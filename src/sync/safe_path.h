@@ -10,12 +10,7 @@ bool isSafeRelativePath(const QString& path);
 
 /// Whether the platform, too, would put such a path below the directory it is joined
 /// with, under exactly this name. POSIX refuses only the NUL character; Windows also
-/// what isWindowsSafePath refuses.
+/// drive letters, streams, device names, and trailing dots and blanks.
 bool staysInside(const QString& safePath);
-
-/// The rule for Windows, on every platform: no part holds a character that Windows
-/// reserves (a drive letter's or stream's ":" among them), ends in a dot or blank, or
-/// names a device ("NUL", "com1.txt").
-bool isWindowsSafePath(const QString& safePath);
 
 }  // namespace quorvelle
