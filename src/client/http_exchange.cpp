@@ -169,6 +169,8 @@ void HttpExchange::onReplyFinished() {
     if (!abortReason.isEmpty()) {
         conclude(abortReason);
     } else if (reply->error() != QNetworkReply::NoError) {
+        // The text alone does not tell a failure: it may be empty.
+        failed = true;
         conclude(reply->errorString());
     } else if (status >= 300) {
         if (target.isEmpty()) {
@@ -212,6 +214,7 @@ bool HttpExchange::isCutShort() const {
 
 void HttpExchange::conclude(const QString& failureReason) {
     failure = failureReason;
+    failed = failed || !failureReason.isEmpty();
     Q_EMIT finished();
 }
 

@@ -65,7 +65,7 @@ public:
     /// The rest is valid after finished().
 
     /// A reply of a status below 300 whose whole body arrived.
-    bool succeeded() const { return failure.isEmpty(); }
+    bool succeeded() const { return !failed; }
 
     /// The body of a reply that was not streamed.
     const QByteArray& bytes() const { return body; }
@@ -104,6 +104,7 @@ private:
     int redirects = 0;
     /// Why the exchange failed where the network layer does not say so itself.
     QString failure;
+    bool failed = false;
     QString abortReason;
 };
 

@@ -15,8 +15,8 @@ constexpr int kNewestBuildSchema = 1;
 
 /// The file's size where the manifest tells it.
 std::optional<qint64> sizeOf(const QJsonValue& entry) {
-    const QJsonValue size = entry.toObject().value(u"size");
-    return size.isDouble() ? std::optional(size.toInteger()) : std::nullopt;
+    const qint64 size = entry.toObject().value(u"size").toInteger(-1);
+    return size >= 0 ? std::optional(size) : std::nullopt;
 }
 
 QString pathOf(const QJsonValue& entry) {
