@@ -1,5 +1,6 @@
 #include "cli/command_table.h"
 
+#include "admin/build_commands.h"
 #include "admin/promote_command.h"
 #include "admin/push_command.h"
 #include "cli/config_command.h"
@@ -59,6 +60,27 @@ constexpr Command kCommands[] = {
      .handler = pushCommand,
      .summary = "publish a directory as a build and promote it into a channel",
      .usage = "  quorvelle push <dir> --channel <name> [--build <id>] [--server <url>]\n"},
+    {.words = "builds",
+     .handler = buildsCommand,
+     .summary = "list a server's builds",
+     .usage = "  quorvelle builds [--server <url>]\n"},
+    {.words = "build delete",
+     .handler = buildDeleteCommand,
+     .summary = "delete a build",
+     .usage = "  quorvelle build delete <id> [--server <url>]\n"},
+    {.words = "build disable",
+     .handler = buildDisableCommand,
+     .summary = "forbid promoting a build",
+     .usage = "  quorvelle build disable|enable <id> [--server <url>]\n"},
+    {.words = "build enable",
+     .handler = buildEnableCommand,
+     .summary = "allow promoting a build again",
+     .usage = ""},
+    {.words = "build",
+     .leastArguments = 1,
+     .handler = buildCommand,
+     .summary = "show one build and its files",
+     .usage = "  quorvelle build <id> [--server <url>]            show one build's files\n"},
     {.words = "promote",
      .handler = promoteCommand,
      .summary = "point a channel at a build",

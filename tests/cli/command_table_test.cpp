@@ -33,6 +33,11 @@ constexpr Source kSources[] = {
     {"server set-root", "cli/server_commands.cpp"},
     {"server set-token", "cli/server_commands.cpp"},
     {"push", "admin/push_command.cpp"},
+    {"builds", "admin/build_commands.cpp"},
+    {"build delete", "admin/build_commands.cpp"},
+    {"build disable", "admin/build_commands.cpp"},
+    {"build enable", "admin/build_commands.cpp"},
+    {"build", "admin/build_commands.cpp"},
     {"promote", "admin/promote_command.cpp"},
     {"sync", "sync/sync_command.cpp"},
     {"--version", "cli/version_command.cpp"},
@@ -65,7 +70,7 @@ std::set<std::string> optionsTaken(const QString& files) {
         EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
         const QString code = QString::fromUtf8(file.readAll());
         options.merge(captured(code, "\"(--[a-z][a-z-]*)\""));
-        if (code.contains("resolveServer(") || code.contains("takeServerOption(")) {
+        if (code.contains(QRegularExpression("(resolve|take|on)Server(Option)?\\("))) {
             options.insert("--server");
         }
     }

@@ -1,0 +1,91 @@
+#include "admin/build_commands.h"
+
+#include <QJsonArray>
+
+#include "admin/server_command.h"
+
+namespace quorvelle {
+
+namespace {
+
+QString disabledMark(const QJsonObject& build) {
+    return build.value(u"disabled").toBool() ? QStringLiteral("  [DISABLED]") : QString();
+}
+
+QString buildLine(const QJsonObject& build) {
+    const QString channels = joinedNames(build.value(u"channels"));
+    return QStringLiteral("  %1  %2  %3 files  %4 bytes")
+               .arg(build.value(u"build").toString(), build.value(u"created_at").toString(),
+                    wholeNumber(build.value(u"file_count")),
+                    wholeNumber(build.value(u"total_size"))) +
+           disabledMark(build) +
+           (channels.isEmpty() ? QString() : QStringLiteral("  <- ") + channels);
+}
+
+QString buildText(const QString& id, const QJsonObject& build) {
+    QString text =
+        QStringLiteral("Build ") + id + disabledMark(build) +
+        QStringLiteral("  created %1  %2 files, %3 bytes\non channels: %4\nfiles:\n")
+            .arg(build.value(u"created_at").toString(), wholeNumber(build.value(u"file_count")),
+                 wholeNumber(build.value(u"total_size")), namesOrNone(build.value(u"channels")));
+    for (const QJsonValue& value : build.value(u"files").toArray()) {
+        const QJsonObject file = value.toObject();
+        text += QStringLiteral("  %1  (%2 bytes)\n")
+                    .arg(file.value(u"path").toString(), wholeNumber(file.value(u"size")));
+    }
+    return text;
+}
+
+int setDisabled(QStringList args, bool disabled) {
+    return onServer(std::move(args), 1, [disabled](const QString& server, QStringList& rest) {
+        const QString& id = rest.first();
+        const Reply reply =
+            postEmpty(server, apiPath(QStringLiteral("/api/builds/%1/disabled"), id),
+                      disabled ? QStringLiteral("build disable") : QStringLiteral("build enable"),
+                      {{QStringLiteral("value"),
+                        disabled ? QStringLiteral("true") : QStringLiteral("false")}});
+        return finish(reply, QStringLiteral("Build '") + id +
+                                 (disabled ? QStringLiteral("' disabled (cannot be promoted)\n")
+                                           : QStringLiteral("' enabled\n")));
+    });
+}
+
+}  // namespace
+
+int buildsCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList&) {
+        const Reply reply =
+            getJson(server, QStringLiteral("/api/builds"), QStringLiteral("builds"));
+        return finish(reply, listing(QStringLiteral("No builds on ") + server,
+                                     QStringLiteral("Builds on %1:").arg(server),
+                                     reply.object.value(u"builds"), buildLine));
+    });
+}
+
+int buildCommand(QStringList args) {
+    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+        const QString& id = rest.first();
+        const Reply reply =
+            getJson(server, apiPath(QStringLiteral("/api/builds/%1"), id), QStringLiteral("build"));
+        return finish(reply, buildText(id, reply.object));
+    });
+}
+
+int buildDeleteCommand(QStringList args) {
+    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+        const QString& id = rest.first();
+        const Reply reply = deleteResource(server, apiPath(QStringLiteral("/api/builds/%1"), id),
+                                           QStringLiteral("build delete"));
+        return finish(reply, QStringLiteral("Build '") + id + QStringLiteral("' deleted\n"));
+    });
+}
+
+int buildDisableCommand(QStringList args) {
+    return setDisabled(std::move(args), true);
+}
+
+int buildEnableCommand(QStringList args) {
+    return setDisabled(std::move(args), false);
+}
+
+}  // namespace quorvelle

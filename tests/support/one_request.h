@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+#include "support/fake_server.h"
+#include "support/outcomes.h"
+
+namespace quorvelle::testing {
+
+/// Runs the commands of a table that make one request each, with the real program, and
+/// checks of each: the request as sent, the text, the reply as JSON, a refusal by the
+/// server and a run without a configured server. A row's cells:
+///
+///     words | METHOD target | body sent, in the notation of json(), or empty
+///           | the server's reply, in that notation | label of a failure | text
+///
+/// In the text "\n" ends a line and SERVER stands for the server's URL.
+void checkOneRequestCommands(const QString& table);
+
+/// Expects the usage text of each of the lines, with a server configured and no request.
+void checkUsageLines(const QString& lines);
+
+}  // namespace quorvelle::testing
