@@ -1,13 +1,10 @@
 #include "client/config_file.h"
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <QDir>
 #include <QJsonArray>
-#include <QSaveFile>
-#include <csignal>
 #include <thread>
 
 #include "client/config_document.h"
@@ -24,26 +21,6 @@ mode_t modeOf(const QString& path) {
     struct stat info = {};
     return ::stat(path.toUtf8().constData(), &info) == 0 ? info.st_mode & 07777U : 0;
 }
-
-/// Until the end of the scope every write to a file fails like one to a full disk.
-class NoRoomForFiles {
-public:
-    NoRoomForFiles() : handler(std::signal(SIGXFSZ, SIG_IGN)) {
-        ::getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit none = {0, before.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &none);
-    }
-    ~NoRoomForFiles() {
-        ::setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, handler);
-    }
-    NoRoomForFiles(const NoRoomForFiles&) = delete;
-    NoRoomForFiles& operator=(const NoRoomForFiles&) = delete;
-
-private:
-    void (*handler)(int);
-    rlimit before = {};
-};
 
 }  // namespace
 
@@ -128,29 +105,6 @@ TEST(ConfigFile, IsNotSavedWhereNoFolderCanBeMade) {
         EXPECT_FALSE(config::Change().save());
     }
     EXPECT_EQ(config.sandbox.tree("."), QStringList("file=kept"));
-}
-
-TEST(ConfigFile, StaysWholeWhenTheDiskIsFull) {
-    for (const char* bytes : {"{\"server\":\"old\"}", "corrupt"}) {
-        const TemporaryConfig config;
-        config.sandbox.write("config/config.json", bytes);
-        config.sandbox.write("plain", "old");
-        bool saved = true;
-        bool plainSaved = false;
-        {
-            const NoRoomForFiles full;
-            saved = config::save(json("{'server':'new'}"));
-            QSaveFile plain(config.sandbox.path("plain"));
-            plain.open(QIODevice::WriteOnly);
-            plain.write("new");
-            plainSaved = plain.commit();
-        }
-        EXPECT_FALSE(saved);
-        // The framework's own save-file reports success and leaves an empty file.
-        EXPECT_TRUE(plainSaved);
-        EXPECT_EQ(config.sandbox.tree("."),
-                  QStringList({QString("config/config.json=") + bytes, "plain="}));
-    }
 }
 
 TEST(ConfigChange, LosesNothingOfFiftyCommandsAtOnce) {
