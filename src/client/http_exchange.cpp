@@ -212,9 +212,9 @@ bool HttpExchange::isCutShort() const {
     return expectedLength && *expectedLength != taken && !reply->hasRawHeader("Content-Length");
 }
 
-void HttpExchange::conclude(const QString& failureReason) {
-    failure = failureReason;
-    failed = failed || !failureReason.isEmpty();
+void HttpExchange::conclude(const QString& reason) {
+    failure = reason;
+    failed = failed || !reason.isEmpty();
     Q_EMIT finished();
 }
 
@@ -222,11 +222,14 @@ QJsonObject HttpExchange::object() const {
     return QJsonDocument::fromJson(body).object();
 }
 
+QString HttpExchange::failureReason() const {
+    const QJsonValue own = object().value(u"error");
+    return own.isString() ? own.toString() : failure;
+}
+
 QString HttpExchange::failureText(const QString& context) const {
     const QString code = status > 0 ? QStringLiteral(" (HTTP %1)").arg(status) : QString();
-    const QJsonValue own = object().value(u"error");
-    return context + QStringLiteral(" failed") + code + QStringLiteral(": ") +
-           (own.isString() ? own.toString() : failure);
+    return context + QStringLiteral(" failed") + code + QStringLiteral(": ") + failureReason();
 }
 
 }  // namespace quorvelle

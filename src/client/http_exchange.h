@@ -73,8 +73,11 @@ public:
     /// The same as a JSON object; empty when it is none.
     QJsonObject object() const;
 
+    /// Why an exchange failed: the server's own "error" text, else the network error.
+    QString failureReason() const;
+
     /// The text of a failed exchange for the user: "<context> failed", the HTTP status
-    /// when there is one, and the server's own "error" text or the network error.
+    /// when there is one, and the reason.
     QString failureText(const QString& context) const;
 
 Q_SIGNALS:
@@ -84,7 +87,7 @@ private:
     void send();
     void readAvailable();
     void onReplyFinished();
-    void conclude(const QString& failureReason);
+    void conclude(const QString& reason);
     bool followRedirect(const QUrl& target);
     bool decode(const QByteArray& bytes);
     bool take(const QByteArray& bytes);

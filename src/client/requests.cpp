@@ -30,8 +30,10 @@ QNetworkAccessManager& networkManager() {
     return *manager;
 }
 
-Reply call(HttpRequest request, const QString& label) {
-    request.token = requestToken();
+Reply call(HttpRequest request, const QString& label, Bearer bearer = Bearer::kToken) {
+    if (bearer == Bearer::kToken) {
+        request.token = requestToken();
+    }
     HttpExchange exchange(networkManager(), std::move(request));
     QEventLoop loop;
     QObject::connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
@@ -64,9 +66,9 @@ Reply postJson(const QString& server, const QString& path, const QString& label,
 }
 
 Reply postEmpty(const QString& server, const QString& path, const QString& label,
-                const QueryItems& query) {
+                const QueryItems& query, Bearer bearer) {
     return call({.method = "POST", .url = apiUrl(server, path, query), .contentType = kBytes},
-                label);
+                label, bearer);
 }
 
 Reply putJson(const QString& server, const QString& path, const QString& label,

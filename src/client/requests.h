@@ -29,9 +29,13 @@ Reply getJson(const QString& server, const QString& path, const QString& label);
 Reply postJson(const QString& server, const QString& path, const QString& label,
                const QJsonObject& body);
 
+/// Whether a request carries the bearer token. None is for a server that is yet to give
+/// its own, which must not be shown the token of another one.
+enum class Bearer { kToken, kNone };
+
 /// Sends an empty body of type application/octet-stream.
 Reply postEmpty(const QString& server, const QString& path, const QString& label,
-                const QueryItems& query = {});
+                const QueryItems& query = {}, Bearer bearer = Bearer::kToken);
 
 /// Sends the object as compact JSON.
 Reply putJson(const QString& server, const QString& path, const QString& label,
