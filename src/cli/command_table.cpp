@@ -1,6 +1,7 @@
 #include "cli/command_table.h"
 
 #include "admin/build_commands.h"
+#include "admin/channel_commands.h"
 #include "admin/promote_command.h"
 #include "admin/push_command.h"
 #include "cli/config_command.h"
@@ -81,6 +82,22 @@ constexpr Command kCommands[] = {
      .handler = buildCommand,
      .summary = "show one build and its files",
      .usage = "  quorvelle build <id> [--server <url>]            show one build's files\n"},
+    {.words = "channels",
+     .handler = channelsCommand,
+     .summary = "list a server's channels",
+     .usage = "  quorvelle channels [--server <url>]\n"},
+    {.words = "channel create",
+     .handler = channelCreateCommand,
+     .summary = "create a channel",
+     .usage = "  quorvelle channel create <name> [--server <url>]\n"},
+    {.words = "channel delete",
+     .handler = channelDeleteCommand,
+     .summary = "delete a channel, keeping its builds",
+     .usage = "  quorvelle channel delete <name> [--server <url>]\n"},
+    {.words = "channel public",
+     .handler = channelPublicCommand,
+     .summary = "let everybody read a channel, or no longer",
+     .usage = "  quorvelle channel public <name> true|false [--server <url>]\n"},
     {.words = "promote",
      .handler = promoteCommand,
      .summary = "point a channel at a build",

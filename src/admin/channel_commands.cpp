@@ -1,0 +1,76 @@
+#include "admin/channel_commands.h"
+
+#include "admin/server_command.h"
+#include "cli/console/usage.h"
+
+namespace quorvelle {
+
+namespace {
+
+QString channelLine(const QJsonObject& channel) {
+    const QString name = QStringLiteral("  ") + channel.value(u"channel").toString();
+    const QString build = channel.value(u"build").toString();
+    if (build.isEmpty()) {
+        return name + QStringLiteral(" (no build yet)");
+    }
+    const QString sizes = channel.contains(u"file_count")
+                              ? QStringLiteral("  (%1 files, %2 bytes)")
+                                    .arg(wholeNumber(channel.value(u"file_count")),
+                                         wholeNumber(channel.value(u"total_size")))
+                              : QString();
+    return name + QStringLiteral(" -> build ") + build + sizes + QStringLiteral("  promoted ") +
+           channel.value(u"promoted_at").toString();
+}
+
+}  // namespace
+
+int channelsCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList&) {
+        const Reply reply =
+            getJson(server, QStringLiteral("/api/channels"), QStringLiteral("channels"));
+        return finish(reply, listing(QStringLiteral("No channels on ") + server,
+                                     QStringLiteral("Channels on %1:").arg(server),
+                                     reply.object.value(u"channels"), channelLine));
+    });
+}
+
+int channelCreateCommand(QStringList args) {
+    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+        const QString& name = rest.first();
+        const Reply reply = postEmpty(server, apiPath(QStringLiteral("/api/channels/%1"), name),
+                                      QStringLiteral("channel create"));
+        return finish(reply, QStringLiteral("Created channel '%1' on %2\n").arg(name, server));
+    });
+}
+
+int channelDeleteCommand(QStringList args) {
+    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+        const QString& name = rest.first();
+        const Reply reply =
+            deleteResource(server, apiPath(QStringLiteral("/api/channels/%1"), name),
+                           QStringLiteral("channel delete"));
+        return finish(reply,
+                      QStringLiteral("Channel '%1' deleted (unassigned from %2 group(s); builds "
+                                     "retained)\n")
+                          .arg(name, wholeNumber(reply.object.value(u"unassigned_from_groups"))));
+    });
+}
+
+int channelPublicCommand(QStringList args) {
+    return onServer(std::move(args), 2, [](const QString& server, QStringList& rest) {
+        const QString& name = rest.first();
+        const QString& value = rest.last();
+        const bool isPublic = value == QStringLiteral("true");
+        if (!isPublic && value != QStringLiteral("false")) {
+            return printUsage();
+        }
+        const Reply reply =
+            postEmpty(server, apiPath(QStringLiteral("/api/channels/%1/public"), name),
+                      QStringLiteral("channel public"), {{QStringLiteral("value"), value}});
+        return finish(reply, QStringLiteral("Channel '%1' is now %2\n")
+                                 .arg(name, isPublic ? QStringLiteral("public (anonymous read)")
+                                                     : QStringLiteral("private")));
+    });
+}
+
+}  // namespace quorvelle
