@@ -3,6 +3,7 @@
 #include <QJsonArray>
 #include <QJsonValue>
 
+#include "cli/console/arguments.h"
 #include "cli/console/exit_code.h"
 #include "cli/console/output.h"
 #include "cli/console/usage.h"
@@ -19,6 +20,18 @@ int onServer(QStringList args, qsizetype positionals, const ServerWork& work) {
     return onServer(std::move(args), [&](const QString& server, QStringList& rest) {
         return rest.size() == positionals ? work(server, rest) : printUsage();
     });
+}
+
+std::optional<QString> takeGiven(QStringList& args, const QString& name) {
+    const qsizetype before = args.size();
+    const QString value = takeOption(args, name);
+    return args.size() == before ? std::nullopt : std::optional(value);
+}
+
+void addGiven(QueryItems& query, const QString& key, const std::optional<QString>& value) {
+    if (value) {
+        query.append({key, *value});
+    }
 }
 
 int finish(const Reply& reply, const QString& text) {
@@ -44,6 +57,10 @@ QString namesOrNone(const QJsonValue& names) {
 
 QString wholeNumber(const QJsonValue& value) {
     return QString::number(value.toInteger());
+}
+
+QString idText(const QJsonValue& value) {
+    return value.isDouble() ? wholeNumber(value) : value.toString();
 }
 
 QString listing(const QString& none, const QString& heading, const QJsonValue& objects,

@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <optional>
 
 #include "client/requests.h"
 
@@ -22,6 +23,13 @@ int onServer(QStringList args, const ServerWork& work);
 /// `positionals` prints the usage instead.
 int onServer(QStringList args, qsizetype positionals, const ServerWork& work);
 
+/// Takes an option (takeOption) that may be absent or may be given an empty value, which
+/// are not the same: nothing, or the value.
+std::optional<QString> takeGiven(QStringList& args, const QString& name);
+
+/// Appends the query item when there is a value for it.
+void addGiven(QueryItems& query, const QString& key, const std::optional<QString>& value);
+
 /// Ends a command with its last request: prints the reply's object in JSON mode, else
 /// the text, which ends with its own line end. A failed request has printed its
 /// message, and the text is not used.
@@ -35,6 +43,9 @@ QString namesOrNone(const QJsonValue& names);
 
 /// A JSON number as a whole decimal number, up to 64 bits; "0" when it is none.
 QString wholeNumber(const QJsonValue& value);
+
+/// The id of a thing, which servers give as a string or as a number; "" when it is neither.
+QString idText(const QJsonValue& value);
 
 /// The text of a listing: `none` for an empty array, else the heading and the line of
 /// each object. None of the parts carries a line end.

@@ -1,0 +1,113 @@
+#include "admin/access_request_commands.h"
+
+#include "admin/invite.h"
+#include "admin/server_command.h"
+#include "cli/console/arguments.h"
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+#include "client/addresses.h"
+
+namespace quorvelle {
+
+namespace {
+
+QString requestLine(const QJsonObject& request) {
+    QString line =
+        QStringLiteral("  %1  %2  %3  %4")
+            .arg(idText(request.value(u"id")), request.value(u"name").toString(),
+                 request.value(u"email").toString(), request.value(u"created_at").toString());
+    if (request.value(u"user_exists").toBool()) {
+        line += QStringLiteral("  (user exists)");
+    }
+    // Indented in all its lines, a stranger's message cannot pass for a further request.
+    const QString indent = QStringLiteral("\n      ");
+    const QString message = request.value(u"message").toString();
+    return message.isEmpty() ? line : line + indent + QString(message).replace(u'\n', indent);
+}
+
+QString mailText(const QString& server, const QJsonObject& invite) {
+    const QString code = invite.value(u"code").toString();
+    return QStringLiteral(
+               "You have access to the Quorvelle server %1\n\n"
+               "Install the client from %2, start it, choose \"Join with invite\",\n"
+               "and paste:\n\n  %1\n  %3\n\n"
+               "or in a terminal:  %4\n\n"
+               "The invite expires %5\n")
+        .arg(server, kDownloads, code, joinCommandLine(server, code),
+             invite.value(u"expires_at").toString());
+}
+
+QString refusalText(const QString& server, const Answer& answer) {
+    if (answer.status == 0) {
+        return QStringLiteral("could not reach %1").arg(server);
+    }
+    const QString reason = answer.object.value(u"error").toString();
+    return reason.isEmpty() ? QStringLiteral("request failed (HTTP %1)").arg(answer.status)
+                            : reason;
+}
+
+}  // namespace
+
+int requestAccessCommand(QStringList args) {
+    const QString name = takeOption(args, QStringLiteral("--name"));
+    const QString email = takeOption(args, QStringLiteral("--email"));
+    const QString message = takeOption(args, QStringLiteral("--message"));
+    if (args.size() != 1 || name.isEmpty() || email.isEmpty()) {
+        return printUsage();
+    }
+    const QString server = withoutTrailingSlashes(args.first());
+    const Answer answer = postJsonAs({}, server, QStringLiteral("/api/access-requests"),
+                                     {{QStringLiteral("name"), name},
+                                      {QStringLiteral("email"), email},
+                                      {QStringLiteral("message"), message}});
+    if (!answer.ok) {
+        printError(refusalText(server, answer));
+    }
+    return finish({answer.object, answer.ok},
+                  QStringLiteral("Request sent to %1. An admin will send your invite to %2\n")
+                      .arg(server, email));
+}
+
+int requestsCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList&) {
+        const Reply reply =
+            getJson(server, QStringLiteral("/api/access-requests"), QStringLiteral("requests"));
+        return finish(reply, listing(QStringLiteral("No pending access requests on ") + server,
+                                     QStringLiteral("Pending access requests on %1:").arg(server),
+                                     reply.object.value(u"requests"), requestLine));
+    });
+}
+
+int requestApproveCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+        const InviteTerms terms = takeInviteTerms(rest);
+        if (rest.size() != 1) {
+            return printUsage();
+        }
+        if (!terms.check()) {
+            return kExitUsage;
+        }
+        QueryItems query;
+        terms.addTo(query);
+        const Reply reply = postEmpty(
+            server, apiPath(QStringLiteral("/api/access-requests/%1/approve"), rest.first()),
+            QStringLiteral("request approve"), query);
+        return finish(reply, QStringLiteral("Approved. Send this to %1 (the code is shown only "
+                                            "once):\n\n%2")
+                                 .arg(reply.object.value(u"email").toString(),
+                                      mailText(server, reply.object)));
+    });
+}
+
+int requestDeclineCommand(QStringList args) {
+    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+        const QString& id = rest.first();
+        const Reply reply =
+            deleteResource(server, apiPath(QStringLiteral("/api/access-requests/%1"), id),
+                           QStringLiteral("request decline"));
+        return finish(reply, QStringLiteral("Declined %1\n").arg(id));
+    });
+}
+
+}  // namespace quorvelle

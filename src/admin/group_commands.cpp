@@ -1,0 +1,66 @@
+#include "admin/group_commands.h"
+
+#include "admin/membership.h"
+#include "admin/server_command.h"
+
+namespace quorvelle {
+
+namespace {
+
+QString groupLine(const QJsonObject& group) {
+    return QStringLiteral("  %1  channels: [%2]  members: [%3]")
+               .arg(group.value(u"name").toString(), joinedNames(group.value(u"channels")),
+                    joinedNames(group.value(u"members"))) +
+           (group.value(u"sso_managed").toBool() ? QStringLiteral("  (managed by SSO)")
+                                                 : QString());
+}
+
+MembershipChange ofChannel(const QString& label, const QString& text) {
+    return {QStringLiteral("/api/groups/%1/channels"), QStringLiteral("channel"), label, text};
+}
+
+}  // namespace
+
+int groupsCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList&) {
+        const Reply reply =
+            getJson(server, QStringLiteral("/api/groups"), QStringLiteral("groups"));
+        return finish(reply, listing(QStringLiteral("No groups on ") + server,
+                                     QStringLiteral("Groups on %1:").arg(server),
+                                     reply.object.value(u"groups"), groupLine));
+    });
+}
+
+int groupCreateCommand(QStringList args) {
+    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+        const QString& name = rest.first();
+        const Reply reply = postEmpty(server, apiPath(QStringLiteral("/api/groups/%1"), name),
+                                      QStringLiteral("group create"));
+        return finish(reply, QStringLiteral("Group '%1' created on %2\n").arg(name, server));
+    });
+}
+
+int groupDeleteCommand(QStringList args) {
+    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+        const QString& name = rest.first();
+        const Reply reply = deleteResource(server, apiPath(QStringLiteral("/api/groups/%1"), name),
+                                           QStringLiteral("group delete"));
+        return finish(reply,
+                      QStringLiteral("Group '%1' deleted (removed from %2 user(s))\n")
+                          .arg(name, wholeNumber(reply.object.value(u"removed_from_users"))));
+    });
+}
+
+int groupAssignChannelCommand(QStringList args) {
+    return addMember(std::move(args),
+                     ofChannel(QStringLiteral("assign-channel"),
+                               QStringLiteral("Group '%1' now follows channel '%2'")));
+}
+
+int groupUnassignChannelCommand(QStringList args) {
+    return removeMember(std::move(args),
+                        ofChannel(QStringLiteral("unassign-channel"),
+                                  QStringLiteral("Group '%1' no longer follows channel '%2'")));
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,68 @@
+#include "admin/invite_commands.h"
+
+#include "admin/invite.h"
+#include "admin/server_command.h"
+#include "cli/console/exit_code.h"
+#include "cli/console/usage.h"
+
+namespace quorvelle {
+
+namespace {
+
+QString inviteLine(const QJsonObject& invite) {
+    const QString id = idText(invite.value(u"id"));
+    return QStringLiteral("  %1  %2  groups: [%3]  expires %4")
+               .arg(id.isEmpty() ? idText(invite.value(u"code")) : id,
+                    invite.value(u"user").toString(), joinedNames(invite.value(u"groups")),
+                    invite.value(u"expires_at").toString()) +
+           (invite.value(u"expired").toBool() ? QStringLiteral("  (EXPIRED)") : QString());
+}
+
+QString createdText(const QString& server, const QString& user, const QJsonObject& invite) {
+    const QString code = invite.value(u"code").toString();
+    return QStringLiteral(
+               "Invite for '%1' (expires %2). The code is shown only once:\n\n  %3\n\n"
+               "They join with:\n  %4\n")
+        .arg(user, invite.value(u"expires_at").toString(), code, joinCommandLine(server, code));
+}
+
+}  // namespace
+
+int inviteCreateCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+        const InviteTerms terms = takeInviteTerms(rest);
+        if (rest.size() != 1) {
+            return printUsage();
+        }
+        if (!terms.check()) {
+            return kExitUsage;
+        }
+        const QString& user = rest.first();
+        QueryItems query = {{QStringLiteral("user"), user}};
+        terms.addTo(query);
+        const Reply reply = postEmpty(server, QStringLiteral("/api/invites"),
+                                      QStringLiteral("invite create"), query);
+        return finish(reply, createdText(server, user, reply.object));
+    });
+}
+
+int inviteRevokeCommand(QStringList args) {
+    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+        const QString& id = rest.first();
+        const Reply reply = deleteResource(server, apiPath(QStringLiteral("/api/invites/%1"), id),
+                                           QStringLiteral("invite revoke"));
+        return finish(reply, QStringLiteral("Invite '%1' revoked\n").arg(id));
+    });
+}
+
+int invitesCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList&) {
+        const Reply reply =
+            getJson(server, QStringLiteral("/api/invites"), QStringLiteral("invites"));
+        return finish(reply, listing(QStringLiteral("No outstanding invites on ") + server,
+                                     QStringLiteral("Outstanding invites on %1:").arg(server),
+                                     reply.object.value(u"invites"), inviteLine));
+    });
+}
+
+}  // namespace quorvelle

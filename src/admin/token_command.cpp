@@ -1,0 +1,26 @@
+#include "admin/token_command.h"
+
+#include "admin/server_command.h"
+#include "cli/console/arguments.h"
+#include "cli/console/usage.h"
+
+namespace quorvelle {
+
+int tokenCreateCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+        const QString user = takeOption(rest, QStringLiteral("--user"));
+        if (rest.size() != 1 || user.isEmpty()) {
+            return printUsage();
+        }
+        const QString& name = rest.first();
+        const Reply reply =
+            postEmpty(server, apiPath(QStringLiteral("/api/users/%1/tokens"), user),
+                      QStringLiteral("token create"), {{QStringLiteral("name"), name}});
+        return finish(reply,
+                      QStringLiteral("Token '%1' created for service account '%2'. Save it now - "
+                                     "it is shown only once:\n\n  %3\n")
+                          .arg(name, user, reply.object.value(u"token").toString()));
+    });
+}
+
+}  // namespace quorvelle
