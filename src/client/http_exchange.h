@@ -73,6 +73,9 @@ public:
     /// The same as a JSON object; empty when it is none.
     QJsonObject object() const;
 
+    /// The HTTP status of the reply, 0 when none arrived.
+    int statusCode() const { return status; }
+
     /// Why an exchange failed: the server's own "error" text, else the network error.
     QString failureReason() const;
 

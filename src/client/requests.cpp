@@ -30,15 +30,19 @@ QNetworkAccessManager& networkManager() {
     return *manager;
 }
 
+void await(HttpExchange& exchange) {
+    QEventLoop loop;
+    QObject::connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
+    exchange.start();
+    loop.exec();
+}
+
 Reply call(HttpRequest request, const QString& label, Bearer bearer = Bearer::kToken) {
     if (bearer == Bearer::kToken) {
         request.token = requestToken();
     }
     HttpExchange exchange(networkManager(), std::move(request));
-    QEventLoop loop;
-    QObject::connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
-    exchange.start();
-    loop.exec();
+    await(exchange);
     if (!exchange.succeeded()) {
         printError(exchange.failureText(label));
         return {};
@@ -63,6 +67,17 @@ Reply postJson(const QString& server, const QString& path, const QString& label,
                  .contentType = kJson,
                  .body = compact(body)},
                 label);
+}
+
+Answer postJsonAs(const QString& token, const QString& server, const QString& path,
+                  const QJsonObject& body) {
+    HttpExchange exchange(networkManager(), {.method = "POST",
+                                             .url = apiUrl(server, path),
+                                             .token = token,
+                                             .contentType = kJson,
+                                             .body = compact(body)});
+    await(exchange);
+    return {exchange.object(), exchange.statusCode(), exchange.succeeded()};
 }
 
 Reply postEmpty(const QString& server, const QString& path, const QString& label,

@@ -29,6 +29,19 @@ Reply getJson(const QString& server, const QString& path, const QString& label);
 Reply postJson(const QString& server, const QString& path, const QString& label,
                const QJsonObject& body);
 
+/// What came of a request whose failure the command words itself; nothing was printed.
+struct Answer {
+    /// The reply's JSON object, also that of a refusal.
+    QJsonObject object = {};
+    /// The HTTP status of the reply, 0 when none arrived.
+    int status = 0;
+    bool ok = false;
+};
+
+/// Sends the object as compact JSON with the given bearer token; an empty one sends none.
+Answer postJsonAs(const QString& token, const QString& server, const QString& path,
+                  const QJsonObject& body);
+
 /// Whether a request carries the bearer token. None is for a server that is yet to give
 /// its own, which must not be shown the token of another one.
 enum class Bearer { kToken, kNone };
