@@ -30,8 +30,16 @@ constexpr Source kSources[] = {
     {"subscriptions", "cli/subscription_commands.cpp"},
     {"subscription set-interval", "cli/subscription_commands.cpp"},
     {"subscription set-self-heal", "cli/subscription_commands.cpp"},
+    {"backups", "admin/backup_commands.cpp admin/bucket_options.cpp"},
+    {"backup schedule", "admin/backup_commands.cpp admin/bucket_options.cpp"},
+    {"backup init", "admin/backup_commands.cpp admin/bucket_options.cpp"},
+    {"backup forget", "admin/backup_commands.cpp admin/bucket_options.cpp"},
+    {"sso", "admin/sso_commands.cpp admin/sso_map_command.cpp"},
+    {"storage", "admin/storage_commands.cpp admin/bucket_options.cpp"},
+    {"backup", "admin/backup_commands.cpp admin/bucket_options.cpp"},
     {"server set-root", "cli/server_commands.cpp"},
     {"server set-token", "cli/server_commands.cpp"},
+    {"server-version", "admin/version_info_command.cpp"},
     {"push", "admin/push_command.cpp"},
     {"builds", "admin/build_commands.cpp"},
     {"build delete", "admin/build_commands.cpp"},
@@ -63,6 +71,9 @@ constexpr Source kSources[] = {
     {"requests", "admin/access_request_commands.cpp admin/invite.cpp"},
     {"request approve", "admin/access_request_commands.cpp admin/invite.cpp"},
     {"request decline", "admin/access_request_commands.cpp admin/invite.cpp"},
+    {"license request-trial", "admin/license_commands.cpp"},
+    {"license", "admin/license_commands.cpp"},
+    {"cloud portal", "admin/license_commands.cpp"},
     {"group create", "admin/group_commands.cpp"},
     {"group assign-channel", "admin/group_commands.cpp"},
     {"group unassign-channel", "admin/group_commands.cpp"},
@@ -137,7 +148,7 @@ TEST(CommandTable, KnowsNothingElse) {
          {"Config", "configs", "subscription", "subscription rename x", "subscription Set-Interval",
           "server", "server set-root", "server set-root url", "server set-root url path more",
           "server set-token url", "server set-token url token more", "set-root url path",
-          "channel rename x", "build", "--help", "", "subscription set-interval-x"}) {
+          "channel rename x", "build", "cloud", "--help", "", "subscription set-interval-x"}) {
         SCOPED_TRACE(line);
         EXPECT_EQ(findCommand(QString(line).split(u' '), commandTable()), nullptr);
     }
