@@ -7,6 +7,9 @@
 #include "cli/server_commands.h"
 #include "cli/subscription_commands.h"
 #include "cli/version_command.h"
+#include "sync/join_command.h"
+#include "sync/login_command.h"
+#include "sync/reconcile_command.h"
 #include "sync/sync_command.h"
 
 namespace quorvelle {
@@ -85,6 +88,18 @@ constexpr Command kCommands[] = {
      .handler = promoteCommand,
      .summary = "point a channel at a build",
      .usage = "  quorvelle promote <channel> (<build-id> | --from <channel>) [--server <url>]\n"},
+    {.words = "login",
+     .handler = loginCommand,
+     .summary = "sign in to a server through the browser",
+     .usage = "  quorvelle login <server> [--install-root <path>] [--no-browser]\n"},
+    {.words = "join",
+     .handler = joinCommand,
+     .summary = "redeem an invite and follow the assigned channels",
+     .usage = "  quorvelle join <server> <code> [--install-root <path>] [--machine <name>]\n"},
+    {.words = "reconcile",
+     .handler = reconcileCommand,
+     .summary = "match the subscriptions with what the joined servers assign",
+     .usage = "  quorvelle reconcile\n"},
     {.words = "sync",
      .handler = syncCommand,
      .summary = "bring install directories to their channels' builds",
