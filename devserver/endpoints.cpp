@@ -120,19 +120,10 @@ Reply showVersion(const Call&) {
                        {"schema_version", 1}};
 }
 
-Reply showCaller(const Call&) {
-    return QJsonObject{{"user", "dev"},
-                       {"name", "dev"},
-                       {"role", "admin"},
-                       {"groups", QJsonArray()},
-                       {"channels", QJsonArray()}};
-}
-
 }  // namespace
 
 void addEndpoints(Router& router, Service& s) {
     router.add("GET", "api/version", showVersion, Router::Access::kOpen);
-    router.add("GET", "api/me", showCaller);
 
     router.add("GET", "api/builds", [&s](const Call&) { return listBuilds(s); });
     router.add("GET", "api/builds/*", [&s](const Call& call) { return showBuild(call, s); });

@@ -9,9 +9,11 @@
 
 #include "endpoints.h"
 #include "options.h"
+#include "people_endpoints.h"
 #include "request_log.h"
 #include "router.h"
 #include "service.h"
+#include "sign_in.h"
 #include "tide/engine.h"
 #include "tide_endpoints.h"
 
@@ -99,9 +101,11 @@ int run(const Options& options) {
     if (const auto error = service.open(options.tideChannels)) {
         return fail(kCannotServe, *error);
     }
-    Router router;
+    Router router([&service](const QString& token) { return service.people.callerOf(token); });
     addEndpoints(router, service);
     addTideEndpoints(router, service);
+    addPeopleEndpoints(router, service.people);
+    addSignInEndpoints(router, service.people);
 
     RequestLog log;
     httplib::Server server;

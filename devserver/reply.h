@@ -18,7 +18,17 @@ struct FileBytes {
     QString path;
 };
 
+/// A page for a browser.
+struct Page {
+    QString html;
+};
+
+/// Sends a browser to another URL.
+struct Redirect {
+    QString url;
+};
+
 /// What a request is answered with; a JSON object goes out with status 200.
-using Reply = std::variant<QJsonObject, FileBytes, Refusal>;
+using Reply = std::variant<QJsonObject, FileBytes, Refusal, Page, Redirect>;
 
 }  // namespace quorvelle::devserver

@@ -1,5 +1,6 @@
 #include "router.h"
 
+#include <QJsonDocument>
 #include <algorithm>
 #include <utility>
 
@@ -11,16 +12,13 @@ namespace {
 
 // Spelled so that it also takes in the line breaks "." leaves out.
 constexpr char kAnyPath[] = "[\\s\\S]*";
+constexpr qsizetype kMostJsonBytes = 65536;
 
 bool matches(const QStringList& pattern, const QStringList& segments) {
     return std::equal(pattern.begin(), pattern.end(), segments.begin(), segments.end(),
                       [](const QString& expected, const QString& segment) {
                           return expected == "*" ? !segment.isEmpty() : expected == segment;
                       });
-}
-
-bool isAuthorized(const httplib::Request& request) {
-    return request.get_header_value("Authorization") == std::string("Bearer ") + kToken;
 }
 
 /// Gives what the library turns down by itself the form of every other error.
@@ -53,6 +51,17 @@ bool RequestBody::read(const Taker& take) {
     return (*reader_)(receiver);
 }
 
+QJsonObject jsonBody(const Call& call) {
+    QByteArray bytes;
+    const bool complete = call.body.read([&bytes](const char* data, size_t size) {
+        if (bytes.size() <= kMostJsonBytes) {
+            bytes.append(data, static_cast<qsizetype>(size));
+        }
+    });
+    return complete && bytes.size() <= kMostJsonBytes ? QJsonDocument::fromJson(bytes).object()
+                                                      : QJsonObject();
+}
+
 void Router::add(const std::string& method, const QString& pattern, Endpoint endpoint,
                  Access access) {
     routes_.push_back({method, pattern.split('/'), std::move(endpoint), access});
@@ -83,6 +92,15 @@ void Router::attach(httplib::Server& server) const {
         });
 }
 
+std::optional<Caller> Router::callerOf(const httplib::Request& request) const {
+    const QString header = QString::fromStdString(request.get_header_value("Authorization"));
+    if (!header.startsWith("Bearer ")) {
+        return std::nullopt;
+    }
+    const QString token = header.section(' ', 1);
+    return token == kToken ? Caller{kAdministrator, true} : identify_(token);
+}
+
 Reply Router::answer(const httplib::Request& request, RequestBody& body) const {
     const auto target = parseTarget(request.target);
     const auto route = std::find_if(routes_.begin(), routes_.end(), [&](const Route& candidate) {
@@ -90,7 +108,8 @@ Reply Router::answer(const httplib::Request& request, RequestBody& body) const {
                matches(candidate.pattern, target->segments);
     });
     const bool isOpen = route != routes_.end() && route->access == Access::kOpen;
-    if (!isOpen && !isAuthorized(request)) {
+    const auto caller = callerOf(request);
+    if (!isOpen && !caller) {
         return Refusal{401, "a valid bearer token is required"};
     }
     if (!target) {
@@ -100,10 +119,13 @@ Reply Router::answer(const httplib::Request& request, RequestBody& body) const {
         return Refusal{404, QString("no such endpoint: %1 /%2")
                                 .arg(request.method.c_str(), target->segments.join('/'))};
     }
+    if (route->access == Access::kAdmin && !caller->isAdmin) {
+        return Refusal{403, "only an administrator may do this"};
+    }
     const qsizetype star = route->pattern.indexOf("*");
     const QString name = star < 0 ? QString() : target->segments[star];
     const QString host = QString::fromStdString(request.get_header_value("Host"));
-    return route->endpoint({name, target->query, host, body});
+    return route->endpoint({name, target->query, host, caller.value_or(Caller()), body});
 }
 
 }  // namespace quorvelle::devserver

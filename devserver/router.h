@@ -6,14 +6,23 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "reply.h"
 
 namespace quorvelle::devserver {
 
-/// The token every request to a closed endpoint has to carry.
+/// The token of the administrator that every data folder knows, and his name.
 inline constexpr char kToken[] = "dev";
+inline constexpr char kAdministrator[] = "dev";
+
+/// Who sent a request.
+struct Caller {
+    QString name;
+    bool isAdmin = false;
+};
 
 /// Hands out a request's body piece by piece, so that its size costs no
 /// memory. Lives no longer than the handling of the request.
@@ -39,21 +48,31 @@ private:
 };
 
 /// One request as an endpoint sees it: the name that stands where its pattern
-/// has a "*", and the query's items, all decoded; and the server's name and port
-/// as the client wrote them, empty when it did not.
+/// has a "*", and the query's items, all decoded; the server's name and port as the
+/// client wrote them, empty when it did not; and who is asking.
 struct Call {
     QString name;
     QMap<QString, QString> query;
     QString host;
+    /// Of an open endpoint perhaps nobody: an empty name.
+    Caller caller;
     RequestBody& body;
 };
+
+/// The JSON object in a request's body; empty when it holds none, or more than 64 KiB.
+QJsonObject jsonBody(const Call& call);
 
 /// Finds the endpoint for a request, after checking its token. It goes by the
 /// raw target, for the HTTP library decodes "%2F" before it splits the path.
 class Router {
 public:
     using Endpoint = std::function<Reply(const Call& call)>;
-    enum class Access { kWithToken, kOpen };
+    /// Whose token a request has to carry: anybody's, an administrator's, or none.
+    enum class Access { kWithToken, kAdmin, kOpen };
+    /// Finds who a token other than kToken belongs to.
+    using Identify = std::function<std::optional<Caller>(const QString& token)>;
+
+    explicit Router(Identify identify) : identify_(std::move(identify)) {}
 
     /// Adds an endpoint for a path such as "api/builds/*/files", where "*"
     /// stands for one name. Endpoints run on the server's threads, several at
@@ -74,7 +93,9 @@ private:
     };
 
     Reply answer(const httplib::Request& request, RequestBody& body) const;
+    std::optional<Caller> callerOf(const httplib::Request& request) const;
 
+    const Identify identify_;
     std::vector<Route> routes_;
 };
 

@@ -44,6 +44,10 @@ void send(httplib::Response& response, const Reply& reply) {
         sendFile(response, file->path);
     } else if (const auto* refusal = std::get_if<Refusal>(&reply)) {
         sendJson(response, refusal->status, {{"error", refusal->message}});
+    } else if (const auto* page = std::get_if<Page>(&reply)) {
+        response.set_content(page->html.toStdString(), "text/html; charset=utf-8");
+    } else if (const auto* redirect = std::get_if<Redirect>(&reply)) {
+        response.set_redirect(redirect->url.toStdString(), 303);
     } else {
         sendJson(response, 200, std::get<QJsonObject>(reply));
     }

@@ -6,14 +6,15 @@ Service::Service(const QString& dataDir)
     : folder(dataDir),
       builds(folder.dir().filePath("builds")),
       channels(folder.dir().filePath("channels")),
+      people(folder.dir().filePath("people.json")),
       tide(folder, builds, signer) {}
 
 std::optional<QString> Service::open(const QStringList& tideChannels) {
     if (auto error = folder.open()) {
         return error;
     }
-    for (auto& error :
-         {builds.load(), channels.load(), signer.load(folder.dir().filePath("secrets.json"))}) {
+    for (auto& error : {builds.load(), channels.load(), people.load(),
+                        signer.load(folder.dir().filePath("secrets.json"))}) {
         if (error) {
             return error;
         }

@@ -8,6 +8,7 @@
 #include "build_store.h"
 #include "channel_store.h"
 #include "data_folder.h"
+#include "people.h"
 #include "signing.h"
 #include "tide_publisher.h"
 
@@ -25,6 +26,7 @@ struct Service {
     DataFolder folder;
     BuildStore builds;
     ChannelStore channels;
+    People people;
     Signer signer;
     TidePublisher tide;
     /// Held while a channel is promoted, so that the build it names and the manifest

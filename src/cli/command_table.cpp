@@ -19,6 +19,9 @@
 #include "cli/server_commands.h"
 #include "cli/subscription_commands.h"
 #include "cli/version_command.h"
+#include "sync/join_command.h"
+#include "sync/login_command.h"
+#include "sync/reconcile_command.h"
 #include "sync/sync_command.h"
 
 namespace quorvelle {
@@ -222,6 +225,10 @@ constexpr Command kCommands[] = {
      .handler = invitesCommand,
      .summary = "list the outstanding invites",
      .usage = "  quorvelle invites [--server <url>]\n"},
+    {.words = "login",
+     .handler = loginCommand,
+     .summary = "sign in to a server through the browser",
+     .usage = "  quorvelle login <server> [--install-root <path>] [--no-browser]\n"},
     {.words = "request-access",
      .handler = requestAccessCommand,
      .summary = "ask a server's administrators for an invite",
@@ -251,6 +258,14 @@ constexpr Command kCommands[] = {
      .handler = cloudPortalCommand,
      .summary = "get a link to a hosted server's billing portal",
      .usage = "  quorvelle cloud portal [--server <url>]\n"},
+    {.words = "join",
+     .handler = joinCommand,
+     .summary = "redeem an invite and follow the assigned channels",
+     .usage = "  quorvelle join <server> <code> [--install-root <path>] [--machine <name>]\n"},
+    {.words = "reconcile",
+     .handler = reconcileCommand,
+     .summary = "match the subscriptions with what the joined servers assign",
+     .usage = "  quorvelle reconcile\n"},
     {.words = "group create",
      .handler = groupCreateCommand,
      .summary = "create a group",

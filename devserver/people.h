@@ -1,0 +1,74 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <mutex>
+#include <optional>
+
+#include "reply.h"
+#include "router.h"
+
+namespace quorvelle::devserver {
+
+/// Everybody that the server knows, as one JSON object of five tables:
+///
+///   "users"     name: "role", "service", "disabled", and the lists "groups", "follows",
+///               "channels" (what a publisher may publish to)
+///   "tokens"    token: "user", "name"
+///   "groups"    name: "channels", "sso_managed"
+///   "invites"   id: "code", "user", "groups", "expires_at"
+///   "requests"  id: "name", "email", "message", "created_at"
+using PeopleTables = QJsonObject;
+
+/// The tables in a file that its owner alone may read. Any thread may call any function.
+class People {
+public:
+    explicit People(const QString& path) : path_(path) {}
+
+    /// Takes up the file of an earlier run. One that cannot be read comes back as a sentence.
+    std::optional<QString> load();
+
+    /// Who a token belongs to.
+    std::optional<Caller> callerOf(const QString& token) const;
+
+    /// Lets `work` read or change the tables. What it changed is kept unless it refuses.
+    Reply with(const std::function<Reply(PeopleTables& tables)>& work);
+
+private:
+    const QString path_;
+    mutable std::mutex mutex_;
+    PeopleTables tables_;
+};
+
+/// One entry of a table; empty when there is none, for every entry has keys.
+QJsonObject entryOf(const PeopleTables& tables, const QString& table, const QString& key);
+
+/// Sets an entry; an empty one is removed.
+void setEntry(PeopleTables& tables, const QString& table, const QString& key,
+              const QJsonObject& entry);
+
+/// A new user without groups.
+QJsonObject newUser(const QString& role, bool isService);
+
+/// Random text that nobody can guess.
+QString newSecret();
+
+/// A new token of the user, who must exist.
+QString addToken(PeopleTables& tables, const QString& user, const QString& name);
+
+/// The channels that a user follows by himself or through his groups, sorted, each once.
+QStringList channelsOf(const PeopleTables& tables, const QString& user);
+
+/// Lets a user in on a machine, making him a member when he is new, and adds him to the
+/// groups. Answers with "token", "user", "role", "groups" and "channels".
+Reply openSession(PeopleTables& tables, const QString& user, const QStringList& groups,
+                  const QString& machine);
+
+/// The names of a JSON list, and the list with a name added (once) or removed.
+QStringList namesIn(const QJsonValue& list);
+QJsonArray withName(const QJsonValue& list, const QString& name, bool present);
+
+}  // namespace quorvelle::devserver

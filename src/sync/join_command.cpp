@@ -1,0 +1,63 @@
+#include "sync/join_command.h"
+
+#include <QJsonArray>
+#include <QSysInfo>
+
+#include "cli/console/arguments.h"
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+#include "client/requests.h"
+#include "sync/reconcile_command.h"
+#include "sync/session.h"
+
+namespace quorvelle {
+
+namespace {
+
+/// The text after the summary.
+QString endingText(const QJsonObject& answer, const Reconciled& outcome) {
+    const bool none = answer.value(u"channels").toArray().isEmpty();
+    QString text;
+    if (!none || !outcome.changes.isEmpty()) {
+        text += changesText(outcome);
+    }
+    if (none) {
+        text += QStringLiteral(
+            "No channels assigned yet - subscriptions will appear automatically once your "
+            "groups get assignments.\n");
+    }
+    return text + QStringLiteral("Run 'quorvelle sync' or let the client pick them up.\n");
+}
+
+}  // namespace
+
+int joinCommand(QStringList args) {
+    const QString root = takeOption(args, QStringLiteral("--install-root"));
+    const QString machine =
+        takeOption(args, QStringLiteral("--machine"), QSysInfo::machineHostName());
+    if (args.size() != 2) {
+        return printUsage();
+    }
+    const QString server = withoutTrailingSlashes(args.at(0));
+    const QString label = QStringLiteral("join");
+    const Reply reply =
+        postEmpty(server, QStringLiteral("/api/invites/redeem"), label,
+                  {{QStringLiteral("code"), args.at(1)}, {QStringLiteral("machine"), machine}},
+                  Bearer::kNone);
+    if (!reply.ok) {
+        return kExitFailed;
+    }
+    const auto entry = storeSession(server, reply.object, root, label);
+    if (!entry) {
+        return kExitFailed;
+    }
+    if (!jsonMode()) {
+        print(sessionText(QStringLiteral("Joined"), server, reply.object));
+    }
+    const Reconciled outcome = reconcileServer(*entry);
+    printResult(withChanges(reply.object, outcome), endingText(reply.object, outcome));
+    return outcome.ok ? kExitSuccess : kExitFailed;
+}
+
+}  // namespace quorvelle

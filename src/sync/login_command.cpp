@@ -1,0 +1,69 @@
+#include "sync/login_command.h"
+
+#include "cli/console/arguments.h"
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+#include "client/url.h"
+#include "sync/browser.h"
+#include "sync/reconcile_command.h"
+#include "sync/session.h"
+#include "sync/sso_login.h"
+
+namespace quorvelle {
+
+namespace {
+
+/// Shows what is about to happen and where; in JSON mode apart from the result.
+void printOpening(const QString& server, const QString& url) {
+    const QString text = QStringLiteral(
+                             "Opening your browser to sign in at %1 ...\n"
+                             "If it does not open, use this link:\n  %2\n")
+                             .arg(server, url);
+    (jsonMode() ? printDiagnostic : print)(text);
+}
+
+QString signedInText(const QString& server, const QJsonObject& result) {
+    const QString note = result.value(u"note").toString();
+    return sessionText(QStringLiteral("Signed in to"), server, result) +
+           (note.isEmpty() ? QString() : QStringLiteral("Note: %1\n").arg(note));
+}
+
+}  // namespace
+
+int loginCommand(QStringList args) {
+    const QString root = takeOption(args, QStringLiteral("--install-root"));
+    const bool noBrowser = takeFlag(args, QStringLiteral("--no-browser"));
+    if (args.size() != 1) {
+        return printUsage();
+    }
+    const QString server = withoutTrailingSlashes(args.at(0));
+    SsoLogin login;
+    QString url;
+    QString error;
+    if (!login.start(server, &url, &error)) {
+        printError(error);
+        return kExitFailed;
+    }
+    printOpening(server, url);
+    if (!noBrowser) {
+        openBrowser(url);
+    }
+    const SignIn signIn = awaitSignIn(login);
+    if (!signIn.ok) {
+        printError(signIn.error.isEmpty() ? QStringLiteral("sign-in failed") : signIn.error);
+        return kExitFailed;
+    }
+    const auto entry = storeSession(server, signIn.result, root, QStringLiteral("sign-in"));
+    if (!entry) {
+        return kExitFailed;
+    }
+    if (!jsonMode()) {
+        print(signedInText(server, signIn.result));
+    }
+    const Reconciled outcome = reconcileServer(*entry);
+    printResult(withChanges(signIn.result, outcome), changesText(outcome));
+    return outcome.ok ? kExitSuccess : kExitFailed;
+}
+
+}  // namespace quorvelle

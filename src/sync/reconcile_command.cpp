@@ -1,0 +1,57 @@
+#include "sync/reconcile_command.h"
+
+#include <QEventLoop>
+#include <QJsonArray>
+
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "client/config_file.h"
+#include "sync/reconciler.h"
+
+namespace quorvelle {
+
+int reconcileCommand(QStringList /*args*/) {
+    Reconciled all;
+    for (const QJsonValue& entry : config::load().value(u"servers").toArray()) {
+        const Reconciled one = reconcileServer(entry.toObject());
+        all.ok = all.ok && one.ok;
+        all.changes += one.changes;
+    }
+    printResult(withChanges({}, all), changesText(all));
+    return all.ok ? kExitSuccess : kExitFailed;
+}
+
+Reconciled reconcileServer(const QJsonObject& serverEntry) {
+    Reconciled outcome;
+    Reconciler reconciler;
+    QEventLoop loop;
+    QObject::connect(&reconciler, &Reconciler::finished, &loop,
+                     [&](bool ok, const QString& error, const QStringList& changes) {
+                         outcome = {.ok = ok, .changes = changes};
+                         if (!ok) {
+                             printError(error);
+                         }
+                         loop.quit();
+                     });
+    reconciler.start(serverEntry);
+    loop.exec();
+    return outcome;
+}
+
+QString changesText(const Reconciled& outcome) {
+    if (outcome.ok && outcome.changes.isEmpty()) {
+        return QStringLiteral("Subscriptions already match all server assignments.\n");
+    }
+    QString text;
+    for (const QString& line : outcome.changes) {
+        text += line + u'\n';
+    }
+    return text;
+}
+
+QJsonObject withChanges(QJsonObject object, const Reconciled& outcome) {
+    object.insert(QStringLiteral("changes"), QJsonArray::fromStringList(outcome.changes));
+    return object;
+}
+
+}  // namespace quorvelle

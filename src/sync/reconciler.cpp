@@ -1,0 +1,57 @@
+#include "sync/reconciler.h"
+
+#include <optional>
+
+#include "client/config_file.h"
+#include "client/http_exchange.h"
+#include "client/url.h"
+#include "sync/reconcile_plan.h"
+
+namespace quorvelle {
+
+void Reconciler::start(const QJsonObject& serverEntry) {
+    entry = serverEntry;
+    auto* exchange = new HttpExchange(network,
+                                      {.method = "GET",
+                                       .url = apiUrl(server(), QStringLiteral("/api/me")),
+                                       .token = entry.value(u"token").toString()},
+                                      this);
+    connect(exchange, &HttpExchange::finished, this, [this, exchange] {
+        exchange->deleteLater();
+        onReply(*exchange);
+    });
+    exchange->start();
+}
+
+void Reconciler::onReply(const HttpExchange& exchange) {
+    if (!exchange.succeeded()) {
+        fail(exchange.failureReason());
+    } else if (const auto assigned = assignedChannels(exchange.object())) {
+        apply(*assigned);
+    } else {
+        fail(QStringLiteral("the reply holds no channel list"));
+    }
+}
+
+void Reconciler::apply(const QStringList& assigned) {
+    config::Change change;
+    const ReconcilePlan plan = planReconcile(change.document, entry, assigned);
+    if (!plan.changes.isEmpty()) {
+        change.document = plan.document;
+        if (!change.save()) {
+            Q_EMIT finished(false, QStringLiteral("%1: could not write config").arg(server()), {});
+            return;
+        }
+    }
+    Q_EMIT finished(plan.refused.isEmpty(), plan.refused.join(u'\n'), plan.changes);
+}
+
+void Reconciler::fail(const QString& reason) {
+    Q_EMIT finished(false, QStringLiteral("%1: reconcile failed: %2").arg(server(), reason), {});
+}
+
+QString Reconciler::server() const {
+    return entry.value(u"server").toString();
+}
+
+}  // namespace quorvelle

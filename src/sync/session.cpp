@@ -1,0 +1,38 @@
+#include "sync/session.h"
+
+#include <QStringList>
+
+#include "cli/console/output.h"
+#include "client/config_document.h"
+#include "client/config_file.h"
+
+namespace quorvelle {
+
+std::optional<QJsonObject> storeSession(const QString& server, const QJsonObject& answer,
+                                        const QString& explicitRoot, const QString& label) {
+    const QString token = answer.value(u"token").toString();
+    if (token.isEmpty()) {
+        printError(QStringLiteral("%1 failed: the reply holds no token").arg(label));
+        return std::nullopt;
+    }
+    config::Change change;
+    config::upsertServer(change.document, server, token,
+                         config::installRootFor(change.document, server, explicitRoot));
+    if (!change.save()) {
+        printError(QStringLiteral("could not write config - your token (save it!): %1").arg(token));
+        return std::nullopt;
+    }
+    return config::findServer(change.document, server);
+}
+
+QString sessionText(const QString& opening, const QString& server, const QJsonObject& answer) {
+    QStringList groups;
+    for (const QJsonValue& group : answer.value(u"groups").toArray()) {
+        groups.append(group.toString());
+    }
+    return QStringLiteral("%1 %2 as '%3' (%4)\nGroups: %5\n")
+        .arg(opening, server, answer.value(u"user").toString(), answer.value(u"role").toString(),
+             groups.isEmpty() ? QStringLiteral("(none)") : groups.join(QStringLiteral(", ")));
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+#include <optional>
+
+/// What joining and signing in do with the server's answer: an object with "token", "user",
+/// "role" and "groups".
+
+namespace quorvelle {
+
+/// Stores the answer's token and the install root (the explicit one, else the stored one,
+/// else the default) in the server's configuration entry. Returns the entry; nothing after
+/// an error was printed: the answer holds no token (`label` names the command), or the
+/// configuration cannot be written, when the token is shown so that it is not lost.
+std::optional<QJsonObject> storeSession(const QString& server, const QJsonObject& answer,
+                                        const QString& explicitRoot, const QString& label);
+
+/// "Joined http://s as 'ann' (member)" and the line of her groups; `opening` is "Joined" or
+/// the like.
+QString sessionText(const QString& opening, const QString& server, const QJsonObject& answer);
+
+}  // namespace quorvelle

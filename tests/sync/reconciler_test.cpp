@@ -1,0 +1,110 @@
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QJsonArray>
+
+#include "support/notation.h"
+#include "support/qt_printers.h"
+#include "sync/reconcile_plan.h"
+
+namespace quorvelle::testing {
+
+namespace {
+
+const QJsonObject kEntry = json("{'server':'a','token':'t','install_root':'/r'}");
+
+/// Subscriptions written as "name=channel@server", managed ones with "*" at the end.
+QJsonArray subscriptions(const QString& line) {
+    QJsonArray result;
+    for (const QString& word : args(line)) {
+        const QString server = word.section(u'@', 1);
+        result.append(QJsonObject{{"name", word.section(u'=', 0, 0)},
+                                  {"channel", word.section(u'@', 0, 0).section(u'=', 1)},
+                                  {"server", server.section(u'*', 0, 0)},
+                                  {"managed", server.endsWith(u'*')}});
+    }
+    return result;
+}
+
+QString shortForm(const QJsonObject& document) {
+    QStringList words;
+    for (const QJsonValue& entry : document["subscriptions"].toArray()) {
+        words.append(entry["name"].toString() + '=' + entry["channel"].toString() + '@' +
+                     entry["server"].toString() + (entry["managed"].toBool() ? "*" : ""));
+    }
+    return words.join(' ');
+}
+
+ReconcilePlan plan(const QString& before, const QString& assigned) {
+    return planReconcile({{"subscriptions", subscriptions(before)}}, kEntry,
+                         *assignedChannels(json("{'channels':[" + assigned.toUtf8() + "]}")));
+}
+
+}  // namespace
+
+TEST(ReconcilePlan, AddsAndRetiresManagedSubscriptionsOfTheServer) {
+    for (const QStringList& row : rows(R"(
+        new         |                     | 'x','y'   | x=x@a* y=y@a*
+        twice       |                     | 'x','x'   | x=x@a*
+        match       | x=x@a*              | 'x'       | x=x@a*
+        none left   | x=x@a* y=y@a        |           | y=y@a
+        by hand     | x=x@a n=y@a         | 'x','y'   | x=x@a n=y@a
+        renamed     | n=x@a*              | 'x'       | n=x@a*
+        elsewhere   | x=x@b* y=y@a/*      | 'z'       | x=x@b* y=y@a/* z=z@a*
+        taken       | x=q@a               | 'x'       | x=q@a x-2=x@a*
+        taken twice | x=x@b x-2=y@b       | 'x'       | x=x@b x-2=y@b x-3=x@a*
+        freed       | x=old@a* z=z@a*     | 'x','z'   | z=z@a* x=x@a*
+        case        | X=X@a*              | 'x'       | x=x@a*
+        odd names   |                     | '..x','-' | ..x=..x@a* -=-@a*)")) {
+        SCOPED_TRACE(row[0].toStdString());
+        const ReconcilePlan got = plan(row[1], row[2]);
+        EXPECT_EQ(shortForm(got.document), row[3]);
+        EXPECT_EQ(got.changes.isEmpty(), row[1] == row[3]);
+        EXPECT_EQ(got.refused, QStringList());
+    }
+}
+
+TEST(ReconcilePlan, SaysWhatChangedInOrderAndKeepsTheRest) {
+    const QJsonObject before = json(
+        "{'own':1,'servers':[],'subscriptions':[7,{'name':'n%2','channel':'old','server':'a',"
+        "'managed':true},{'name':'x','own':2}]}");
+    const ReconcilePlan got = planReconcile(before, kEntry, {"x", "%1"});
+    EXPECT_EQ(got.changes, (QStringList{"retired 'n%2' (no longer assigned; files kept)",
+                                        "subscribed 'x-2' (x @ a)", "subscribed '%1' (%1 @ a)"}));
+    const QString root = QDir("/r").absolutePath();
+    EXPECT_EQ(QString::fromStdString(text(got.document)).replace(root, "/r"),
+              "{'own':1,'servers':[],'subscriptions':[7,{'name':'x','own':2},"
+              "{'channel':'x','dir':'/r/x','interval_seconds':-1,'managed':true,'name':'x-2',"
+              "'self_heal':-1,'server':'a','token':'t'},"
+              "{'channel':'%1','dir':'/r/%1','interval_seconds':-1,'managed':true,'name':'%1',"
+              "'self_heal':-1,'server':'a','token':'t'}]}");
+    EXPECT_EQ(planReconcile({}, json("{'server':'a','install_root':'/'}"), {"x"})
+                  .document["subscriptions"][0]["dir"]
+                  .toString(),
+              QDir::rootPath() + "x");
+}
+
+TEST(ReconcilePlan, RefusesChannelsThatCannotBeOneFolder) {
+    for (const char* channel :
+         {"", ".", "..", "a/b", "/", R"(a\\b)", R"(a\u0000b)", ".quorvelle", ".Quorvelle"}) {
+        SCOPED_TRACE(channel);
+        const QString quoted = QString("'%1'").arg(channel);
+        const QString name = json("{'c':" + quoted.toUtf8() + "}")["c"].toString();
+        const ReconcilePlan got = plan("", quoted + ",'ok'," + quoted);
+        EXPECT_EQ(shortForm(got.document), QString("ok=ok@a*"));
+        EXPECT_EQ(got.refused, QStringList("a: channel '" + name +
+                                           "' cannot be a folder name - subscribe to it by hand"));
+    }
+    EXPECT_EQ(plan("n=..@a", "'..'").refused, QStringList());
+}
+
+TEST(AssignedChannels, AreReadFromAListOfNamesAlone) {
+    EXPECT_EQ(assignedChannels(json("{'channels':[]}")), QStringList());
+    EXPECT_EQ(assignedChannels(json("{'channels':['a','']}")), QStringList({"a", ""}));
+    for (const char* reply : {"{}", "{'channels':null}", "{'channels':'a'}", "{'channels':{}}",
+                              "{'channels':['a',7]}", "{'channels':[{'name':'a'}]}"}) {
+        EXPECT_EQ(assignedChannels(json(reply)), std::nullopt) << reply;
+    }
+}
+
+}  // namespace quorvelle::testing
