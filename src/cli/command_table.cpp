@@ -7,6 +7,7 @@
 #include "cli/server_commands.h"
 #include "cli/subscription_commands.h"
 #include "cli/version_command.h"
+#include "launch/run_command.h"
 #include "sync/sync_command.h"
 
 namespace quorvelle {
@@ -44,6 +45,10 @@ constexpr Command kCommands[] = {
      .summary = "change how an up-to-date install is checked",
      .usage = "  quorvelle subscription set-self-heal <name> <none|quick|full|default>\n"
               "            Tide channels: check an up-to-date install against the manifest\n"},
+    {.words = "run",
+     .handler = runCommand,
+     .summary = "start a launch target of an installed build",
+     .usage = "  quorvelle run <subscription> [--target <label>] [--wait] [-- <extra args>]\n"},
     {.words = "server set-root",
      .leastArguments = 2,
      .mostArguments = 2,
