@@ -1,6 +1,7 @@
 #include "cli/command_table.h"
 
 #include "admin/build_commands.h"
+#include "admin/channel_launch_command.h"
 #include "admin/promote_command.h"
 #include "admin/push_command.h"
 #include "cli/config_command.h"
@@ -86,6 +87,33 @@ constexpr Command kCommands[] = {
      .handler = buildCommand,
      .summary = "show one build and its files",
      .usage = "  quorvelle build <id> [--server <url>]            show one build's files\n"},
+    {.words = "channel launch list",
+     .leastArguments = 1,
+     .handler = channelLaunchListCommand,
+     .summary = "list a channel's launch targets",
+     .usage = "  quorvelle channel launch list <channel> [--server <url>]\n"},
+    {.words = "channel launch add",
+     .leastArguments = 1,
+     .handler = channelLaunchAddCommand,
+     .summary = "add or replace a launch target of a channel",
+     .usage = "  quorvelle channel launch add <channel> --label <l> --exe <rel-path> [--args <a>] "
+              "[--primary] [--server <url>]\n"},
+    {.words = "channel launch remove",
+     .leastArguments = 1,
+     .handler = channelLaunchRemoveCommand,
+     .summary = "remove a launch target from a channel",
+     .usage = "  quorvelle channel launch remove <channel> <label> [--server <url>]\n"},
+    {.words = "channel launch primary",
+     .leastArguments = 1,
+     .handler = channelLaunchPrimaryCommand,
+     .summary = "choose the launch target that runs by default",
+     .usage =
+         "  quorvelle channel launch primary <channel> (<label> | --clear) [--server <url>]\n"},
+    {.words = "channel launch clear",
+     .leastArguments = 1,
+     .handler = channelLaunchClearCommand,
+     .summary = "remove all launch targets from a channel",
+     .usage = "  quorvelle channel launch clear <channel> [--server <url>]\n"},
     {.words = "promote",
      .handler = promoteCommand,
      .summary = "point a channel at a build",
