@@ -9,6 +9,7 @@
 
 #include "endpoints.h"
 #include "options.h"
+#include "publishing_endpoints.h"
 #include "request_log.h"
 #include "router.h"
 #include "service.h"
@@ -101,6 +102,7 @@ int run(const Options& options) {
     }
     Router router;
     addEndpoints(router, service);
+    addPublishingEndpoints(router, service);
     addTideEndpoints(router, service);
 
     RequestLog log;
