@@ -121,6 +121,35 @@ Reply BuildStore::finalize(const QString& build) {
                        {"total_size", manifest["total_size"]}};
 }
 
+Reply BuildStore::setDisabled(const QString& build, bool disabled) {
+    Reply reply = manifest(build);
+    if (auto* manifest = std::get_if<QJsonObject>(&reply)) {
+        const std::lock_guard lock(mutex_);
+        (*manifest)["disabled"] = disabled;
+        if (!writeJson(folder_.filePath(*fileNameFor(build) + "/build.json"), *manifest)) {
+            return Refusal{500, QString("cannot record build '%1'").arg(build)};
+        }
+        return finalized_[build] = summaryOf(*manifest);
+    }
+    return reply;
+}
+
+Reply BuildStore::remove(const QString& build) {
+    const std::lock_guard lock(mutex_);
+    const auto name = fileNameFor(build);
+    if (build.isEmpty() || !name || !folder_.exists(*name)) {
+        return unknownBuild(build);
+    }
+    // First what makes it a build: a deletion that is cut short leaves no damaged one.
+    finalized_.remove(build);
+    QDir root(folder_.filePath(*name));
+    root.remove("build.json");
+    if (!root.removeRecursively()) {
+        return Refusal{500, QString("cannot delete build '%1'").arg(build)};
+    }
+    return QJsonObject{{"build", build}};
+}
+
 QList<QJsonObject> BuildStore::list() const {
     const std::lock_guard lock(mutex_);
     return finalized_.values();

@@ -34,6 +34,12 @@ public:
     /// Closes the build, records its manifest and answers with its size.
     Reply finalize(const QString& build);
 
+    /// Marks a finalized build as one that must not be promoted, or takes the mark away.
+    Reply setDisabled(const QString& build, bool disabled);
+
+    /// Deletes a build, finalized or not. The caller knows that no channel is at it.
+    Reply remove(const QString& build);
+
     /// The summaries of the finalized builds, by id.
     QList<QJsonObject> list() const;
     std::optional<QJsonObject> find(const QString& build) const;

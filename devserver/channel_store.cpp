@@ -1,5 +1,7 @@
 #include "channel_store.h"
 
+#include <QFile>
+
 #include "data_folder.h"
 #include "names.h"
 
@@ -26,9 +28,34 @@ Reply ChannelStore::create(const QString& name, const QString& engine) {
 
 Reply ChannelStore::promote(const QString& name, const QString& build) {
     const std::lock_guard lock(mutex_);
-    const QString engine = channels_.value(name).value("engine").toString("cargo");
-    return save(
-        {{"channel", name}, {"build", build}, {"engine", engine}, {"promoted_at", timestamp()}});
+    QJsonObject channel = channels_.value(name, {{"channel", name}, {"engine", "cargo"}});
+    channel["build"] = build;
+    channel["promoted_at"] = timestamp();
+    return save(channel);
+}
+
+Reply ChannelStore::change(const QString& name, const QJsonObject& keys) {
+    const std::lock_guard lock(mutex_);
+    if (!channels_.contains(name)) {
+        return Refusal{404, QString("no channel '%1'").arg(name)};
+    }
+    QJsonObject channel = channels_.value(name);
+    for (auto key = keys.begin(); key != keys.end(); ++key) {
+        channel[key.key()] = key.value();
+    }
+    return save(channel);
+}
+
+Reply ChannelStore::remove(const QString& name) {
+    const std::lock_guard lock(mutex_);
+    if (!channels_.contains(name)) {
+        return Refusal{404, QString("no channel '%1'").arg(name)};
+    }
+    if (!QFile::remove(folder_.filePath(*fileNameFor(name) + ".json"))) {
+        return Refusal{500, QString("cannot delete channel '%1'").arg(name)};
+    }
+    channels_.remove(name);
+    return QJsonObject{{"channel", name}, {"unassigned_from_groups", 0}};
 }
 
 Reply ChannelStore::save(const QJsonObject& channel) {

@@ -13,7 +13,8 @@ namespace quorvelle::devserver {
 
 /// The channels on disk, one "<name>.json" each: an object with "channel",
 /// "build" (empty before the first promotion), "engine" ("cargo" or "tide") and,
-/// with a build, "promoted_at". Any thread may call any function.
+/// with a build, "promoted_at"; "public" and "launch_targets" once they were set. Any
+/// thread may call any function.
 class ChannelStore {
 public:
     explicit ChannelStore(const QDir& folder) : folder_(folder) {}
@@ -28,6 +29,12 @@ public:
     /// Points a channel at a build the caller knows to exist. A new one gets the
     /// engine "cargo".
     Reply promote(const QString& name, const QString& build);
+
+    /// Sets the given keys of a channel.
+    Reply change(const QString& name, const QJsonObject& keys);
+
+    /// Forgets a channel. Its builds stay.
+    Reply remove(const QString& name);
 
     /// The channels by name.
     QList<QJsonObject> list() const;

@@ -101,10 +101,14 @@ Reply promote(const Call& call, Service& service) {
     if (build.isEmpty()) {
         return Refusal{400, "the query item 'build' is missing"};
     }
-    if (!service.builds.find(build)) {
+    const std::lock_guard lock(service.promotions);
+    const auto summary = service.builds.find(build);
+    if (!summary) {
         return Refusal{404, QString("no finalized build '%1'").arg(build)};
     }
-    const std::lock_guard lock(service.promotions);
+    if ((*summary)["disabled"].toBool()) {
+        return Refusal{409, QString("build '%1' is disabled").arg(build)};
+    }
     const auto channel = service.channels.find(call.name);
     if (channel && (*channel)["engine"] == "tide") {
         if (const auto refusal = service.tide.publish(call.name, build)) {

@@ -10,6 +10,7 @@
 #include "endpoints.h"
 #include "options.h"
 #include "people_endpoints.h"
+#include "publishing_endpoints.h"
 #include "request_log.h"
 #include "router.h"
 #include "service.h"
@@ -103,6 +104,7 @@ int run(const Options& options) {
     }
     Router router([&service](const QString& token) { return service.people.callerOf(token); });
     addEndpoints(router, service);
+    addPublishingEndpoints(router, service);
     addTideEndpoints(router, service);
     addPeopleEndpoints(router, service.people);
     addSignInEndpoints(router, service.people);

@@ -4,6 +4,7 @@
 #include "admin/backup_commands.h"
 #include "admin/build_commands.h"
 #include "admin/channel_commands.h"
+#include "admin/channel_launch_command.h"
 #include "admin/group_commands.h"
 #include "admin/invite_commands.h"
 #include "admin/license_commands.h"
@@ -19,6 +20,7 @@
 #include "cli/server_commands.h"
 #include "cli/subscription_commands.h"
 #include "cli/version_command.h"
+#include "launch/run_command.h"
 #include "sync/join_command.h"
 #include "sync/login_command.h"
 #include "sync/reconcile_command.h"
@@ -63,6 +65,10 @@ constexpr Command kCommands[] = {
      .handler = backupsCommand,
      .summary = "show a server's backups",
      .usage = "  quorvelle backups [--server <url>]\n"},
+    {.words = "run",
+     .handler = runCommand,
+     .summary = "start a launch target of an installed build",
+     .usage = "  quorvelle run <subscription> [--target <label>] [--wait] [-- <extra args>]\n"},
     {.words = "backup schedule",
      .handler = backupScheduleCommand,
      .summary = "back a server up every day, or no longer",
@@ -155,6 +161,33 @@ constexpr Command kCommands[] = {
      .handler = channelPublicCommand,
      .summary = "let everybody read a channel, or no longer",
      .usage = "  quorvelle channel public <name> true|false [--server <url>]\n"},
+    {.words = "channel launch list",
+     .leastArguments = 1,
+     .handler = channelLaunchListCommand,
+     .summary = "list a channel's launch targets",
+     .usage = "  quorvelle channel launch list <channel> [--server <url>]\n"},
+    {.words = "channel launch add",
+     .leastArguments = 1,
+     .handler = channelLaunchAddCommand,
+     .summary = "add or replace a launch target of a channel",
+     .usage = "  quorvelle channel launch add <channel> --label <l> --exe <rel-path> [--args <a>] "
+              "[--primary] [--server <url>]\n"},
+    {.words = "channel launch remove",
+     .leastArguments = 1,
+     .handler = channelLaunchRemoveCommand,
+     .summary = "remove a launch target from a channel",
+     .usage = "  quorvelle channel launch remove <channel> <label> [--server <url>]\n"},
+    {.words = "channel launch primary",
+     .leastArguments = 1,
+     .handler = channelLaunchPrimaryCommand,
+     .summary = "choose the launch target that runs by default",
+     .usage =
+         "  quorvelle channel launch primary <channel> (<label> | --clear) [--server <url>]\n"},
+    {.words = "channel launch clear",
+     .leastArguments = 1,
+     .handler = channelLaunchClearCommand,
+     .summary = "remove all launch targets from a channel",
+     .usage = "  quorvelle channel launch clear <channel> [--server <url>]\n"},
     {.words = "promote",
      .handler = promoteCommand,
      .summary = "point a channel at a build",

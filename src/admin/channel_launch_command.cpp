@@ -1,0 +1,138 @@
+#include "admin/channel_launch_command.h"
+
+#include <QJsonArray>
+#include <functional>
+#include <optional>
+
+#include "admin/server_command.h"
+#include "cli/console/arguments.h"
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+#include "launch/target_list.h"
+
+namespace quorvelle {
+
+namespace {
+
+const QString kTargets = QStringLiteral("launch_targets");
+
+/// A channel of a server, and the command that works on it.
+struct Place {
+    QString server;
+    QString channel;
+    QString operation;
+};
+
+Reply readChannel(const Place& place) {
+    return getJson(place.server, apiPath(QStringLiteral("/api/channels/%1"), place.channel),
+                   place.operation);
+}
+
+int writeTargets(const Place& place, const QJsonArray& targets, const QString& text) {
+    return finish(
+        postJson(place.server, apiPath(QStringLiteral("/api/channels/%1/launch"), place.channel),
+                 place.operation, {{kTargets, targets}}),
+        text);
+}
+
+/// Reads the list, changes it, writes it back, and says `text`. A label that must be in the
+/// list and is not ends it before the change.
+int editTargets(const Place& place, const std::optional<QString>& requiredLabel,
+                const QString& text, const std::function<QJsonArray(const QJsonArray&)>& change) {
+    const Reply reply = readChannel(place);
+    if (!reply.ok) {
+        return kExitFailed;
+    }
+    const QJsonArray targets = reply.object.value(kTargets).toArray();
+    if (requiredLabel && indexOfTarget(targets, *requiredLabel) < 0) {
+        printError(QStringLiteral("no launch target labelled '%1' on '%2'")
+                       .arg(*requiredLabel, place.channel));
+        return kExitUsage;
+    }
+    return writeTargets(place, change(targets), text);
+}
+
+}  // namespace
+
+int channelLaunchListCommand(QStringList args) {
+    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+        const QString& channel = rest.first();
+        const Reply reply = readChannel({server, channel, QStringLiteral("channel launch list")});
+        const QJsonArray targets = reply.object.value(kTargets).toArray();
+        return finish(reply, targets.isEmpty()
+                                 ? QStringLiteral("'%1' has no launch targets\n").arg(channel)
+                                 : targetLines(targets));
+    });
+}
+
+int channelLaunchAddCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+        const QString label = takeOption(rest, QStringLiteral("--label"));
+        const QString exe = takeOption(rest, QStringLiteral("--exe"));
+        const QString arguments = takeOption(rest, QStringLiteral("--args"));
+        const bool primary = takeFlag(rest, QStringLiteral("--primary"));
+        if (rest.size() != 1 || label.isEmpty() || exe.isEmpty()) {
+            return printUsage();
+        }
+        const Place place{server, rest.first(), QStringLiteral("channel launch add")};
+        const Reply reply = readChannel(place);
+        if (!reply.ok) {
+            return kExitFailed;
+        }
+        QJsonArray targets = reply.object.value(kTargets).toArray();
+        const bool known = indexOfTarget(targets, label) >= 0;
+        targets = withTarget(targets, label, exe, arguments);
+        if (primary) {
+            targets = withOnlyPrimary(targets, indexOfTarget(targets, label));
+        }
+        return writeTargets(place, targets,
+                            QStringLiteral("%1 launch target '%2' on '%3'\n")
+                                .arg(known ? QStringLiteral("Updated") : QStringLiteral("Added"),
+                                     label, place.channel));
+    });
+}
+
+int channelLaunchRemoveCommand(QStringList args) {
+    return onServer(std::move(args), 2, [](const QString& server, QStringList& rest) {
+        const QString& channel = rest.at(0);
+        const QString& label = rest.at(1);
+        return editTargets(
+            {server, channel, QStringLiteral("channel launch remove")}, label,
+            QStringLiteral("Removed launch target '%1' from '%2'\n").arg(label, channel),
+            [&](const QJsonArray& targets) { return withoutTarget(targets, label); });
+    });
+}
+
+int channelLaunchPrimaryCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+        const bool clear = takeFlag(rest, QStringLiteral("--clear"));
+        if (rest.size() != (clear ? 1 : 2)) {
+            return printUsage();
+        }
+        const QString& channel = rest.first();
+        const Place place{server, channel, QStringLiteral("channel launch primary")};
+        if (clear) {
+            return editTargets(
+                place, std::nullopt,
+                QStringLiteral("Cleared the primary launch target on '%1'\n").arg(channel),
+                [](const QJsonArray& targets) { return withOnlyPrimary(targets, -1); });
+        }
+        const QString& label = rest.at(1);
+        return editTargets(place, label,
+                           QStringLiteral("Marked '%1' primary on '%2'\n").arg(label, channel),
+                           [&](const QJsonArray& targets) {
+                               return withOnlyPrimary(targets, indexOfTarget(targets, label));
+                           });
+    });
+}
+
+int channelLaunchClearCommand(QStringList args) {
+    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+        const QString& channel = rest.first();
+        return writeTargets({server, channel, QStringLiteral("channel launch clear")}, {},
+                            QStringLiteral("Removed all launch targets from '%1'\n").arg(channel));
+    });
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,106 @@
+#include "launch/run_command.h"
+
+#include <QDir>
+
+#include "cli/console/arguments.h"
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+#include "client/config_document.h"
+#include "client/config_file.h"
+#include "launch/admin_targets.h"
+#include "launch/launch_spec.h"
+#include "launch/launch_target.h"
+#include "launch/process.h"
+
+namespace quorvelle {
+
+namespace {
+
+/// Takes what follows the first "--" out of the list, with the "--" itself.
+QStringList takeExtras(QStringList& args) {
+    const qsizetype at = args.indexOf(QStringLiteral("--"));
+    if (at < 0) {
+        return {};
+    }
+    const QStringList extras = args.sliced(at + 1);
+    args.resize(at);
+    return extras;
+}
+
+int fail(int code, const QString& message) {
+    printError(message);
+    return code;
+}
+
+int couldNotStart(const LaunchSpec& spec) {
+    return fail(kExitFailed, QStringLiteral("could not start %1").arg(spec.program));
+}
+
+int runDetached(const QString& label, const LaunchSpec& spec) {
+    const std::optional<qint64> started = startDetached(processFor(spec));
+    if (!started) {
+        return couldNotStart(spec);
+    }
+    // The id of an interpreter is not the target's.
+    const qint64 pid = spec.isProgram ? *started : 0;
+    QString line =
+        QStringLiteral("Started %1: %2").arg(label, QDir::toNativeSeparators(spec.program));
+    if (!spec.arguments.isEmpty()) {
+        line += u' ' + spec.arguments.join(u' ');
+    }
+    if (pid > 0) {
+        line += QStringLiteral("  (pid %1)").arg(pid);
+    }
+    printResult({{QStringLiteral("exe"), spec.program}, {QStringLiteral("pid"), pid}},
+                line + u'\n');
+    return kExitSuccess;
+}
+
+int runAndWait(const LaunchSpec& spec) {
+    const int code = startAndWait(processFor(spec));
+    if (code == kNoExitCode) {
+        return couldNotStart(spec);
+    }
+    printResult({{QStringLiteral("exe"), spec.program}, {QStringLiteral("exit_code"), code}}, {});
+    return code;
+}
+
+}  // namespace
+
+int runCommand(QStringList args) {
+    const QStringList extras = takeExtras(args);
+    const QString wanted = takeOption(args, QStringLiteral("--target"));
+    const bool wait = takeFlag(args, QStringLiteral("--wait"));
+    if (args.size() != 1) {
+        return printUsage();
+    }
+    const QString& name = args.at(0);
+    const QJsonObject document = config::load();
+    const QJsonArray subscriptions = config::subscriptions(document);
+    const qsizetype at = config::indexOfSubscription(subscriptions, name);
+    if (at < 0) {
+        return fail(kExitUsage, QStringLiteral("no subscription named '%1'").arg(name));
+    }
+    const QJsonObject subscription = subscriptions.at(at).toObject();
+    const QJsonArray targets =
+        mergedTargets(fetchAdminTargets(document, subscription), subscription);
+    const Selection selection = selectTarget(targets, name, wanted);
+    if (!selection.error.isEmpty()) {
+        return fail(kExitUsage, selection.error);
+    }
+    const QString label = selection.target.value(u"label").toString();
+    const LaunchSpec spec = resolveTarget(subscription, selection.target, extras);
+    if (!spec.ok) {
+        return fail(kExitUsage, QStringLiteral("cannot run '%1': %2").arg(label, spec.error));
+    }
+    if (!spec.isProgram && !spec.isScript) {
+        return fail(kExitUsage,
+                    QStringLiteral("'%1' is a document, not a program - the client opens it with "
+                                   "its associated app; the CLI does not")
+                        .arg(spec.program));
+    }
+    return wait ? runAndWait(spec) : runDetached(label, spec);
+}
+
+}  // namespace quorvelle

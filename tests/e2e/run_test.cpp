@@ -1,0 +1,212 @@
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <QFile>
+
+#include "support/fake_server.h"
+#include "support/outcomes.h"
+#include "support/qt_printers.h"
+#include "support/raw_server.h"
+
+namespace quorvelle::testing {
+namespace {
+
+/// A subscription "app" of the channel "a/b", installed with programs that tell what they
+/// see. A program that is not waited for tells it through the pipe "said".
+class Run : public ::testing::Test {
+protected:
+    Run() {
+        const QByteArray facts = R"(pwd; for a in "$@"; do echo "[$a]"; done)";
+        install("tool", "echo to stderr >&2; " + facts + "; exit ${CODE:-3}");
+        install("bin/tell", "{ echo $$; readlink /proc/self/fd/1; grep SigIgn /proc/self/status; " +
+                                facts + "; } >\"$SAID\"");
+        install("crash", "kill -ABRT $$");
+        for (const char* file : {"plain", "readme.txt", "SETUP.BAT", "a b.ps1"}) {
+            box.write(QString("app/") + file, "not executable");
+        }
+        ::mkfifo(box.path("said").toUtf8(), 0600);
+        box.environment.insert("SAID", box.path("said"));
+        offer("[]");
+        subscribe("{}");
+    }
+
+    void install(const QString& name, const QByteArray& script) {
+        box.write("app/" + name, "#!/bin/sh\n" + script + '\n');
+        QFile::setPermissions(box.path("app/" + name), QFile::ReadOwner | QFile::ExeOwner);
+    }
+
+    /// What the administrator offers, and how the user's own subscription differs.
+    void offer(const QByteArray& targets) {
+        server.onJson("GET", "/api/channels/a%2Fb", json("{'launch_targets':" + targets + '}'));
+    }
+    void subscribe(const QByteArray& changes, QJsonObject document = {}) {
+        QJsonObject app{{"name", "app"},
+                        {"server", server.url()},
+                        {"channel", "a/b"},
+                        {"dir", box.path("app")}};
+        const QJsonObject more = json(changes);
+        for (auto key = more.begin(); key != more.end(); ++key) {
+            app[key.key()] = key.value();
+        }
+        document["schema_version"] = 2;
+        document["subscriptions"] = QJsonArray{QJsonObject{{"name", "other"}}, app};
+        box.writeConfig(document);
+    }
+
+    /// The user's own targets alone.
+    void own(const QByteArray& targets) { subscribe("{'launch_targets':" + targets + '}'); }
+
+    FakeServer server;
+    Sandbox box;
+};
+
+TEST_F(Run, WaitsAndPassesEverythingOn) {
+    offer("[{'label':'x','exe':'crash'},{'label':'T','exe':'tool','args':'s','primary':true}]");
+    subscribe(R"({'admin_overrides':{'T\u001ftool':{'pre_args':'\"u v\"','post_args':'w'}},
+                  'token':'own','launch_targets':[{'label':'T','exe':'crash','primary':true}]})");
+    const QStringList words{"run", "--wait", "app", "--", "--target", "a b", "", "--", "--wait"};
+    const QString said =
+        box.path("app") + "\n[u v]\n[s]\n[w]\n[--target]\n[a b]\n[]\n[--]\n[--wait]\n";
+    expectOutcome(box.run(words), 3, said, "to stderr\n");
+    expectOutcome(box.run(words + QStringList("--json")), 3,
+                  said + R"({"exe":")" + box.path("app/tool") + R"(","exit_code":3})" + '\n',
+                  "to stderr\n");
+    EXPECT_EQ(server.lines()[0], "GET /api/channels/a%2Fb");
+    EXPECT_EQ(server.requests()[0].header("Authorization"), "Bearer own");
+    box.environment.insert("CODE", "0");
+    EXPECT_EQ(box.run(words).code, 0);
+}
+
+TEST_F(Run, StartsDetached) {
+    own("[{'label':'T %1','exe':'bin/tell','args':'a \"b c\"','working_dir':'bin'}]");
+    for (const bool asJson : {false, true}) {
+        QStringList words = args("run app --target T~%1").replaceInStrings("~", " ");
+        const Outcome got = box.run(words + (asJson ? args("--json -- %2") : args("-- %2")));
+        const QStringList said = QString::fromUtf8(box.read("said")).split('\n');
+        EXPECT_THAT(said.mid(1),
+                    ::testing::ElementsAre("/dev/null", "SigIgn:\t0000000000000000",
+                                           box.path("app/bin"), "[a]", "[b c]", "[%2]", ""));
+        expectOutcome(
+            got, 0,
+            asJson ? R"({"exe":")" + box.path("app/bin/tell") + R"(","pid":)" + said[0] + "}\n"
+                   : "Started T %1: " + box.path("app/bin/tell") + " a b c %2  (pid " + said[0] +
+                         ")\n");
+    }
+}
+
+TEST_F(Run, StartsScriptsThroughTheirInterpreters) {
+    struct Row {
+        const char* target;
+        const char* interpreter;
+        const char* arguments;
+        const char* file;
+    };
+    for (const Row& row : {Row{"bat", "cmd.exe", "[/c]\n[FILE]\n", "SETUP.BAT"},
+                           Row{"ps", "powershell.exe",
+                               "[-ExecutionPolicy]\n[Bypass]\n[-File]\n[FILE]\n", "a b.ps1"}}) {
+        SCOPED_TRACE(row.target);
+        const QString file = box.path(QString("app/") + row.file);
+        own("[{'label':'bat','exe':'SETUP.BAT','args':'x'},{'label':'ps','exe':'a "
+            "b.ps1','args':'x'}]");
+        const QStringList words{"run", "app", "--target", row.target};
+        expectError(box, words, 2, "could not start " + file);
+        expectError(box, words + QStringList("--wait"), 2, "could not start " + file);
+
+        QFile::copy(box.path("app/tool"), box.path(row.interpreter));
+        const QString path = box.environment.value("PATH");
+        box.environment.insert("PATH", box.path("") + ':' + path);
+        const QString said =
+            box.path("app") + '\n' + QString(row.arguments).replace("FILE", file) + "[x]\n[y z]\n";
+        expectOutcome(box.run(words + QStringList{"--wait", "--", "y z"}), 3, said, "to stderr\n");
+        QFile::remove(box.path(row.interpreter));
+        QFile::copy(box.path("app/bin/tell"), box.path(row.interpreter));
+        expectOutcome(box.run(words), 0, QString("Started ") + row.target + ": " + file + " x\n");
+        EXPECT_TRUE(box.read("said").contains("\n[x]\n"));
+        EXPECT_EQ(box.run(words + QStringList("--json")).json(),
+                  (QJsonObject{{"exe", file}, {"pid", 0}}));
+        box.read("said");
+        box.environment.insert("PATH", path);
+    }
+}
+
+TEST_F(Run, ReportsWhatDoesNotStart) {
+    own("[{'label':'p','exe':'plain'},{'label':'w','exe':'tool','working_dir':'gone'},"
+        "{'label':'c','exe':'crash'}]");
+    for (const char* line :
+         {"p plain", "p plain --wait", "w tool", "w tool --wait", "c crash --wait"}) {
+        SCOPED_TRACE(line);
+        const QStringList words = args(line);
+        expectError(box, QStringList{"run", "app", "--target", words[0]} + words.mid(2), 2,
+                    "could not start " + box.path("app/" + words[1]));
+    }
+}
+
+TEST_F(Run, RefusesBeforeItStartsAnything) {
+    const QString none =
+        "'app' has no launch targets (the channel admin defines them: quorvelle channel launch "
+        "add ...)";
+    expectError(box, args("run App"), 1, "no subscription named 'App'");
+    expectError(box, args("run app"), 1, none);
+    expectError(box, args("run app --target x"), 1, none);
+    offer(
+        "[{'label':'a','exe':'../x','allow_outside':true},{'label':'%2','exe':'gone'},"
+        "{'label':'d','exe':'readme.txt'}]");
+    expectError(box, args("run app --wait"), 1,
+                "'app' has 3 launch targets and no primary - pick one with --target <label>");
+    expectError(box, args("run app --target A"), 1, "no launch target labelled 'A'");
+    expectError(box, args("run app --target a"), 1,
+                "cannot run 'a': the executable is outside the install directory (enable \"allow "
+                "launching outside\" for this target to run it)");
+    expectError(box, args("run app --target %2"), 1,
+                "cannot run '%2': not found: " + box.path("app/gone") +
+                    " (has this subscription synced yet?)");
+    expectError(box, args("run app --target d"), 1,
+                "'" + box.path("app/readme.txt") +
+                    "' is a document, not a program - the client opens it with its associated "
+                    "app; the CLI does not");
+    for (const char* line : {"run", "run app b", "run -- app", "run app --target -- x"}) {
+        SCOPED_TRACE(line);
+        expectUsage(box, args(line));
+    }
+}
+
+/// Of the subscription, its server's entry, the environment and the configuration.
+TEST_F(Run, AsksWithTheFirstTokenThereIs) {
+    for (const QStringList& row : rows(R"(
+        own | entry | env | top | Bearer own
+            | entry | env | top | Bearer entry
+            |       | env | top | Bearer env
+            |       |     | top | Bearer top
+            |       |     |     | (none)
+    )")) {
+        SCOPED_TRACE(row.last().toStdString());
+        box.environment.insert("QUORVELLE_TOKEN", row[2]);
+        const QJsonObject entry{{"server", server.url()}, {"token", row[1]}};
+        subscribe("{'token':'" + row[0].toUtf8() + "'}",
+                  {{"servers", QJsonArray{entry}}, {"token", row[3]}});
+        server.forget();
+        box.run(args("run app"));
+        EXPECT_EQ(server.requests().at(0).header("Authorization"), row[4].toStdString());
+    }
+}
+
+/// A server that refuses, is not there, answers nonsense or nothing at all.
+TEST_F(Run, GoesOnWithTheUsersTargetsWithoutAServer) {
+    const RawServer silent({});
+    server.onJson("GET", "/api/channels/none", json("{'launch_targets':[{'label':'x'}]}"), 403);
+    server.onBytes("GET", "/api/channels/text", "[{}]");
+    server.onJson("GET", "/api/channels/wrong", json("{'launch_targets':{'x':{}}}"));
+    for (const QString& row :
+         {server.url() + " none", server.url() + " text", server.url() + " wrong",
+          QString("http://127.0.0.1:1 c"), QString("nonsense c"), silent.url() + " c"}) {
+        SCOPED_TRACE(row.toStdString());
+        subscribe("{'server':'" + row.section(' ', 0, 0).toUtf8() + "','channel':'" +
+                  row.section(' ', 1).toUtf8() +
+                  "','admin_launch_targets':[{'label':'old','exe':'crash'}],"
+                  "'launch_targets':[{'label':'T','exe':'tool'}]}");
+        expectOutcome(box.run(args("run app --wait")), 3, box.path("app") + '\n', "to stderr\n");
+    }
+}
+
+}  // namespace
+}  // namespace quorvelle::testing
