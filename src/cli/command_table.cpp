@@ -1,14 +1,19 @@
 #include "cli/command_table.h"
 
 #include "admin/access_request_commands.h"
+#include "admin/backup_commands.h"
 #include "admin/build_commands.h"
 #include "admin/channel_commands.h"
 #include "admin/group_commands.h"
 #include "admin/invite_commands.h"
+#include "admin/license_commands.h"
 #include "admin/promote_command.h"
 #include "admin/push_command.h"
+#include "admin/sso_commands.h"
+#include "admin/storage_commands.h"
 #include "admin/token_command.h"
 #include "admin/user_commands.h"
+#include "admin/version_info_command.h"
 #include "admin/whoami_command.h"
 #include "cli/config_command.h"
 #include "cli/server_commands.h"
@@ -51,6 +56,45 @@ constexpr Command kCommands[] = {
      .summary = "change how an up-to-date install is checked",
      .usage = "  quorvelle subscription set-self-heal <name> <none|quick|full|default>\n"
               "            Tide channels: check an up-to-date install against the manifest\n"},
+    {.words = "backups",
+     .handler = backupsCommand,
+     .summary = "show a server's backups",
+     .usage = "  quorvelle backups [--server <url>]\n"},
+    {.words = "backup schedule",
+     .handler = backupScheduleCommand,
+     .summary = "back a server up every day, or no longer",
+     .usage = "  quorvelle backup schedule <HH:MM|off> [--keep <N>] [--server <url>]\n"},
+    {.words = "backup init",
+     .handler = backupInitCommand,
+     .summary = "set up where a server's backups go",
+     .usage = "  quorvelle backup init (--shared | --endpoint <url> --bucket <b>\n"
+              "            --access-key <k> --secret-key <s> [--region <r>]) [--server <url>]\n"},
+    {.words = "backup forget",
+     .handler = backupForgetCommand,
+     .summary = "let a server forget where its backups go, keeping them",
+     .usage = "  quorvelle backup forget [--server <url>]\n"},
+    {.words = "sso",
+     .handler = ssoCommand,
+     .summary = "show or change a server's single sign-on",
+     .usage = "  quorvelle sso show|test|clear [--server <url>]\n"
+              "  quorvelle sso set --issuer <url> --client-id <id> --client-secret <s>\n"
+              "            [--scopes <scopes>] [--server <url>]\n"
+              "  quorvelle sso map list [--server <url>]\n"
+              "  quorvelle sso map role <idp-role> admin|publisher|member [--server <url>]\n"
+              "  quorvelle sso map group <idp-group> <group> [--server <url>]\n"
+              "  quorvelle sso map remove <idp-role-or-group> [--server <url>]\n"
+              "  quorvelle sso map default <role> [--server <url>]\n"
+              "  quorvelle sso map claims --roles <claim> --groups <claim> [--server <url>]\n"},
+    {.words = "storage",
+     .handler = storageCommand,
+     .summary = "show or change where a server keeps tide builds",
+     .usage = "  quorvelle storage show|test|forget [--server <url>]\n"
+              "  quorvelle storage set --endpoint <url> --bucket <b> --access-key <k>\n"
+              "            --secret-key <s> [--region <r>] [--server <url>]\n"},
+    {.words = "backup",
+     .handler = backupCommand,
+     .summary = "start a backup of a server now",
+     .usage = "  quorvelle backup [--server <url>]\n"},
     {.words = "server set-root",
      .leastArguments = 2,
      .mostArguments = 2,
@@ -63,6 +107,10 @@ constexpr Command kCommands[] = {
      .handler = setServerTokenCommand,
      .summary = "store a joined server's token",
      .usage = "  quorvelle server set-token <url> <token>\n"},
+    {.words = "server-version",
+     .handler = serverVersionCommand,
+     .summary = "show a server's version",
+     .usage = "  quorvelle server-version [--server <url>]\n"},
     {.words = "push",
      .handler = pushCommand,
      .summary = "publish a directory as a build and promote it into a channel",
@@ -191,6 +239,18 @@ constexpr Command kCommands[] = {
      .handler = requestDeclineCommand,
      .summary = "turn an access request down",
      .usage = "  quorvelle request decline <id> [--server <url>]\n"},
+    {.words = "license request-trial",
+     .handler = requestTrialCommand,
+     .summary = "get a trial license and install it on a server",
+     .usage = "  quorvelle license request-trial --name <licensee> [--server <url>]\n"},
+    {.words = "license",
+     .handler = licenseCommand,
+     .summary = "show a server's license and the seats in use",
+     .usage = "  quorvelle license [--server <url>]\n"},
+    {.words = "cloud portal",
+     .handler = cloudPortalCommand,
+     .summary = "get a link to a hosted server's billing portal",
+     .usage = "  quorvelle cloud portal [--server <url>]\n"},
     {.words = "group create",
      .handler = groupCreateCommand,
      .summary = "create a group",

@@ -1,0 +1,167 @@
+#include "admin/backup_commands.h"
+
+#include <QJsonArray>
+
+#include "admin/bucket_options.h"
+#include "admin/server_command.h"
+#include "cli/console/arguments.h"
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+
+namespace quorvelle {
+
+namespace {
+
+QString dailyText(const QJsonObject& schedule) {
+    const QString time = schedule.value(u"daily_at").toString();
+    return time.isEmpty() ? QStringLiteral("off")
+                          : QStringLiteral("daily at %1 (server time)").arg(time);
+}
+
+/// `pattern` with the number of snapshots that stay when a new one is made.
+QString keepText(const QJsonObject& schedule, const QString& pattern) {
+    const qint64 keep = schedule.value(u"keep").toInteger();
+    return keep < 1 ? QStringLiteral(", no pruning") : pattern.arg(keep);
+}
+
+QString lastText(const QJsonObject& last) {
+    if (last.isEmpty()) {
+        return {};
+    }
+    const QString error = last.value(u"error").toString();
+    return error.isEmpty()
+               ? QStringLiteral("Last: %1  %2\n")
+                     .arg(last.value(u"snapshot").toString(), last.value(u"finished_at").toString())
+               : QStringLiteral("Last: FAILED: %1\n").arg(error);
+}
+
+QString snapshotsText(const QJsonArray& snapshots) {
+    QString text;
+    for (const QJsonValue& value : snapshots) {
+        const QJsonObject snapshot = value.toObject();
+        text += QStringLiteral("  %1  %2 file(s), %3 bytes\n")
+                    .arg(snapshot.value(u"name").toString(), wholeNumber(snapshot.value(u"files")),
+                         wholeNumber(snapshot.value(u"bytes")));
+    }
+    return text + QStringLiteral("%1 snapshot(s)\n").arg(snapshots.size());
+}
+
+QString backupsText(const QString& server, const QJsonObject& status) {
+    if (!status.value(u"configured").toBool()) {
+        return QStringLiteral(
+                   "Backups are not configured on %1 (on the server: quorvelled backup init ...)\n")
+            .arg(server);
+    }
+    const QJsonObject schedule = status.value(u"schedule").toObject();
+    const QString note = status.value(u"note").toString();
+    return QStringLiteral("Backup bucket: ") + status.value(u"bucket").toString() +
+           (status.value(u"running").toBool() ? QStringLiteral(" (backup running)\n")
+                                              : QStringLiteral("\n")) +
+           QStringLiteral("Schedule: ") + dailyText(schedule) +
+           keepText(schedule, QStringLiteral(", keep %1")) + u'\n' +
+           lastText(status.value(u"last").toObject()) +
+           snapshotsText(status.value(u"snapshots").toArray()) +
+           (note.isEmpty() ? QString() : QStringLiteral("note: ") + note + u'\n');
+}
+
+QString initText(const QJsonObject& reply) {
+    const QString prefix = reply.value(u"prefix").toString();
+    return QStringLiteral("Backups configured: bucket '") + reply.value(u"bucket").toString() +
+           u'\'' + (prefix.isEmpty() ? QString() : QStringLiteral(" under ") + prefix) +
+           QStringLiteral(
+               "\n\nEncryption key - shown ONCE. Without it every snapshot is unreadable; keep it "
+               "in\nyour password manager now:\n\n") +
+           reply.value(u"encryption_key").toString() + u'\n';
+}
+
+/// Why the bucket options of `backup init` cannot be sent, or an empty text.
+QString initRefusal(bool shared, const BucketOptions& options) {
+    if (shared) {
+        return options.any() ? QStringLiteral("--shared takes no bucket options") : QString();
+    }
+    return options.complete()
+               ? QString()
+               : QStringLiteral(
+                     "backup init needs --shared or --endpoint --bucket --access-key --secret-key");
+}
+
+}  // namespace
+
+int backupCommand(QStringList args) {
+    return onServer(std::move(args), 0, [](const QString& server, QStringList&) {
+        const Reply reply =
+            postEmpty(server, QStringLiteral("/api/backup"), QStringLiteral("backup"));
+        return finish(
+            reply,
+            QStringLiteral("Backup started: ") + reply.object.value(u"snapshot").toString() +
+                QStringLiteral(" (runs on the server; 'quorvelle backups' shows the result)\n"));
+    });
+}
+
+int backupsCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList&) {
+        const Reply reply =
+            getJson(server, QStringLiteral("/api/backups"), QStringLiteral("backups"));
+        return finish(reply, backupsText(server, reply.object));
+    });
+}
+
+int backupInitCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+        const bool shared = takeFlag(rest, QStringLiteral("--shared"));
+        const BucketOptions options = takeBucketOptions(rest);
+        if (!rest.isEmpty()) {
+            return printUsage();
+        }
+        const QString refusal = initRefusal(shared, options);
+        if (!refusal.isEmpty()) {
+            printError(refusal);
+            return kExitUsage;
+        }
+        QJsonObject body = shared ? QJsonObject() : options.json();
+        body.insert(u"mode", shared ? QStringLiteral("shared") : QStringLiteral("separate"));
+        const Reply reply = postJson(server, QStringLiteral("/api/backup/init"),
+                                     QStringLiteral("backup init"), body);
+        return finish(reply, initText(reply.object));
+    });
+}
+
+int backupScheduleCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+        const qsizetype given = rest.size();
+        const QString keep = takeOption(rest, QStringLiteral("--keep"));
+        const bool keepGiven = rest.size() < given;
+        // An empty time would turn the schedule off without a word of it.
+        if (rest.size() != 1 || rest.first().isEmpty()) {
+            return printUsage();
+        }
+        const bool off = rest.first().compare(u"off", Qt::CaseInsensitive) == 0;
+        QJsonObject body{{QStringLiteral("daily_at"), off ? QString() : rest.first()}};
+        if (keepGiven) {
+            bool isNumber = false;
+            const qint64 count = keep.toLongLong(&isNumber);
+            if (!isNumber || count < 0) {
+                printError(QStringLiteral("--keep must be a number >= 0"));
+                return kExitUsage;
+            }
+            body.insert(u"keep", count);
+        }
+        const Reply reply = putJson(server, QStringLiteral("/api/backup/config"),
+                                    QStringLiteral("backup schedule"), body);
+        return finish(reply, QStringLiteral("Scheduled backups: ") + dailyText(reply.object) +
+                                 keepText(reply.object, QStringLiteral(", keep %1 snapshot(s)")) +
+                                 u'\n');
+    });
+}
+
+int backupForgetCommand(QStringList args) {
+    return onServer(std::move(args), 0, [](const QString& server, QStringList&) {
+        const Reply reply = deleteResource(server, QStringLiteral("/api/backup/config"),
+                                           QStringLiteral("backup forget"));
+        return finish(reply, QStringLiteral("Backup target forgotten on ") + server +
+                                 QStringLiteral(" (key file and snapshots untouched)\n"));
+    });
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,90 @@
+#include "admin/sso_commands.h"
+
+#include "admin/server_command.h"
+#include "admin/sso_map_command.h"
+#include "cli/console/arguments.h"
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+
+namespace quorvelle {
+
+namespace {
+
+const QString kPath = QStringLiteral("/api/sso/config");
+
+QString ssoText(const QString& server, const QJsonObject& config) {
+    if (!config.value(u"configured").toBool()) {
+        return QStringLiteral("SSO: not configured on %1\n").arg(server);
+    }
+    return QStringLiteral("SSO on %1:\n  issuer: %2\n  client id: %3\n  scopes: %4\n  secret: %5\n")
+        .arg(server, config.value(u"issuer").toString(), config.value(u"client_id").toString(),
+             config.value(u"scopes").toString(),
+             config.value(u"secret_set").toBool() ? QStringLiteral("stored")
+                                                  : QStringLiteral("missing"));
+}
+
+int showSso(const QString& server) {
+    const Reply reply = getJson(server, kPath, QStringLiteral("sso show"));
+    return finish(reply, ssoText(server, reply.object));
+}
+
+int testSso(const QString& server) {
+    const Reply reply =
+        postEmpty(server, QStringLiteral("/api/sso/config/test"), QStringLiteral("sso test"));
+    return finish(reply, QStringLiteral("Provider reachable: sign-in at %1\n")
+                             .arg(reply.object.value(u"authorization_endpoint").toString()));
+}
+
+int setSso(const QString& server, QStringList& args) {
+    const QString issuer = takeOption(args, QStringLiteral("--issuer"));
+    const QString clientId = takeOption(args, QStringLiteral("--client-id"));
+    const QString secret = takeOption(args, QStringLiteral("--client-secret"));
+    const QString scopes = takeOption(args, QStringLiteral("--scopes"));
+    if (!args.isEmpty()) {
+        return printUsage();
+    }
+    if (issuer.isEmpty() || clientId.isEmpty() || secret.isEmpty()) {
+        printError(QStringLiteral("sso set needs --issuer --client-id --client-secret"));
+        return kExitUsage;
+    }
+    const Reply reply = putJson(server, kPath, QStringLiteral("sso set"),
+                                {{QStringLiteral("issuer"), issuer},
+                                 {QStringLiteral("client_id"), clientId},
+                                 {QStringLiteral("client_secret"), secret},
+                                 {QStringLiteral("scopes"), scopes}});
+    return finish(
+        reply,
+        QStringLiteral("SSO configured: %1\n").arg(reply.object.value(u"issuer").toString()));
+}
+
+int clearSso(const QString& server) {
+    const Reply reply = deleteResource(server, kPath, QStringLiteral("sso clear"));
+    return finish(reply, QStringLiteral("SSO cleared on %1\n").arg(server));
+}
+
+}  // namespace
+
+int ssoCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+        const QString word = rest.isEmpty() ? QString() : rest.takeFirst();
+        if (word == u"map") {
+            return ssoMapCommand(server, rest);
+        }
+        if (word == u"set") {
+            return setSso(server, rest);
+        }
+        if (rest.isEmpty() && word == u"show") {
+            return showSso(server);
+        }
+        if (rest.isEmpty() && word == u"test") {
+            return testSso(server);
+        }
+        if (rest.isEmpty() && word == u"clear") {
+            return clearSso(server);
+        }
+        return printUsage();
+    });
+}
+
+}  // namespace quorvelle

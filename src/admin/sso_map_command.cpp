@@ -1,0 +1,154 @@
+#include "admin/sso_map_command.h"
+
+#include <functional>
+
+#include "admin/server_command.h"
+#include "cli/console/arguments.h"
+#include "cli/console/exit_code.h"
+#include "cli/console/output.h"
+#include "cli/console/usage.h"
+
+namespace quorvelle {
+
+namespace {
+
+const QString kPath = QStringLiteral("/api/sso/mapping");
+const QString kRoles = QStringLiteral("roles");
+const QString kGroups = QStringLiteral("groups");
+
+/// Changes the mapping; false when the change cannot be made and the reason was printed.
+using Change = std::function<bool(QJsonObject& mapping)>;
+
+/// One line per entry; "(none)" in the place of the entries where there are none.
+QString entriesText(const QJsonObject& entries, const QString& heading, const QString& label) {
+    if (entries.isEmpty()) {
+        return heading + QStringLiteral("(none)\n");
+    }
+    QString text;
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        text += label + entry.key() + QStringLiteral(" -> ") + entry.value().toString() + u'\n';
+    }
+    return text;
+}
+
+QString mappingText(const QString& server, const QJsonObject& reply) {
+    const QJsonObject mapping = reply.value(u"mapping").toObject();
+    return QStringLiteral("SSO mapping on %1:%2\nclaims:       roles=%3 groups=%4\n")
+               .arg(server,
+                    reply.value(u"configured").toBool()
+                        ? QString()
+                        : QStringLiteral(" (provider not set - defaults)"),
+                    mapping.value(u"roles_claim").toString(),
+                    mapping.value(u"groups_claim").toString()) +
+           QStringLiteral("default role: ") + mapping.value(u"default_role").toString() + u'\n' +
+           entriesText(mapping.value(kRoles).toObject(), QStringLiteral("roles:        "),
+                       QStringLiteral("role:         ")) +
+           entriesText(mapping.value(kGroups).toObject(), QStringLiteral("groups:       "),
+                       QStringLiteral("group:        "));
+}
+
+int listMapping(const QString& server) {
+    const Reply reply = getJson(server, kPath, QStringLiteral("sso map list"));
+    return finish(reply, mappingText(server, reply.object));
+}
+
+int changeMapping(const QString& server, const Change& change) {
+    const QString label = QStringLiteral("sso map");
+    const Reply current = getJson(server, kPath, label);
+    if (!current.ok) {
+        return kExitFailed;
+    }
+    // What answers without either is something between us and the server; writing a
+    // mapping that starts from nothing would drop everything that stands in the real one.
+    if (!current.object.contains(u"mapping") && !current.object.contains(u"configured")) {
+        printError(QStringLiteral("sso map failed: the reply holds no mapping"));
+        return kExitFailed;
+    }
+    QJsonObject mapping = current.object.value(u"mapping").toObject();
+    if (!change(mapping)) {
+        return kExitUsage;
+    }
+    return finish(putJson(server, kPath, label, mapping), QStringLiteral("Mapping saved.\n"));
+}
+
+/// Sets one entry of the mapping's object of that name.
+Change addEntry(const QString& table, const QString& name, const QString& target) {
+    return [=](QJsonObject& mapping) {
+        QJsonObject entries = mapping.value(table).toObject();
+        entries.insert(name, target);
+        mapping.insert(table, entries);
+        return true;
+    };
+}
+
+/// Takes a name out of the roles and out of the groups.
+Change removeEntry(const QString& name) {
+    return [=](QJsonObject& mapping) {
+        bool found = false;
+        for (const QString& table : {kRoles, kGroups}) {
+            QJsonObject entries = mapping.value(table).toObject();
+            if (entries.contains(name)) {
+                found = true;
+                entries.remove(name);
+                mapping.insert(table, entries);
+            }
+        }
+        if (!found) {
+            printError(QStringLiteral("'%1' is not mapped").arg(name));
+        }
+        return found;
+    };
+}
+
+int setClaims(const QString& server, QStringList& args) {
+    const QString roles = takeOption(args, QStringLiteral("--roles"));
+    const QString groups = takeOption(args, QStringLiteral("--groups"));
+    if (!args.isEmpty() || (roles.isEmpty() && groups.isEmpty())) {
+        return printUsage();
+    }
+    return changeMapping(server, [&](QJsonObject& mapping) {
+        // One claim alone leaves the other as it is.
+        if (!roles.isEmpty()) {
+            mapping.insert(u"roles_claim", roles);
+        }
+        if (!groups.isEmpty()) {
+            mapping.insert(u"groups_claim", groups);
+        }
+        return true;
+    });
+}
+
+bool isRole(const QString& text) {
+    return text == u"admin" || text == u"publisher" || text == u"member";
+}
+
+}  // namespace
+
+int ssoMapCommand(const QString& server, QStringList& args) {
+    const QString word = args.isEmpty() ? QString() : args.takeFirst();
+    const qsizetype count = args.size();
+    if (word == u"list" && count == 0) {
+        return listMapping(server);
+    }
+    if (word == u"role" && count == 2 && isRole(args.at(1))) {
+        return changeMapping(server, addEntry(kRoles, args.at(0), args.at(1)));
+    }
+    if (word == u"group" && count == 2) {
+        return changeMapping(server, addEntry(kGroups, args.at(0), args.at(1)));
+    }
+    if (word == u"remove" && count == 1) {
+        return changeMapping(server, removeEntry(args.at(0)));
+    }
+    if (word == u"default" && count == 1) {
+        return changeMapping(server, [&](QJsonObject& mapping) {
+            mapping.insert(u"default_role", args.at(0));
+            return true;
+        });
+    }
+    if (word == u"claims") {
+        return setClaims(server, args);
+    }
+    return printUsage();
+}
+
+}  // namespace quorvelle

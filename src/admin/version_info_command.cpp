@@ -1,0 +1,18 @@
+#include "admin/version_info_command.h"
+
+#include "admin/server_command.h"
+
+namespace quorvelle {
+
+int serverVersionCommand(QStringList args) {
+    return onServer(std::move(args), [](const QString& server, QStringList&) {
+        const Reply reply =
+            getJson(server, QStringLiteral("/api/version"), QStringLiteral("server-version"));
+        return finish(reply, QStringLiteral("%1 %2 (schema v%3) at %4\n")
+                                 .arg(reply.object.value(u"name").toString(),
+                                      reply.object.value(u"version").toString(),
+                                      wholeNumber(reply.object.value(u"schema_version")), server));
+    });
+}
+
+}  // namespace quorvelle
