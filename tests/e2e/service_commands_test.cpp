@@ -1,0 +1,126 @@
+#include <gmock/gmock.h>
+
+#include "support/one_request.h"
+#include "support/qt_printers.h"
+
+namespace quorvelle::testing {
+namespace {
+
+TEST(ServiceCommands, ShowVersionLicenseAndPortal) {
+    checkOneRequestCommands(R"(
+server-version surplus | GET /api/version | | {'name':'quorvelled','version':'1.2.3','schema_version':9} | server-version | quorvelled 1.2.3 (schema v9) at SERVER\n
+license | GET /api/license | | {'status':'valid','tier':'team','licensee':'%1 Ltd','expires':'2027-01-31','days_left':71,'seats_used':2,'seats_cap':3} | license | License on SERVER: valid (team), licensee '%1 Ltd', through 2027-01-31, 71 days left\nSeats: 2 of 3 privileged seats used (admins + publishers)\n
+license | GET /api/license | | {'status':'expired','days_left':0,'seats_used':3,'seats_cap':3} | license | License on SERVER: expired, 0 days left\nSeats: 3 of 3 privileged seats used (admins + publishers) - all seats taken: add seats or disable a user\n
+license | GET /api/license | | {'status':'valid','seats_used':12,'seats_cap':0} | license | License on SERVER: valid\nPrivileged seats in use: 12 (admins + publishers; no seat limit on this license)\n
+cloud portal surplus | GET /api/cloud/portal | | {'url':'https://b/?a=1&b=%31'} | cloud portal | Billing portal (open in a browser, link is short-lived):\nhttps://b/?a=1&b=%31\n
+)");
+}
+
+TEST(ServiceCommands, LookAfterBackups) {
+    checkOneRequestCommands(R"(
+backup | POST /api/backup | | {'snapshot':'s-7'} | backup | Backup started: s-7 (runs on the server; 'quorvelle backups' shows the result)\n
+backups surplus | GET /api/backups | | {'note':'n'} | backups | Backups are not configured on SERVER (on the server: quorvelled backup init ...)\n
+backups | GET /api/backups | | {'configured':true,'bucket':'b','last':null} | backups | Backup bucket: b\nSchedule: off, no pruning\n0 snapshot(s)\n
+backups | GET /api/backups | | {'configured':true,'bucket':'b','running':true,'schedule':{'daily_at':'03:00','keep':7},'last':{'snapshot':'s2','finished_at':'2026-01-02'},'snapshots':[{'name':'s1','files':2,'bytes':9007199254740993},{'name':'s2','files':1}],'note':'%1'} | backups | Backup bucket: b (backup running)\nSchedule: daily at 03:00 (server time), keep 7\nLast: s2  2026-01-02\n  s1  2 file(s), 9007199254740993 bytes\n  s2  1 file(s), 0 bytes\n2 snapshot(s)\nnote: %1\n
+backups | GET /api/backups | | {'configured':true,'bucket':'b','schedule':{'daily_at':'','keep':1},'last':{'error':'disk full','snapshot':'s'},'snapshots':[]} | backups | Backup bucket: b\nSchedule: off, keep 1\nLast: FAILED: disk full\n0 snapshot(s)\n
+backup init --shared | POST /api/backup/init | {'mode':'shared'} | {'bucket':'b','prefix':'p/','encryption_key':'k%1'} | backup init | Backups configured: bucket 'b' under p/\n\nEncryption key - shown ONCE. Without it every snapshot is unreadable; keep it in\nyour password manager now:\n\nk%1\n
+backup init --endpoint e --bucket b --access-key a --secret-key s | POST /api/backup/init | {'mode':'separate','endpoint':'e','bucket':'b','access_key':'a','secret_key':'s','region':'auto'} | {'bucket':'b','prefix':''} | backup init | Backups configured: bucket 'b'\n\nEncryption key - shown ONCE. Without it every snapshot is unreadable; keep it in\nyour password manager now:\n\n\n
+backup schedule 03:00 --keep 0 | PUT /api/backup/config | {'daily_at':'03:00','keep':0} | {'daily_at':'03:01','keep':0} | backup schedule | Scheduled backups: daily at 03:01 (server time), no pruning\n
+backup schedule --keep 5000000001 oFF | PUT /api/backup/config | {'daily_at':'','keep':5000000001} | {'daily_at':'','keep':5000000001} | backup schedule | Scheduled backups: off, keep 5000000001 snapshot(s)\n
+backup schedule offset | PUT /api/backup/config | {'daily_at':'offset'} | {} | backup schedule | Scheduled backups: off, no pruning\n
+backup forget | DELETE /api/backup/config | | {} | backup forget | Backup target forgotten on SERVER (key file and snapshots untouched)\n
+)");
+}
+
+TEST(ServiceCommands, ConnectBuildStorage) {
+    checkOneRequestCommands(R"(
+storage show | GET /api/storage | | {'endpoint':'e'} | storage show | Build storage: not configured on SERVER\n
+storage show | GET /api/storage | | {'configured':true,'endpoint':'%2','region':'eu','bucket':'b','access_key_hint':'AK…9'} | storage show | Build storage on SERVER:\n  endpoint: %2\n  region: eu\n  bucket: b\n  key: AK…9\n
+storage test | POST /api/storage/test | | {'bucket':'b'} | storage test | Bucket reachable: 'b'\n
+storage set --region eu --endpoint e --bucket b --access-key a --secret-key s | PUT /api/storage | {'endpoint':'e','region':'eu','bucket':'b','access_key':'a','secret_key':'s'} | {'bucket':'B'} | storage set | Build storage connected: bucket 'B'\n
+storage set --endpoint e --bucket b --access-key a --secret-key s | PUT /api/storage | {'endpoint':'e','region':'auto','bucket':'b','access_key':'a','secret_key':'s'} | {} | storage set | Build storage connected: bucket ''\n
+storage forget | DELETE /api/storage | | {'x':1} | storage forget | Build storage forgotten on SERVER\n
+)");
+}
+
+TEST(ServiceCommands, ConnectSingleSignOn) {
+    checkOneRequestCommands(R"(
+sso show | GET /api/sso/config | | {} | sso show | SSO: not configured on SERVER\n
+sso show | GET /api/sso/config | | {'configured':true,'issuer':'%2','client_id':'c','scopes':'openid email','secret_set':true} | sso show | SSO on SERVER:\n  issuer: %2\n  client id: c\n  scopes: openid email\n  secret: stored\n
+sso show | GET /api/sso/config | | {'configured':true,'issuer':'i','client_id':'c','secret_set':false} | sso show | SSO on SERVER:\n  issuer: i\n  client id: c\n  scopes: \n  secret: missing\n
+sso test | POST /api/sso/config/test | | {'authorization_endpoint':'https://i/a?b=%20'} | sso test | Provider reachable: sign-in at https://i/a?b=%20\n
+sso set --issuer i --client-id c --client-secret s | PUT /api/sso/config | {'issuer':'i','client_id':'c','client_secret':'s','scopes':''} | {'issuer':'I'} | sso set | SSO configured: I\n
+sso set --scopes x --issuer i --client-id c --client-secret s | PUT /api/sso/config | {'issuer':'i','client_id':'c','client_secret':'s','scopes':'x'} | {} | sso set | SSO configured: \n
+sso clear | DELETE /api/sso/config | | {} | sso clear | SSO cleared on SERVER\n
+sso map list | GET /api/sso/mapping | | {'mapping':{'roles_claim':'r','groups_claim':'g','default_role':'member'}} | sso map list | SSO mapping on SERVER: (provider not set - defaults)\nclaims:       roles=r groups=g\ndefault role: member\nroles:        (none)\ngroups:       (none)\n
+sso map list | GET /api/sso/mapping | | {'configured':true,'mapping':{'roles':{'boss':'admin','dev':'publisher'},'groups':{'%1':'g'}}} | sso map list | SSO mapping on SERVER:\nclaims:       roles= groups=\ndefault role: \nrole:         boss -> admin\nrole:         dev -> publisher\ngroup:        %1 -> g\n
+)");
+}
+
+TEST(ServiceCommands, RefuseBeforeAnyRequest) {
+    const FakeServer server;
+    Sandbox box;
+    box.writeConfig({{"schema_version", 2}, {"server", server.url()}});
+    box.environment.insert("QUORVELLE_TRIAL_URL", server.url());
+    const QString backupInit =
+        "backup init needs --shared or --endpoint --bucket --access-key --secret-key";
+    const QString storageSet = "storage set needs --endpoint --bucket --access-key --secret-key";
+    const QString ssoSet = "sso set needs --issuer --client-id --client-secret";
+    for (const auto& [line, message] : QList<QPair<QString, QString>>{
+             {"backup init", backupInit},
+             {"backup init --bucket b --access-key a --secret-key s", backupInit},
+             {"backup init --endpoint e --access-key a --secret-key s", backupInit},
+             {"backup init --endpoint e --bucket b --secret-key s --region r", backupInit},
+             {"backup init --endpoint e --bucket b --access-key a", backupInit},
+             {"backup init --shared --bucket b", "--shared takes no bucket options"},
+             {"backup init --region r --shared", "--shared takes no bucket options"},
+             {"backup schedule 03:00 --keep -1", "--keep must be a number >= 0"},
+             {"backup schedule --keep 1.5 off", "--keep must be a number >= 0"},
+             {"backup schedule off --keep 9223372036854775808", "--keep must be a number >= 0"},
+             {"storage set --bucket b --access-key a --secret-key s", storageSet},
+             {"storage set --endpoint e --bucket b --access-key a --region r", storageSet},
+             {"sso set --client-id c --client-secret s", ssoSet},
+             {"sso set --issuer i --client-secret s", ssoSet},
+             {"sso set --issuer i --client-id c --scopes x", ssoSet},
+             {"license request-trial", "--name <licensee> is required"},
+         }) {
+        SCOPED_TRACE(line.toStdString());
+        expectError(box, args(line), 1, message);
+    }
+    expectError(box, {"backup", "schedule", "off", "--keep", ""}, 1,
+                "--keep must be a number >= 0");
+    expectUsage(box, {"backup", "schedule", ""});
+    EXPECT_THAT(server.lines(), ::testing::ElementsAre());
+}
+
+TEST(ServiceCommands, PrintTheUsageForAWrongCountOrWord) {
+    checkUsageLines(R"(
+license status
+license request-trial x --name y
+backup now
+backup init --shared x
+backup forget x
+backup schedule
+backup schedule 03:00 04:00
+storage
+storage Show
+storage show x
+storage set x
+sso
+sso show x
+sso set x --issuer i
+sso map
+sso map list x
+sso map role boss
+sso map role boss root
+sso map role boss admin x
+sso map group g
+sso map remove
+sso map default
+sso map claims
+sso map claims x --roles r
+)");
+}
+
+}  // namespace
+}  // namespace quorvelle::testing
