@@ -148,7 +148,7 @@ TEST(CommandTable, KnowsNothingElse) {
          {"Config", "configs", "subscription", "subscription rename x", "subscription Set-Interval",
           "server", "server set-root", "server set-root url", "server set-root url path more",
           "server set-token url", "server set-token url token more", "set-root url path",
-          "channel rename x", "build", "--help", "", "subscription set-interval-x"}) {
+          "channel rename x", "build", "cloud", "--help", "", "subscription set-interval-x"}) {
         SCOPED_TRACE(line);
         EXPECT_EQ(findCommand(QString(line).split(u' '), commandTable()), nullptr);
     }
