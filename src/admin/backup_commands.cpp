@@ -129,18 +129,16 @@ int backupInitCommand(QStringList args) {
 
 int backupScheduleCommand(QStringList args) {
     return onServer(std::move(args), [](const QString& server, QStringList& rest) {
-        const qsizetype given = rest.size();
-        const QString keep = takeOption(rest, QStringLiteral("--keep"));
-        const bool keepGiven = rest.size() < given;
+        const std::optional<QString> keep = takeGiven(rest, QStringLiteral("--keep"));
         // An empty time would turn the schedule off without a word of it.
         if (rest.size() != 1 || rest.first().isEmpty()) {
             return printUsage();
         }
         const bool off = rest.first().compare(u"off", Qt::CaseInsensitive) == 0;
         QJsonObject body{{QStringLiteral("daily_at"), off ? QString() : rest.first()}};
-        if (keepGiven) {
+        if (keep) {
             bool isNumber = false;
-            const qint64 count = keep.toLongLong(&isNumber);
+            const qint64 count = keep->toLongLong(&isNumber);
             if (!isNumber || count < 0) {
                 printError(QStringLiteral("--keep must be a number >= 0"));
                 return kExitUsage;
