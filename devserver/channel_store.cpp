@@ -55,7 +55,7 @@ Reply ChannelStore::remove(const QString& name) {
         return Refusal{500, QString("cannot delete channel '%1'").arg(name)};
     }
     channels_.remove(name);
-    return QJsonObject{{"channel", name}, {"unassigned_from_groups", 0}};
+    return QJsonObject{{"channel", name}};
 }
 
 Reply ChannelStore::save(const QJsonObject& channel) {

@@ -1,13 +1,10 @@
 #include "publishing_endpoints.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <algorithm>
 
 namespace quorvelle::devserver {
 namespace {
-
-constexpr qsizetype kMostBodyBytes = 1024 * 1024;
 
 std::variant<bool, Refusal> valueOf(const Call& call) {
     const QString value = call.query.value("value");
@@ -37,9 +34,33 @@ Reply deleteBuild(const Call& call, Service& service) {
     return service.builds.remove(call.name);
 }
 
+/// Takes a channel out of a list that each entry of a table has; returns how many had it.
+int unassign(PeopleTables& tables, const QString& table, const QString& list,
+             const QString& channel) {
+    int count = 0;
+    for (const QString& key : tables[table].toObject().keys()) {
+        QJsonObject entry = entryOf(tables, table, key);
+        if (namesIn(entry[list]).contains(channel)) {
+            entry[list] = withName(entry[list], channel, false);
+            setEntry(tables, table, key, entry);
+            ++count;
+        }
+    }
+    return count;
+}
+
 Reply deleteChannel(const Call& call, Service& service) {
     const std::lock_guard lock(service.promotions);
-    return service.channels.remove(call.name);
+    const Reply removed = service.channels.remove(call.name);
+    if (std::holds_alternative<Refusal>(removed)) {
+        return removed;
+    }
+    return service.people.with([&](PeopleTables& tables) -> Reply {
+        unassign(tables, "users", "follows", call.name);
+        return QJsonObject{
+            {"channel", call.name},
+            {"unassigned_from_groups", unassign(tables, "groups", "channels", call.name)}};
+    });
 }
 
 Reply publishChannel(const Call& call, Service& service) {
@@ -51,15 +72,9 @@ Reply publishChannel(const Call& call, Service& service) {
 }
 
 Reply setLaunchTargets(const Call& call, Service& service) {
-    QByteArray body;
-    const bool complete = call.body.read([&body](const char* data, size_t size) {
-        if (body.size() <= kMostBodyBytes) {
-            body.append(data, static_cast<qsizetype>(size));
-        }
-    });
-    const QJsonValue targets = QJsonDocument::fromJson(body)["launch_targets"];
+    const QJsonValue targets = jsonBody(call)["launch_targets"];
     const QJsonArray list = targets.toArray();
-    if (!complete || body.size() > kMostBodyBytes || !targets.isArray() ||
+    if (!targets.isArray() ||
         !std::all_of(list.begin(), list.end(), [](QJsonValue v) { return v.isObject(); })) {
         return Refusal{400, "the body must be an object with an array 'launch_targets' of objects"};
     }

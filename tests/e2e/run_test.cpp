@@ -18,7 +18,7 @@ protected:
     Run() {
         const QByteArray facts = R"(pwd; for a in "$@"; do echo "[$a]"; done)";
         install("tool", "echo to stderr >&2; " + facts + "; exit ${CODE:-3}");
-        install("bin/tell", "{ echo $$; readlink /proc/self/fd/1; grep SigIgn /proc/self/status; " +
+        install("bin/tell", "{ echo $$; readlink /proc/self/fd/2; grep SigIgn /proc/self/status; " +
                                 facts + "; } >\"$SAID\"");
         install("crash", "kill -ABRT $$");
         for (const char* file : {"plain", "readme.txt", "SETUP.BAT", "a b.ps1"}) {
@@ -78,10 +78,11 @@ TEST_F(Run, WaitsAndPassesEverythingOn) {
 }
 
 TEST_F(Run, StartsDetached) {
-    own("[{'label':'T %1','exe':'bin/tell','args':'a \"b c\"','working_dir':'bin'}]");
+    own(R"([{'label':'T %1','exe':'bin/tell','args':'a \"b c\"','working_dir':'bin'}])");
     for (const bool asJson : {false, true}) {
         QStringList words = args("run app --target T~%1").replaceInStrings("~", " ");
         const Outcome got = box.run(words + (asJson ? args("--json -- %2") : args("-- %2")));
+        ASSERT_EQ(got.code, 0) << got.err.toStdString();
         const QStringList said = QString::fromUtf8(box.read("said")).split('\n');
         EXPECT_THAT(said.mid(1),
                     ::testing::ElementsAre("/dev/null", "SigIgn:\t0000000000000000",
@@ -120,10 +121,13 @@ TEST_F(Run, StartsScriptsThroughTheirInterpreters) {
         expectOutcome(box.run(words + QStringList{"--wait", "--", "y z"}), 3, said, "to stderr\n");
         QFile::remove(box.path(row.interpreter));
         QFile::copy(box.path("app/bin/tell"), box.path(row.interpreter));
-        expectOutcome(box.run(words), 0, QString("Started ") + row.target + ": " + file + " x\n");
+        const Outcome text = box.run(words);
+        expectOutcome(text, 0, QString("Started ") + row.target + ": " + file + " x\n");
+        ASSERT_EQ(text.code, 0);
         EXPECT_TRUE(box.read("said").contains("\n[x]\n"));
-        EXPECT_EQ(box.run(words + QStringList("--json")).json(),
-                  (QJsonObject{{"exe", file}, {"pid", 0}}));
+        const Outcome asJson = box.run(words + QStringList("--json"));
+        EXPECT_EQ(asJson.json(), (QJsonObject{{"exe", file}, {"pid", 0}}));
+        ASSERT_EQ(asJson.code, 0);
         box.read("said");
         box.environment.insert("PATH", path);
     }
