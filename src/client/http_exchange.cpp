@@ -93,6 +93,9 @@ void HttpExchange::send() {
     if (!request.contentType.isEmpty()) {
         outgoing.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
     }
+    for (const auto& [name, value] : request.headers) {
+        outgoing.setRawHeader(name, value);
+    }
     if (request.bodyDevice != nullptr) {
         request.bodyDevice->seek(0);
         reply = manager.sendCustomRequest(outgoing, request.method, request.bodyDevice);
@@ -112,6 +115,13 @@ void HttpExchange::send() {
     reply->setReadBufferSize(kReadBufferBytes);
     connect(reply, &QNetworkReply::readyRead, this, &HttpExchange::readAvailable);
     connect(reply, &QNetworkReply::finished, this, &HttpExchange::onReplyFinished);
+}
+
+void HttpExchange::abort(const QString& reason) {
+    if (!reply.isNull() && !reply->isFinished()) {
+        abortReason = reason;
+        reply->abort();
+    }
 }
 
 void HttpExchange::readAvailable() {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QObject>
+#include <QPair>
 #include <QPointer>
 #include <QString>
 #include <QUrl>
@@ -31,6 +33,8 @@ struct HttpRequest {
     QByteArray body = {};
     /// A seekable, open body device that outlives the exchange, or none.
     QIODevice* bodyDevice = nullptr;
+    /// Further headers by name and value; they follow redirects, so none is a secret.
+    QList<QPair<QByteArray, QByteArray>> headers = {};
 };
 
 /// One request and its reply, redirects included. Event-driven: start() returns at
@@ -62,6 +66,10 @@ public:
 
     void start();
 
+    /// Gives a started exchange up, as failed for this reason; finished() is emitted
+    /// before the call returns. After finished() it does nothing.
+    void abort(const QString& reason);
+
     /// The rest is valid after finished().
 
     /// A reply of a status below 300 whose whole body arrived.
@@ -72,6 +80,9 @@ public:
 
     /// The same as a JSON object; empty when it is none.
     QJsonObject object() const;
+
+    /// The HTTP status of the reply, 0 when none arrived.
+    int statusCode() const { return status; }
 
     /// Why an exchange failed: the server's own "error" text, else the network error.
     QString failureReason() const;
