@@ -7,6 +7,7 @@
 #include "cli/server_commands.h"
 #include "cli/subscription_commands.h"
 #include "cli/version_command.h"
+#include "onboarding/storage_init_command.h"
 #include "sync/sync_command.h"
 
 namespace quorvelle {
@@ -44,6 +45,16 @@ constexpr Command kCommands[] = {
      .summary = "change how an up-to-date install is checked",
      .usage = "  quorvelle subscription set-self-heal <name> <none|quick|full|default>\n"
               "            Tide channels: check an up-to-date install against the manifest\n"},
+    {.words = "storage init",
+     .handler = storageInitCommand,
+     .summary = "create a Cloudflare R2 bucket and connect a server to it",
+     .usage = "  quorvelle storage init [--bucket <name>] [--jurisdiction eu|us|none] "
+              "[--single-token]\n"
+              "            [--account-id <id>] [--token-file <path>] [--server <url>]\n"
+              "            [--yes] [--ci-secret-file <path>]\n"
+              "            Cloudflare R2 onboarding; token from CLOUDFLARE_API_TOKEN or "
+              "--token-file\n"
+              "            without --yes it only reports what it would do\n"},
     {.words = "server set-root",
      .leastArguments = 2,
      .mostArguments = 2,

@@ -30,6 +30,7 @@ constexpr Source kSources[] = {
     {"subscriptions", "cli/subscription_commands.cpp"},
     {"subscription set-interval", "cli/subscription_commands.cpp"},
     {"subscription set-self-heal", "cli/subscription_commands.cpp"},
+    {"storage init", "onboarding/storage_init_command.cpp"},
     {"server set-root", "cli/server_commands.cpp"},
     {"server set-token", "cli/server_commands.cpp"},
     {"push", "admin/push_command.cpp"},
