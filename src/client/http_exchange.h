@@ -35,6 +35,9 @@ struct HttpRequest {
     QIODevice* bodyDevice = nullptr;
     /// Further headers by name and value; they follow redirects, so none is a secret.
     QList<QPair<QByteArray, QByteArray>> headers = {};
+    /// For a `body` that creates something: it is sent at most once. Otherwise the network
+    /// layer repeats a request whose connection breaks before the answer.
+    bool atMostOnce = false;
 };
 
 /// One request and its reply, redirects included. Event-driven: start() returns at
@@ -96,6 +99,7 @@ Q_SIGNALS:
 
 private:
     void send();
+    QNetworkReply* sendBodyOnce(QNetworkRequest outgoing);
     void readAvailable();
     void onReplyFinished();
     void conclude(const QString& reason);

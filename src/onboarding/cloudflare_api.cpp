@@ -56,7 +56,8 @@ CloudflareReply CloudflareApi::send(const Call& call) {
     HttpRequest request{.method = call.method,
                         .url = QUrl(baseUrl + call.path),
                         .token = token,
-                        .contentType = "application/json"};
+                        .contentType = "application/json",
+                        .atMostOnce = call.method == "POST"};
     if (!call.body.isEmpty()) {
         request.body = QJsonDocument(call.body).toJson(QJsonDocument::Compact);
     }
