@@ -28,7 +28,7 @@ TEST_F(Promote, PointsAChannelAtABuild) {
     EXPECT_EQ(json.code, 0);
     EXPECT_EQ(json.json(), kReply);
     EXPECT_THAT(server.lines(),
-                ElementsAre(std::string("POST ") + kPromoted, std::string("POST ") + kPromoted));
+                ElementsAre("POST " + std::string(kPromoted), "POST " + std::string(kPromoted)));
 }
 
 TEST_F(Promote, TakesTheBuildOfAnotherChannel) {
@@ -38,7 +38,7 @@ TEST_F(Promote, TakesTheBuildOfAnotherChannel) {
     expectOutcome(box.run(words), 0, "Channel 'live' now at build b 7 (from '100%1')\n");
     EXPECT_EQ(box.run(words + QStringList("--json")).json(), kReply);
     EXPECT_EQ(server.lines()[0], "GET /api/channels/100%251");
-    EXPECT_EQ(server.lines()[1], std::string("POST ") + kPromoted);
+    EXPECT_EQ(server.lines()[1], "POST " + std::string(kPromoted));
     EXPECT_EQ(server.requests()[0].header("Content-Type"), "(none)");
 }
 
