@@ -21,6 +21,7 @@
 #include "cli/subscription_commands.h"
 #include "cli/version_command.h"
 #include "launch/run_command.h"
+#include "onboarding/storage_init_command.h"
 #include "sync/join_command.h"
 #include "sync/login_command.h"
 #include "sync/reconcile_command.h"
@@ -94,6 +95,16 @@ constexpr Command kCommands[] = {
               "  quorvelle sso map remove <idp-role-or-group> [--server <url>]\n"
               "  quorvelle sso map default <role> [--server <url>]\n"
               "  quorvelle sso map claims --roles <claim> --groups <claim> [--server <url>]\n"},
+    {.words = "storage init",
+     .handler = storageInitCommand,
+     .summary = "create a Cloudflare R2 bucket and connect a server to it",
+     .usage = "  quorvelle storage init [--bucket <name>] [--jurisdiction eu|us|none] "
+              "[--single-token]\n"
+              "            [--account-id <id>] [--token-file <path>] [--server <url>]\n"
+              "            [--yes] [--ci-secret-file <path>]\n"
+              "            Cloudflare R2 onboarding; token from CLOUDFLARE_API_TOKEN or "
+              "--token-file\n"
+              "            without --yes it only reports what it would do\n"},
     {.words = "storage",
      .handler = storageCommand,
      .summary = "show or change where a server keeps tide builds",

@@ -4,7 +4,10 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
+#include <memory>
 #include <utility>
+
+#include "client/once_body.h"
 
 namespace quorvelle {
 
@@ -93,9 +96,14 @@ void HttpExchange::send() {
     if (!request.contentType.isEmpty()) {
         outgoing.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
     }
+    for (const auto& [name, value] : request.headers) {
+        outgoing.setRawHeader(name, value);
+    }
     if (request.bodyDevice != nullptr) {
         request.bodyDevice->seek(0);
         reply = manager.sendCustomRequest(outgoing, request.method, request.bodyDevice);
+    } else if (request.atMostOnce) {
+        reply = sendBodyOnce(outgoing);
     } else if (request.method == "GET") {
         reply = manager.get(outgoing);
     } else if (request.method == "DELETE") {
@@ -114,9 +122,29 @@ void HttpExchange::send() {
     connect(reply, &QNetworkReply::finished, this, &HttpExchange::onReplyFinished);
 }
 
+QNetworkReply* HttpExchange::sendBodyOnce(QNetworkRequest outgoing) {
+    outgoing.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
+    // A body that it had buffered could be sent again.
+    outgoing.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    auto device = std::make_unique<OnceBody>(request.body);
+    QNetworkReply* sent = manager.sendCustomRequest(outgoing, request.method, device.get());
+    device.release()->setParent(sent);
+    return sent;
+}
+
+void HttpExchange::abort(const QString& reason) {
+    if (!reply.isNull() && !reply->isFinished()) {
+        abortReason = reason;
+        reply->abort();
+    }
+}
+
 void HttpExchange::readAvailable() {
+    if (!abortReason.isEmpty()) {
+        return;
+    }
     const QByteArray bytes = reply->readAll();
-    if (bytes.isEmpty() || !abortReason.isEmpty()) {
+    if (bytes.isEmpty()) {
         return;
     }
     status = statusOf(*reply);
@@ -171,7 +199,9 @@ void HttpExchange::onReplyFinished() {
     } else if (reply->error() != QNetworkReply::NoError) {
         // The text alone does not tell a failure: it may be empty.
         failed = true;
-        conclude(reply->errorString());
+        conclude(reply->error() == QNetworkReply::ContentReSendError
+                     ? QStringLiteral("Connection closed")
+                     : reply->errorString());
     } else if (status >= 300) {
         if (target.isEmpty()) {
             conclude(QStringLiteral("the server sent neither an answer nor a redirect"));

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QObject>
+#include <QPair>
 #include <QPointer>
 #include <QString>
 #include <QUrl>
@@ -31,6 +33,11 @@ struct HttpRequest {
     QByteArray body = {};
     /// A seekable, open body device that outlives the exchange, or none.
     QIODevice* bodyDevice = nullptr;
+    /// Further headers by name and value; they follow redirects, so none is a secret.
+    QList<QPair<QByteArray, QByteArray>> headers = {};
+    /// For a `body` that creates something: it is sent at most once. Otherwise the network
+    /// layer repeats a request whose connection breaks before the answer.
+    bool atMostOnce = false;
 };
 
 /// One request and its reply, redirects included. Event-driven: start() returns at
@@ -62,6 +69,10 @@ public:
 
     void start();
 
+    /// Gives a started exchange up, as failed for this reason; finished() is emitted
+    /// before the call returns. After finished() it does nothing.
+    void abort(const QString& reason);
+
     /// The rest is valid after finished().
 
     /// A reply of a status below 300 whose whole body arrived.
@@ -88,6 +99,7 @@ Q_SIGNALS:
 
 private:
     void send();
+    QNetworkReply* sendBodyOnce(QNetworkRequest outgoing);
     void readAvailable();
     void onReplyFinished();
     void conclude(const QString& reason);

@@ -36,6 +36,7 @@ constexpr Source kSources[] = {
     {"backup init", "admin/backup_commands.cpp admin/bucket_options.cpp"},
     {"backup forget", "admin/backup_commands.cpp admin/bucket_options.cpp"},
     {"sso", "admin/sso_commands.cpp admin/sso_map_command.cpp"},
+    {"storage init", "onboarding/storage_init_command.cpp"},
     {"storage", "admin/storage_commands.cpp admin/bucket_options.cpp"},
     {"backup", "admin/backup_commands.cpp admin/bucket_options.cpp"},
     {"server set-root", "cli/server_commands.cpp"},

@@ -1,0 +1,98 @@
+#include "onboarding/report.h"
+
+#include <QJsonArray>
+
+#include "client/addresses.h"
+
+namespace quorvelle::onboarding {
+
+namespace {
+
+QString jurisdictionName(const Options& options) {
+    return options.jurisdiction.isEmpty() ? QStringLiteral("none") : options.jurisdiction;
+}
+
+QJsonObject tokenObject(const QString& name, const QString& use, bool writes) {
+    return {{QStringLiteral("name"), name},
+            {QStringLiteral("use"), use},
+            {QStringLiteral("access"),
+             writes ? QStringLiteral("read+write") : QStringLiteral("read-only")}};
+}
+
+QJsonArray tokensArray(const Options& options, const Onboarded& result) {
+    if (options.singleToken) {
+        return {tokenObject(result.ciToken, QStringLiteral("shared"), true)};
+    }
+    return {
+        tokenObject(result.serverToken, QStringLiteral("server"), result.backupsShareBucket),
+        tokenObject(result.ciToken, QStringLiteral("ci"), true),
+    };
+}
+
+QString tokensText(const Options& options, const Onboarded& result) {
+    if (options.singleToken) {
+        return QStringLiteral("one shared credential (%1)").arg(result.ciToken);
+    }
+    const QString access = result.backupsShareBucket
+                               ? QStringLiteral("read+write - backups share this bucket")
+                               : QStringLiteral("read-only");
+    return QStringLiteral("server %1 (%2), CI %3 (read+write)")
+        .arg(result.serverToken, access, result.ciToken);
+}
+
+}  // namespace
+
+QString preflightText(const Options& options, const Preflight& found) {
+    const QString taken =
+        found.bucketExists ? QStringLiteral("   ALREADY EXISTS") : QStringLiteral("   available");
+    const QString forGood =
+        options.jurisdiction.isEmpty() ? QString() : QStringLiteral(" (cannot be changed later)");
+    const QString credentials =
+        options.singleToken ? QStringLiteral("one token for the server and CI (fine for a demo)")
+                            : QStringLiteral("two tokens - one for the server, read+write for CI");
+    return QStringLiteral("Cloudflare account: ") + found.account.id + QStringLiteral(" (") +
+           found.account.name + QStringLiteral(")\nBucket:             ") + options.bucket + taken +
+           QStringLiteral("\nJurisdiction:       ") + jurisdictionName(options) + forGood +
+           QStringLiteral("\nS3 endpoint:        ") +
+           s3Endpoint(found.account.id, options.jurisdiction) +
+           QStringLiteral("\nCredentials:        ") + credentials +
+           QStringLiteral("\nServer to configure: ") + options.server + u'\n';
+}
+
+QString onboardedText(const Options& options, const Onboarded& result) {
+    return QStringLiteral("\nBuild storage is connected on ") + options.server +
+           QStringLiteral(":\n  bucket:   ") + options.bucket + QStringLiteral("\n  endpoint: ") +
+           result.endpoint + QStringLiteral("\n  tokens:   ") + tokensText(options, result) + u'\n';
+}
+
+QString tokenRightsHint() {
+    return QStringLiteral(
+               "\nThat token may not create credentials. Either add 'API Tokens - Edit' (user "
+               "scope) to it and run this again, or create the bucket and its two keys yourself "
+               "and connect them:\n ") +
+           kStorageGuide +
+           QStringLiteral(
+               "\n quorvelle storage set --endpoint <url> --bucket <b> --access-key <k> "
+               "--secret-key <s>\n");
+}
+
+QJsonObject reportObject(const Options& options, const Preflight& found, const Onboarded* result,
+                         bool isInFile) {
+    const QString endpoint = s3Endpoint(found.account.id, options.jurisdiction);
+    QJsonObject object{{QStringLiteral("account_id"), found.account.id},
+                       {QStringLiteral("bucket"), options.bucket},
+                       {QStringLiteral("jurisdiction"), jurisdictionName(options)},
+                       {QStringLiteral("endpoint"), endpoint},
+                       {QStringLiteral("server"), options.server},
+                       {QStringLiteral("created"), result != nullptr}};
+    if (result != nullptr) {
+        object.insert(QStringLiteral("tokens"), tokensArray(options, *result));
+        if (!isInFile) {
+            object.insert(QStringLiteral("ci"),
+                          ciVariables(endpoint, options.bucket, result->ciCredential));
+        }
+    }
+    return object;
+}
+
+}  // namespace quorvelle::onboarding

@@ -1,0 +1,36 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "support/fake_cloudflare.h"
+#include "support/process_runner.h"
+#include "support/qt_printers.h"
+
+namespace quorvelle::testing {
+
+/// The shell leaves its process id, which is the program's as well, for the signal.
+TEST(StorageInit, UndoesItsWorkWhenItIsInterrupted) {
+    const std::pair<std::size_t, int> table[] = {{6, SIGINT}, {9, SIGINT}, {9, SIGTERM}};
+    for (const auto& [request, signal] : table) {
+        SCOPED_TRACE(request);
+        Sandbox sandbox;
+        FakeCloudflare cloudflare;
+        cloudflare.failAt(request, Fault::kInterrupt);
+        cloudflare.interrupt = [&sandbox, number = signal] {
+            ::kill(sandbox.read("pid").trimmed().toInt(), number);
+        };
+        sandbox.environment.insert("QUORVELLE_CLOUDFLARE_API_URL", cloudflare.server.url());
+        sandbox.environment.insert("CLOUDFLARE_API_TOKEN", "operator-secret");
+        const Outcome outcome = sandbox.runProgram(
+            "/bin/sh",
+            {"-c", "echo $$ > pid; exec \"$@\"", "sh", quorvelleProgram(), "storage", "init",
+             "--yes", "--bucket", "builds-1", "--server", cloudflare.server.url()});
+        EXPECT_EQ(outcome.code, 2);
+        EXPECT_EQ(outcome.err, "interrupted\n");
+        EXPECT_EQ(cloudflare.left(), std::set<std::string>{});
+        EXPECT_EQ(cloudflare.server.lines().back(), "DELETE /accounts/acc/r2/buckets/builds-1");
+    }
+}
+
+}  // namespace quorvelle::testing

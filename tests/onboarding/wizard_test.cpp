@@ -1,0 +1,123 @@
+#include <gmock/gmock.h>
+
+#include "onboarding/cloudflare_api.h"
+#include "onboarding/interrupts.h"
+#include "support/raw_server.h"
+#include "wizard_fixture.h"
+
+namespace quorvelle::testing {
+
+using ::testing::ElementsAre;
+
+TEST_F(WizardTest, LeavesBehindWhatItSays) {
+    for (const Fault fault :
+         {Fault::kRefuse, Fault::kGarbage, Fault::kLoseRequest, Fault::kLoseAnswer}) {
+        checkEverywhere(fault, 1);
+    }
+    EXPECT_GT(endings["connected"], 20);
+    EXPECT_GT(endings["undone"], 100);
+    EXPECT_GT(endings["left behind"], 50);
+}
+
+/// What a user reads when one request goes wrong, and which exit code a script sees.
+TEST_F(WizardTest, SaysWhatWentWrong) {
+    const std::string server = cloudflare.server.url().toStdString();
+    const std::string no = "Cloudflare: no, (token)\n";
+    const std::string byHand = "could not undo everything - delete this by hand in Cloudflare: ";
+    const std::string hint =
+        no +
+        "\nThat token may not create credentials. Either add 'API Tokens - Edit' (user scope) to "
+        "it and run this again, or create the bucket and its two keys yourself and connect them:\n"
+        " https://quorvelle.example/docs/build-storage\n"
+        " quorvelle storage set --endpoint <url> --bucket <b> --access-key <k> --secret-key <s>\n";
+    struct Row {
+        std::vector<At> faults;
+        std::string err;
+    };
+    for (const Row& row : {
+             Row{{{3, Fault::kRefuse}}, no},
+             Row{{{3, Fault::kGarbage}}, "Cloudflare: Cloudflare refused the request\n"},
+             Row{{{4, Fault::kLoseAnswer}}, "Cloudflare: Connection closed\n"},
+             Row{{{5, Fault::kRefuse}}, hint},
+             Row{{{6, Fault::kRefuse}}, no},
+             Row{{{8, Fault::kRefuse}}, hint},
+             Row{{{9, Fault::kRefuse}, {11, Fault::kRefuse}},
+                 [&] {
+                     std::string text = hint;
+                     return text.insert(no.size(), byHand + "bucket builds-1\n");
+                 }()},
+             Row{{{9, Fault::kLoseAnswer}, {10, Fault::kRefuse}},
+                 "Cloudflare: Connection closed\n" + byHand +
+                     "API token tok-1, API token builds-1-ci\n"},
+             Row{{{10, Fault::kRefuse}}, server + " refused the storage settings: no\n"},
+             Row{{{10, Fault::kLoseRequest}}, server + " did not answer: Connection closed\n"},
+         }) {
+        const Ran ran = runWith(false, row.faults, usual + " --yes");
+        EXPECT_EQ(ran.err, row.err);
+        EXPECT_EQ(ran.code, 2);
+    }
+}
+
+TEST_F(WizardTest, WaitsHalfAMinuteForTheCredential) {
+    cloudflare.failAt(10, Fault::kRefuse);
+    const Ran ran = run(usual + " --yes");
+    EXPECT_THAT(ran.out,
+                ::testing::EndsWith("Waiting for Cloudflare to activate the new credential\n"));
+    const auto lines = cloudflare.server.lines();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "PUT /api/storage"), 16);
+}
+
+TEST_F(WizardTest, GivesUpACallThatTakesTooLong) {
+    const RawServer silent({});
+    api.set(silent.url().toUtf8());
+    callLimit = 20;
+    EXPECT_EQ(run(usual).err, "Cloudflare: Cloudflare did not answer within 0 seconds\n");
+    EXPECT_EQ(onboarding::Surroundings{}.callLimit.count(), 30000);
+}
+
+TEST_F(WizardTest, SendsCreationsOnlyOnce) {
+    const RawServer dead({"", "", ""});
+    onboarding::Interrupts interrupts;
+    onboarding::BoundedCalls calls(interrupts);
+    onboarding::CloudflareApi direct(calls, dead.url(), "t");
+    EXPECT_FALSE(direct.createBucket({"acc", "", "builds-1"}).done());
+    EXPECT_EQ(dead.served(), 1);
+}
+
+/// The whole conversation: line, jurisdiction, body.
+TEST_F(WizardTest, AsksForExactlyWhatItNeeds) {
+    const auto policy = [](const char* name, const char* groups) {
+        return std::string("POST /user/tokens|(none)|{'name':'builds-1-") + name +
+               "','policies':[{'effect':'allow','permission_groups':[" + groups +
+               "],'resources':{'com.cloudflare.edge.r2.bucket.acc_eu_builds-1':'*'}}]}";
+    };
+    EXPECT_EQ(run(usual + "/ --jurisdiction eu --yes").code, 0);
+    std::vector<std::string> seen;
+    for (const SeenRequest& request : cloudflare.server.requests()) {
+        const bool isOurs = request.target.starts_with("/api/");
+        EXPECT_EQ(request.header("Authorization"), isOurs ? "(none)" : "Bearer operator-secret");
+        EXPECT_EQ(request.header("Content-Type"),
+                  request.line() == "GET /api/backups" ? "(none)" : "application/json");
+        seen.push_back(request.line() + '|' + request.header("cf-r2-jurisdiction") + '|' +
+                       QByteArray::fromStdString(request.body).replace('"', '\'').toStdString());
+    }
+    EXPECT_THAT(
+        seen,
+        ElementsAre(
+            "GET /accounts|(none)|", "GET /accounts/acc/r2/buckets|eu|", "GET /accounts|(none)|",
+            "GET /accounts/acc/r2/buckets|eu|", "GET /user/tokens/permission_groups|(none)|",
+            "POST /accounts/acc/r2/buckets|eu|{'name':'builds-1'}", "GET /api/backups|(none)|",
+            policy("server", "{'id':'r'}"), policy("ci", "{'id':'r'},{'id':'w'}"),
+            // SHA-256 of "value-tok-1", by sha256sum
+            "PUT /api/storage|(none)|{'access_key':'tok-1','bucket':'builds-1',"
+            "'endpoint':'https://acc.eu.r2.cloudflarestorage.com','region':'auto',"
+            "'secret_key':'acd524554c37e60a3e8b854321e1006748567e151f2496cb5ae27cd358261ffd'}"));
+    cloudflare.reset(false);
+    cloudflare.failAt(10, Fault::kRefuse);
+    run(usual + " --jurisdiction eu --yes");
+    EXPECT_EQ(cloudflare.server.requests().back().line() + '|' +
+                  cloudflare.server.requests().back().header("cf-r2-jurisdiction"),
+              "DELETE /accounts/acc/r2/buckets/builds-1|eu");
+}
+
+}  // namespace quorvelle::testing
