@@ -97,11 +97,8 @@ channel launch add a --exe e
 channel launch add a b --label l --exe e
 channel launch add --label l --exe e --primary a --args
 channel launch remove a
-channel launch remove a b c
 channel launch primary a
-channel launch primary a b c
 channel launch primary a b --clear
-channel launch clear a b
 )");
 }
 

@@ -9,8 +9,11 @@ namespace quorvelle::testing {
 
 namespace {
 
-QJsonArray list(const char* text) {
-    return json(QByteArray("{'list':") + text + '}').value("list").toArray();
+QJsonArray list(QByteArray text) {
+    text.replace("EMPTY",
+                 "'working_dir':'','admin_args':'','pre_args':'','post_args':'',"
+                 "'ignore_server':false,'favorite':false,'primary':false");
+    return json("{'list':" + text + '}').value("list").toArray();
 }
 
 }  // namespace
@@ -32,20 +35,17 @@ TEST(LaunchTargets, AreMerged) {
               'admin_args':'a','pre_args':'','post_args':'','ignore_server':false,
               'favorite':false,'primary':true}])"},
         {"an override follows label and executable, and adjusts nothing else",
-         "[{'label':'L','exe':'e','args':'new'},{'label':'L','exe':'f'}]",
+         "[{'label':'L','exe':'e','args':'new'},{'label':'L','exe':'f'},7,{}]",
          R"({'admin_overrides':{'L\u001fe':{'pre_args':'p','post_args':'q','ignore_server':true,
               'favorite':true,'primary':true,'exe':'evil','allow_outside':true},'L':{'pre_args':'z'}}})",
          R"([{'source':'admin','akey':'L\u001fe','label':'L','exe':'e','working_dir':'',
               'admin_args':'new','pre_args':'p','post_args':'q','ignore_server':true,
               'favorite':true,'primary':false},
-             {'source':'admin','akey':'L\u001ff','label':'L','exe':'f','working_dir':'',
-              'admin_args':'','pre_args':'','post_args':'','ignore_server':false,
-              'favorite':false,'primary':false}])"},
-        {"the user's stand last, with their places and all their keys", "[7,{}]",
+             {'source':'admin','akey':'L\u001ff','label':'L','exe':'f',EMPTY},
+             {'source':'admin','akey':'\u001f','label':'','exe':'',EMPTY}])"},
+        {"the user's stand last, with their places and all their keys", "[{'label':'b'}]",
          "{'launch_targets':[{'label':'b','x':[1],'source':'admin'},'no',{'allow_outside':true}]}",
-         R"([{'source':'admin','akey':'\u001f','label':'','exe':'','working_dir':'',
-              'admin_args':'','pre_args':'','post_args':'','ignore_server':false,
-              'favorite':false,'primary':false},
+         R"([{'source':'admin','akey':'b\u001f','label':'b','exe':'',EMPTY},
              {'source':'user','uindex':0,'label':'b','x':[1]},
              {'source':'user','uindex':2,'allow_outside':true}])"},
     };
