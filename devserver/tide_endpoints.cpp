@@ -17,21 +17,23 @@ QString pathOf(const QString& kind, const QString& name) {
     return QString("/tide/%1/%2").arg(kind, QString::fromLatin1(QUrl::toPercentEncoding(name)));
 }
 
-QJsonObject descriptorOf(const QJsonObject& manifest, const Call& call, const Signer& signer) {
+QJsonObject descriptorOf(const TidePublisher::Published& published, const Call& call,
+                         const Signer& signer) {
+    const auto& [id, manifest] = published;
     const auto url = [&](const QString& kind, const QString& name) {
         return "http://" + call.host + signer.openPath(pathOf(kind, name));
     };
     QJsonObject chunks;
     for (const QJsonValue& file : manifest["files"].toArray()) {
         for (const QJsonValue& chunk : file["chunks"].toArray()) {
-            const QString id = chunk["h"].toString();
-            chunks.insert(id, url(kChunks, id));
+            const QString chunkId = chunk["h"].toString();
+            chunks.insert(chunkId, url(kChunks, chunkId));
         }
     }
     return {{"build", manifest["build"]},
             {"created", manifest["created"]},
-            {"manifest_url", url(kManifests, call.name)},
-            {"manifest_sig_url", url(kSignatures, call.name)},
+            {"manifest_url", url(kManifests, id)},
+            {"manifest_sig_url", url(kSignatures, id)},
             {"chunks", chunks}};
 }
 
@@ -49,11 +51,11 @@ Reply showDescriptor(const Call& call, const Service& service) {
     if (call.host.isEmpty()) {
         return Refusal{400, "the request names no host to make URLs for"};
     }
-    const auto manifest = service.tide.manifest(call.name);
-    if (!manifest) {
-        return Refusal{500, QString("cannot read the manifest of channel '%1'").arg(call.name)};
+    const auto published = service.tide.current(call.name);
+    if (!published) {
+        return Refusal{404, QString("channel '%1' has no manifest").arg(call.name)};
     }
-    return descriptorOf(*manifest, call, service.signer);
+    return descriptorOf(*published, call, service.signer);
 }
 
 /// Serves a file to whoever has an expiring URL for it.

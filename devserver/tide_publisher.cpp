@@ -1,9 +1,11 @@
 #include "tide_publisher.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QJsonDocument>
 #include <fstream>
 #include <string>
+#include <utility>
 
 #include "names.h"
 #include "tide/blake3_hash.h"
@@ -78,24 +80,36 @@ TidePublisher::Cut TidePublisher::cut(const QString& file) {
 std::optional<Refusal> TidePublisher::record(const QString& channel,
                                              const QJsonObject& manifest) const {
     const QByteArray bytes = QJsonDocument(manifest).toJson(QJsonDocument::Compact);
-    if (!dir_.mkpath(fileNameFor(channel).value_or(QString())) ||
-        !writeWhole(manifestPath(channel), bytes) ||
-        !writeWhole(signaturePath(channel), signer_.signatureOf(bytes))) {
+    const QString id = QString::fromStdString(tide::blake3Hex(bytes.toStdString()));
+    if (!dir_.mkpath("manifests") || !dir_.mkpath("channels") ||
+        !writeWhole(manifestPath(id), bytes) ||
+        !writeWhole(signaturePath(id), signer_.signatureOf(bytes)) ||
+        !writeWhole(switchPath(channel), id.toLatin1())) {
         return Refusal{500, QString("cannot record the manifest of channel '%1'").arg(channel)};
     }
     return std::nullopt;
 }
 
-std::optional<QJsonObject> TidePublisher::manifest(const QString& channel) const {
-    return readJson(manifestPath(channel));
+std::optional<TidePublisher::Published> TidePublisher::current(const QString& channel) const {
+    QFile file(switchPath(channel));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return std::nullopt;
+    }
+    const QString id = QString::fromLatin1(file.readAll());
+    auto manifest = readJson(manifestPath(id));
+    return manifest ? std::optional(Published{id, std::move(*manifest)}) : std::nullopt;
 }
 
-QString TidePublisher::manifestPath(const QString& channel) const {
-    return dir_.filePath(fileNameFor(channel).value_or(QString()) + "/manifest.json");
+QString TidePublisher::manifestPath(const QString& manifestId) const {
+    return dir_.filePath("manifests/" + manifestId + ".json");
 }
 
-QString TidePublisher::signaturePath(const QString& channel) const {
-    return manifestPath(channel) + ".sig";
+QString TidePublisher::signaturePath(const QString& manifestId) const {
+    return manifestPath(manifestId) + ".sig";
+}
+
+QString TidePublisher::switchPath(const QString& channel) const {
+    return dir_.filePath("channels/" + fileNameFor(channel).value_or(QString()));
 }
 
 }  // namespace quorvelle::devserver

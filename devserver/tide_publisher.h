@@ -15,24 +15,33 @@
 namespace quorvelle::devserver {
 
 /// Turns builds into what the tide engine downloads: chunks, stored once whatever build
-/// holds them, and below "tide/<channel>/" the channel's manifest, "manifest.json", with
-/// its signature, "manifest.json.sig". What it is made with must outlive it.
+/// holds them, manifests "tide/manifests/<id>.json", named by their digest, each with its
+/// signature "<id>.json.sig" beside it, and in "tide/channels/<channel>" the id of the
+/// channel's manifest. Replacing that one file is the switch to another build: manifest and
+/// signature always match, also for those who were told of the one before. What it is made
+/// with must outlive it.
 class TidePublisher {
 public:
     TidePublisher(const DataFolder& folder, const BuildStore& builds, const Signer& signer)
         : chunks_(folder), builds_(builds), signer_(signer), dir_(folder.dir().filePath("tide")) {}
 
     /// Makes a finalized build the channel's: cuts its files, stores the chunks that are
-    /// new, then replaces the manifest and its signature. One call at a time, and it
-    /// takes as long as reading the whole build does.
+    /// new, writes and signs the manifest, then switches. One call at a time, and it takes
+    /// as long as reading the whole build does.
     std::optional<Refusal> publish(const QString& channel, const QString& build);
 
-    /// The channel's manifest as it lies on disk; nothing where it has none that can be
-    /// read. Any thread may call this and the functions below.
-    std::optional<QJsonObject> manifest(const QString& channel) const;
+    /// What a channel stands at.
+    struct Published {
+        QString manifestId;
+        QJsonObject manifest;
+    };
 
-    QString manifestPath(const QString& channel) const;
-    QString signaturePath(const QString& channel) const;
+    /// As it lies on disk; nothing where the channel has no manifest that can be read. Any
+    /// thread may call this and the functions below.
+    std::optional<Published> current(const QString& channel) const;
+
+    QString manifestPath(const QString& manifestId) const;
+    QString signaturePath(const QString& manifestId) const;
 
     /// Empty when no chunk has this id.
     QString chunkPath(const QString& id) const { return chunks_.find(id); }
@@ -46,6 +55,7 @@ private:
 
     Cut cut(const QString& file);
     std::optional<Refusal> record(const QString& channel, const QJsonObject& manifest) const;
+    QString switchPath(const QString& channel) const;
 
     ChunkStore chunks_;
     const BuildStore& builds_;

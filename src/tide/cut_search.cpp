@@ -7,6 +7,7 @@ namespace {
 constexpr std::size_t kHashBits = 64;
 /// Bytes that a lane searches before the lanes move on together.
 constexpr std::size_t kLane = 1024;
+constexpr std::size_t kLanes = 4;
 
 std::array<std::uint64_t, 256> makeGearTable() {
     std::array<std::uint64_t, 256> table{};
@@ -28,20 +29,28 @@ std::uint64_t hashOfLast(const char* end, const std::uint64_t* gear) {
     return hash;
 }
 
-/// Whether one of the two lanes at `bytes` holds a cut; `hash` enters as the hash before
-/// the first lane and leaves, when there is none, as the hash after the second.
+/// Whether one of the lanes from `bytes` on holds a cut; `hash` enters as the hash before
+/// the first lane and leaves, when there is none, as the hash after the last.
 bool lanesHoldCut(const char* bytes, std::uint64_t mask, std::uint64_t& hash,
                   const std::uint64_t* gear) {
     std::uint64_t first = hash;
     std::uint64_t second = hashOfLast(bytes + kLane, gear);
+    std::uint64_t third = hashOfLast(bytes + 2 * kLane, gear);
+    std::uint64_t fourth = hashOfLast(bytes + 3 * kLane, gear);
+    const auto takeIn = [gear](std::uint64_t before, const char* at) {
+        return (before << 1U) + gear[static_cast<unsigned char>(*at)];
+    };
     for (const char* at = bytes; at != bytes + kLane; ++at) {
-        first = (first << 1U) + gear[static_cast<unsigned char>(at[0])];
-        second = (second << 1U) + gear[static_cast<unsigned char>(at[kLane])];
-        if ((first & mask) == 0 || (second & mask) == 0) {
+        first = takeIn(first, at);
+        second = takeIn(second, at + kLane);
+        third = takeIn(third, at + 2 * kLane);
+        fourth = takeIn(fourth, at + 3 * kLane);
+        if ((first & mask) == 0 || (second & mask) == 0 || (third & mask) == 0 ||
+            (fourth & mask) == 0) {
             return true;
         }
     }
-    hash = second;
+    hash = fourth;
     return false;
 }
 
@@ -68,13 +77,13 @@ std::size_t scanByteByByte(std::string_view bytes, std::uint64_t mask, std::uint
 std::size_t scanInLanes(std::string_view bytes, std::uint64_t mask, std::uint64_t& hash) {
     const std::uint64_t* const gear = gearTable().data();
     std::size_t searched = 0;
-    while (bytes.size() - searched >= 2 * kLane) {
-        // A hit may be the second lane's, with an earlier one still ahead in the first:
-        // the plain search over these few bytes settles which comes first.
+    while (bytes.size() - searched >= kLanes * kLane) {
+        // A hit may be a later lane's, with an earlier one still ahead in another: the
+        // plain search over these few bytes settles which comes first.
         if (lanesHoldCut(bytes.data() + searched, mask, hash, gear)) {
             break;
         }
-        searched += 2 * kLane;
+        searched += kLanes * kLane;
     }
     const std::size_t rest = scanByteByByte(bytes.substr(searched), mask, hash);
     return rest == 0 ? 0 : searched + rest;

@@ -24,7 +24,7 @@ using CutScan = std::size_t (*)(std::string_view bytes, std::uint64_t mask, std:
 std::size_t scanByteByByte(std::string_view bytes, std::uint64_t mask, std::uint64_t& hash);
 
 /// The same cuts sooner. A byte's share of the hash is shifted out by the 64 bytes after
-/// it, so the search may begin anywhere once 64 bytes before are taken in: two stretches
+/// it, so the search may begin anywhere once 64 bytes before are taken in: four stretches
 /// are searched in step, which keeps a processor busy that would else wait for each sum.
 std::size_t scanInLanes(std::string_view bytes, std::uint64_t mask, std::uint64_t& hash);
 

@@ -75,9 +75,13 @@ bool appendEntity(std::string& text, std::string_view name) {
 }
 
 std::string unescaped(std::string_view xml) {
+    // With the "&" and the ";". Without a bound a text of "&" alone would be searched to
+    // its end once for each.
+    constexpr std::size_t kLongestEntity = 12;
     std::string text;
     while (!xml.empty()) {
-        const std::size_t end = xml.front() == '&' ? xml.find(';') : std::string_view::npos;
+        const std::size_t end =
+            xml.front() == '&' ? xml.substr(0, kLongestEntity).find(';') : std::string_view::npos;
         if (end != std::string_view::npos && appendEntity(text, xml.substr(1, end - 1))) {
             xml.remove_prefix(end + 1);
         } else {

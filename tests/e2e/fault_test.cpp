@@ -1,10 +1,11 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
+#include <iostream>
 
-#include "support/cargo_world.h"
 #include "support/faulty_run.h"
 #include "support/qt_printers.h"
+#include "support/sync_world.h"
 
 namespace quorvelle::testing {
 
@@ -16,9 +17,11 @@ using ::testing::Values;
 
 const QStringList kSync{"sync"};
 const QString kStagedMarker = "games/.quorvelle/app.staged.json";
+const QString kStagingBuild = "games/.quorvelle/app.staging.build";
 
 struct FaultCase {
     const char* name;
+    Engine engine;
     Start start;
     const char* before;
 };
@@ -36,7 +39,7 @@ protected:
         return runFaulty(sandbox, kSync, {.call = call, .error = std::get<1>(GetParam())});
     }
 
-    CargoWorld world;
+    SyncWorld world{row().engine};
 };
 
 }  // namespace
@@ -45,6 +48,7 @@ TEST_P(FaultySync, TellsTheTruthAndIsMadeGoodByTheNext) {
     Sandbox untroubled;
     const int calls = syncFromStart(untroubled, 0).calls;
     ASSERT_GT(calls, 30);
+    std::cout << calls << " calls\n";
     for (const int call : faultPoints(calls)) {
         Sandbox sandbox;
         const FaultyOutcome faulty = syncFromStart(sandbox, call);
@@ -56,22 +60,26 @@ TEST_P(FaultySync, TellsTheTruthAndIsMadeGoodByTheNext) {
         if (faulty.code == 0) {
             EXPECT_EQ(standing(sandbox), "build 2");
         }
-        if (faulty.err.contains("build activated, but could not record its id")) {
+        if (row().engine == Engine::kCargo &&
+            faulty.err.contains("build activated, but could not record its id")) {
             // The one state that lasts until the channel moves on.
             EXPECT_EQ(sandbox.run(kSync).code, 3);
             EXPECT_EQ(standing(sandbox), "build 2");
         } else {
-            expectConvergence(sandbox, true);
+            expectConvergence(sandbox, row().engine, true);
         }
     }
 }
 
-TEST(FaultyDownload, NeverLeavesAStagedMarkerOverFilesOfAnotherBuild) {
-    CargoWorld world;
-    world.server.onJson("GET", "/api/builds/b2/files?path=readme", {}, 500);
+class FaultyDownload : public ::testing::TestWithParam<Engine> {};
+
+TEST_P(FaultyDownload, NeverLeavesAStagedMarkerOverFilesOfAnotherBuild) {
+    SyncWorld world(GetParam());
+    world.breakDownload();
     const auto syncOverStaged = [&](Sandbox& sandbox, Fault fault) {
         world.prepare(sandbox, Start::kStaged);
         sandbox.write(kStagedMarker, R"({"build": "waiting"})");
+        sandbox.write(kStagingBuild, "waiting");
         return runFaulty(sandbox, kSync, fault);
     };
     Sandbox untroubled;
@@ -90,15 +98,23 @@ TEST(FaultyDownload, NeverLeavesAStagedMarkerOverFilesOfAnotherBuild) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Starts, FaultySync,
-                         Combine(Values(FaultCase{"FirstInstall", Start::kNothing, "nothing"},
-                                        FaultCase{"Update", Start::kBuild1, "build 1"},
-                                        FaultCase{"RetryOfStaged", Start::kStaged, "build 1"}),
-                                 Values(EIO, ENOSPC)),
+INSTANTIATE_TEST_SUITE_P(Engines, FaultyDownload, Values(Engine::kCargo, Engine::kTide),
                          [](const auto& row) {
-                             return std::string(std::get<0>(row.param).name) +
-                                    (std::get<1>(row.param) == EIO ? "WithReadWriteError"
-                                                                   : "WithFullDisk");
+                             return row.param == Engine::kTide ? "Tide" : "Cargo";
                          });
+
+INSTANTIATE_TEST_SUITE_P(
+    Starts, FaultySync,
+    Combine(Values(FaultCase{"FirstInstall", Engine::kCargo, Start::kNothing, "nothing"},
+                   FaultCase{"Update", Engine::kCargo, Start::kBuild1, "build 1"},
+                   FaultCase{"RetryOfStaged", Engine::kCargo, Start::kStaged, "build 1"},
+                   FaultCase{"TideFirstInstall", Engine::kTide, Start::kNothing, "nothing"},
+                   FaultCase{"TideUpdate", Engine::kTide, Start::kBuild1, "build 1"},
+                   FaultCase{"TideRetryOfStaged", Engine::kTide, Start::kStaged, "build 1"}),
+            Values(EIO, ENOSPC)),
+    [](const auto& row) {
+        return std::string(std::get<0>(row.param).name) +
+               (std::get<1>(row.param) == EIO ? "WithReadWriteError" : "WithFullDisk");
+    });
 
 }  // namespace quorvelle::testing

@@ -2,8 +2,8 @@
 
 #include <iostream>
 
-#include "support/cargo_world.h"
 #include "support/faulty_run.h"
+#include "support/sync_world.h"
 
 namespace quorvelle::testing {
 
@@ -16,6 +16,7 @@ const QStringList kSync{"sync"};
 
 struct KillCase {
     const char* name;
+    Engine engine;
     Start start;
     const char* before;
 };
@@ -42,7 +43,7 @@ protected:
                     AnyOf(GetParam().before, "build 2", "old: build 1, staging: build 2"));
     }
 
-    CargoWorld world;
+    SyncWorld world{GetParam().engine};
 };
 
 }  // namespace
@@ -58,7 +59,7 @@ TEST_P(KilledSync, LeavesOneWholeBuildAndIsMadeGoodByTheNext) {
         ASSERT_TRUE(killed.wasKilled()) << killed.code << killed.out.toStdString();
         ++kills;
         expectWhole(sandbox);
-        expectConvergence(sandbox);
+        expectConvergence(sandbox, GetParam().engine);
     }
     std::cout << kills << " kill points of " << calls << " calls\n";
 }
@@ -75,17 +76,21 @@ TEST_P(KilledSync, IsMadeGoodAlsoAfterAKillOfTheRecovery) {
         runFaulty(sandbox, kSync, {.call = call});
         kills += runFaulty(sandbox, kSync, {.call = second}).wasKilled() ? 1 : 0;
         expectWhole(sandbox);
-        expectConvergence(sandbox);
+        expectConvergence(sandbox, GetParam().engine);
     }
     EXPECT_GT(kills, 0);
     std::cout << kills << " pairs of kills\n";
 }
 
-INSTANTIATE_TEST_SUITE_P(Starts, KilledSync,
-                         Values(KillCase{"FirstInstall", Start::kNothing, "nothing"},
-                                KillCase{"Update", Start::kBuild1, "build 1"},
-                                KillCase{"RetryOfStaged", Start::kStaged, "build 1"},
-                                KillCase{"LegacyState", Start::kLegacy, "build 1"}),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Starts, KilledSync,
+    Values(KillCase{"FirstInstall", Engine::kCargo, Start::kNothing, "nothing"},
+           KillCase{"Update", Engine::kCargo, Start::kBuild1, "build 1"},
+           KillCase{"RetryOfStaged", Engine::kCargo, Start::kStaged, "build 1"},
+           KillCase{"LegacyState", Engine::kCargo, Start::kLegacy, "build 1"},
+           KillCase{"TideFirstInstall", Engine::kTide, Start::kNothing, "nothing"},
+           KillCase{"TideUpdate", Engine::kTide, Start::kBuild1, "build 1"},
+           KillCase{"TideRetryOfStaged", Engine::kTide, Start::kStaged, "build 1"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace quorvelle::testing

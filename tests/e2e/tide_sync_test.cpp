@@ -2,11 +2,18 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonDocument>
 
+#include "support/fake_bucket.h"
 #include "support/tide_fixture.h"
 
 namespace quorvelle::testing {
 namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::Not;
+using ::testing::StartsWith;
 
 class TideSync : public TideTest {};
 
@@ -169,6 +176,50 @@ TEST_P(TideSync, NamesABuildByItsTimeWhenItHasNoOtherName) {
     }
     describe({{"build", ""}, {"created", qint64{5000000000}}}, kOne);
     expectSync("synced", whole("5000000000", kThreeChunks), retried("5000000000"));
+}
+
+TEST_P(TideSync, ReadsFromTheBucketWhatHasNoUrl) {
+    FakeBucket bucket;
+    const auto target = [](const std::string& key) { return "/tide%20test/" + key + " 200"; };
+    const auto chunkKey = [](const std::string& bytes) {
+        const std::string id = chunkId(bytes).toStdString();
+        return "chunks/" + id.substr(0, 2) + '/' + id;
+    };
+    const auto publishInBucket = [&](const TideFiles& files) {
+        for (const TideFile& file : files) {
+            for (const std::string& bytes : file.chunks) {
+                bucket.store(chunkKey(bytes), bytes);
+            }
+        }
+        const QByteArray manifest = QJsonDocument(tideManifest("stable", files)).toJson();
+        bucket.store("channels/stable/manifest.json", manifest.toStdString());
+    };
+    box.environment.insert("TIDE_S3_ENDPOINT", QString::fromStdString(bucket.endpoint()));
+    box.environment.insert("TIDE_S3_REGION", FakeBucket::kRegion);
+    box.environment.insert("TIDE_S3_BUCKET", FakeBucket::kName);
+    box.environment.insert("TIDE_S3_KEY", FakeBucket::kKeyId);
+    box.environment.insert("TIDE_S3_SECRET", FakeBucket::kSecret);
+
+    publishTide(server, "stable", "b1", kOne);
+    publishInBucket(kOne);
+    describe({{"build", "b1"}, {"chunks", QJsonObject()}}, kOne);
+    expectSync("synced", whole("b1", kThreeChunks), retried("b1"));
+    expectFetched({});
+    EXPECT_EQ(installed(), kOneInstalled);
+    EXPECT_THAT(bucket.log(),
+                ElementsAre("GET " + target(chunkKey("one")), "GET " + target(chunkKey("left ")),
+                            "GET " + target(chunkKey("right"))));
+
+    publishInBucket(kTwo);
+    describe({{"chunks", QJsonObject()}, {"manifest_url", ""}}, kTwo);
+    box.environment.insert("TIDE_S3_SECRET", "guess");
+    expectSync("failed", downloading(""),
+               "'app': Tide sync: GET channels/stable/manifest.json -> HTTP 403");
+    box.environment.insert("TIDE_S3_SECRET", FakeBucket::kSecret);
+    expectSync("synced", whole("b2", kThreeChunks), retried("b2"));
+    EXPECT_EQ(installed(), kTwoInstalled);
+    EXPECT_EQ(bucket.log().size(), 7U);
+    EXPECT_THAT(server.lines(), Not(Contains(StartsWith("GET /store/"))));
 }
 
 TEST_P(TideSync, ResumesADownloadThatBroke) {

@@ -116,6 +116,13 @@ int openAtNamed(const char* name, int folder, const char* path, int flags, mode_
     return real<int(int, const char*, int, ...)>(name)(folder, path, flags, mode);
 }
 
+std::FILE* openStream(const char* name, const char* path, const char* mode) {
+    if (mode[0] != 'r' && !plan().pass(name)) {
+        return nullptr;
+    }
+    return real<std::FILE*(const char*, const char*)>(name)(path, mode);
+}
+
 mode_t modeFrom(int flags, std::va_list& arguments) {
     return creates(flags) ? va_arg(arguments, mode_t) : mode_t{0};
 }
@@ -154,6 +161,15 @@ int openat64(int folder, const char* path, int flags, ...) {
     const mode_t mode = modeFrom(flags, arguments);
     va_end(arguments);
     return openAtNamed("openat64", folder, path, flags, mode);
+}
+
+/// The standard library's streams open their files by this.
+std::FILE* fopen(const char* path, const char* mode) {
+    return openStream("fopen", path, mode);
+}
+
+std::FILE* fopen64(const char* path, const char* mode) {
+    return openStream("fopen64", path, mode);
 }
 
 ssize_t write(int file, const void* bytes, std::size_t size) {
@@ -206,6 +222,14 @@ int ftruncate(int file, off_t size) noexcept {
 
 int ftruncate64(int file, off64_t size) noexcept {
     return counted<int(int, off64_t)>("ftruncate64", file, size);
+}
+
+int truncate(const char* path, off_t size) noexcept {
+    return counted<int(const char*, off_t)>("truncate", path, size);
+}
+
+int truncate64(const char* path, off64_t size) noexcept {
+    return counted<int(const char*, off64_t)>("truncate64", path, size);
 }
 
 int rename(const char* from, const char* to) noexcept {

@@ -23,7 +23,11 @@ QString quorvelleProgram() {
 }
 
 Sandbox::Sandbox() : environment(QProcessEnvironment::systemEnvironment()) {
-    environment.remove(QStringLiteral("QUORVELLE_TOKEN"));
+    for (const char* setting :
+         {"QUORVELLE_TOKEN", "QUORVELLE_TIDE_PUBLIC_KEY", "TIDE_S3_ENDPOINT", "TIDE_S3_REGION",
+          "TIDE_S3_BUCKET", "TIDE_S3_KEY", "TIDE_S3_SECRET"}) {
+        environment.remove(QLatin1String(setting));
+    }
     environment.insert(QStringLiteral("QUORVELLE_CONFIG_DIR"), path(QStringLiteral("config")));
     environment.insert(QStringLiteral("HOME"), folder.path());
 }

@@ -26,13 +26,6 @@ inline const QString kCheckingTide = "'app': checking Tide channel 'stable' ..."
 /// Syncs of "app" while the channel's engine is "tide".
 class TideTest : public SyncTest {
 protected:
-    TideTest() {
-        for (const char* variable : {"QUORVELLE_TIDE_PUBLIC_KEY", "TIDE_S3_ENDPOINT",
-                                     "TIDE_S3_BUCKET", "TIDE_S3_KEY", "TIDE_S3_SECRET"}) {
-            box.environment.remove(variable);
-        }
-    }
-
     /// The lines of a sync up to its download, with the lines of a check in between; then
     /// one line for each of `steps`, separated by commas.
     static QStringList downloading(const QString& steps, const QStringList& check = {}) {

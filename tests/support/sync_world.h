@@ -7,6 +7,8 @@
 
 namespace quorvelle::testing {
 
+enum class Engine { kCargo, kTide };
+
 /// How an install directory stands before a sync to build 2.
 enum class Start {
     kNothing,  ///< a first install
@@ -18,14 +20,20 @@ enum class Start {
 /// A server whose channel "stable" stands at build 2, and install directories in
 /// "games/app" below sandboxes that are to follow it. Build 2 changes, adds and removes
 /// files of build 1; each has nested files, an empty one and one of 2 MiB.
-class CargoWorld {
+class SyncWorld {
 public:
-    CargoWorld();
+    explicit SyncWorld(Engine engine);
 
     /// Lays out the starting state, with the subscription "app", in an empty sandbox.
     void prepare(const Sandbox& sandbox, Start start) const;
 
+    /// Lets the download of build 2 fail at a file in its middle.
+    void breakDownload();
+
     FakeServer server;
+
+private:
+    const Engine engine;
 };
 
 /// What the install directory holds: "build 1", "build 2", "nothing" or "a mixture: "
@@ -39,6 +47,6 @@ std::string stagedFiles(const Sandbox& sandbox);
 /// Fails the test unless an unhindered sync brings build 2 with its marker and leaves
 /// nothing else behind, and the next one finds all up to date. `mayKeepOld` allows a
 /// whole or partial ".old", which the next activation removes.
-void expectConvergence(Sandbox& sandbox, bool mayKeepOld = false);
+void expectConvergence(Sandbox& sandbox, Engine engine, bool mayKeepOld = false);
 
 }  // namespace quorvelle::testing

@@ -1,4 +1,4 @@
-#include "support/cargo_world.h"
+#include "support/sync_world.h"
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/fake_builds.h"
+#include "support/fake_tide.h"
 #include "support/faulty_run.h"
 #include "support/notation.h"
 #include "support/qt_printers.h"
@@ -40,6 +41,20 @@ const Files& build2() {
                              {"data/deep/empty", ""},
                              {"readme", "two"}};
     return files;
+}
+
+/// Each file in chunks of 640 KiB.
+TideFiles inChunks(const Files& files) {
+    constexpr qsizetype kChunk = 640 * 1024;
+    TideFiles cut;
+    for (const auto& [path, bytes] : files) {
+        TideFile file{path, {}};
+        for (qsizetype at = 0; at < bytes.size(); at += kChunk) {
+            file.chunks.push_back(bytes.mid(at, kChunk).toStdString());
+        }
+        cut.push_back(std::move(file));
+    }
+    return cut;
 }
 
 void writeFiles(const Sandbox& sandbox, const QString& folder, const Files& files) {
@@ -77,7 +92,7 @@ std::string holding(const Sandbox& sandbox, const QString& folder) {
 /// Names in a folder. A save that was killed just before its rename leaves a temporary
 /// name with six random letters, which nothing reads; it is left out.
 QStringList namesIn(const Sandbox& sandbox, const QString& folder) {
-    static const QRegularExpression lasting("^(?!.*\\.json\\.[A-Za-z]{6}$)");
+    static const QRegularExpression lasting("^(?!.*\\.(json|build)\\.[A-Za-z]{6}$)");
     return QDir(sandbox.path(folder))
         .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
         .filter(lasting);
@@ -85,11 +100,21 @@ QStringList namesIn(const Sandbox& sandbox, const QString& folder) {
 
 }  // namespace
 
-CargoWorld::CargoWorld() {
-    publish(server, "stable", "b2", build2());
+SyncWorld::SyncWorld(Engine syncEngine) : engine(syncEngine) {
+    if (engine == Engine::kTide) {
+        publishTide(server, "stable", "b2", inChunks(build2()), ChunkForm::kZstd);
+    } else {
+        publish(server, "stable", "b2", build2());
+    }
 }
 
-void CargoWorld::prepare(const Sandbox& sandbox, Start start) const {
+void SyncWorld::breakDownload() {
+    const std::string target =
+        engine == Engine::kTide ? chunkTarget("two") : fileTarget("b2", "readme");
+    server.onJson("GET", target, {}, 500);
+}
+
+void SyncWorld::prepare(const Sandbox& sandbox, Start start) const {
     QJsonObject subscription = json("{'name': 'app', 'channel': 'stable', 'token': 't'}");
     subscription["server"] = server.url();
     subscription["dir"] = sandbox.path("games/app");
@@ -106,6 +131,9 @@ void CargoWorld::prepare(const Sandbox& sandbox, Start start) const {
     writeFiles(sandbox, state + ".staging", build2());
     sandbox.write(state + ".staged.json", R"({"build": "b2", "channel": "stable"})");
     writeFiles(sandbox, state + ".old", {{"sub/left", "over"}});
+    if (engine == Engine::kTide) {
+        sandbox.write(state + ".staging.build", "b2");
+    }
 }
 
 std::string standing(const Sandbox& sandbox) {
@@ -121,7 +149,8 @@ std::string stagedFiles(const Sandbox& sandbox) {
     return holding(sandbox, "games/.quorvelle/app.staging");
 }
 
-void expectConvergence(Sandbox& sandbox, bool mayKeepOld) {
+void expectConvergence(Sandbox& sandbox, Engine engine, bool mayKeepOld) {
+    const bool tide = engine == Engine::kTide;
     const Outcome sync = runFaulty(sandbox, {"sync"}, {});
     EXPECT_EQ(sync.code, 0) << sync.err.toStdString() << sync.out.toStdString();
     EXPECT_EQ(standing(sandbox), "build 2");
@@ -132,11 +161,16 @@ void expectConvergence(Sandbox& sandbox, bool mayKeepOld) {
     if (mayKeepOld) {
         state.removeAll("app.old");
     }
+    if (tide) {
+        state.removeAll("app.staging.build");
+    }
     EXPECT_EQ(state, QStringList("app.installed.json"));
 
     const Outcome again = runFaulty(sandbox, {"sync"}, {});
     EXPECT_EQ(again.code, 0);
-    EXPECT_TRUE(again.out.endsWith("'app' is up to date (build b2)\n")) << again.out.toStdString();
+    EXPECT_TRUE(again.out.endsWith(tide ? "'app' is up to date (checked)\n"
+                                        : "'app' is up to date (build b2)\n"))
+        << again.out.toStdString();
 }
 
 }  // namespace quorvelle::testing
