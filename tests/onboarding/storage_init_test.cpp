@@ -153,22 +153,34 @@ TEST_F(StorageInitTest, FindsTheAccountAndTheBucketOnEveryPage) {
 }
 
 TEST_F(StorageInitTest, SeesABucketThatAppearsMeanwhile) {
+    const std::string appeared =
+        "the bucket 'builds-1' appeared in this account a moment ago - run again with a different "
+        "name\n";
+    const std::string free = R"({"success":true,"result":{"buckets":[]}})";
+    const std::string taken = R"({"success":true,"result":{"buckets":[{"name":"builds-1"}]}})";
     struct Row {
+        std::string thirdListing;
         int status;
         const char* reply;
         std::string err;
     };
     for (const Row& row : {
-             Row{400, "{'success':false,'errors':[{'code':10004,'message':'exists'}]}",
-                 "the bucket 'builds-1' appeared in this account a moment ago - run again with a "
-                 "different name\n"},
-             Row{403, "{'success':false,'errors':[]}",
+             Row{free, 400, "{'success':false,'errors':[{'code':10004,'message':'x'}]}", appeared},
+             Row{free, 409, "{'success':false,'errors':[]}", appeared},
+             Row{taken, 403, "{'success':false,'errors':[]}", appeared},
+             Row{free, 403, "{'success':false,'errors':[]}",
                  "Cloudflare: Cloudflare refused the request\n"},
          }) {
+        int listings = 0;
+        cloudflare.server.on("GET", "/accounts/acc/r2/buckets",
+                             [&](const httplib::Request&, httplib::Response& response) {
+                                 response.set_content(++listings == 3 ? row.thirdListing : free,
+                                                      "application/json");
+                             });
         cloudflare.server.onJson("POST", "/accounts/acc/r2/buckets", json(row.reply), row.status);
         const Ran ran = run(usual + " --yes");
         EXPECT_EQ(ran.err, row.err);
-        EXPECT_EQ(ran.code, row.status == 400 ? 1 : 2);
+        EXPECT_EQ(ran.code, row.err == appeared ? 1 : 2);
         EXPECT_NE(cloudflare.server.requests().back().method, "DELETE");
     }
 }
