@@ -21,20 +21,6 @@ bool saved(config::Change& change) {
     return done;
 }
 
-void setTokenOnSubscriptions(QJsonObject& document, const QString& url, const QString& token) {
-    QJsonArray entries = config::subscriptions(document);
-    for (QJsonValueRef reference : entries) {
-        QJsonObject entry = reference.toObject();
-        if (entry.value(u"server").toString() == url) {
-            entry.insert(QStringLiteral("token"), token);
-            reference = entry;
-        }
-    }
-    if (!entries.isEmpty()) {
-        document.insert(QStringLiteral("subscriptions"), entries);
-    }
-}
-
 }  // namespace
 
 int setServerRootCommand(QStringList args) {
@@ -63,7 +49,7 @@ int setServerTokenCommand(QStringList args) {
     const QString url = config::storedServerUrl(change.document, args.at(0));
     const QString root = config::findServer(change.document, url).value(u"install_root").toString();
     config::upsertServer(change.document, url, args.at(1), root);
-    setTokenOnSubscriptions(change.document, url, args.at(1));
+    config::setSubscriptionTokens(change.document, url, args.at(1));
     if (!saved(change)) {
         return kExitFailed;
     }

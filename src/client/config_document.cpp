@@ -26,6 +26,25 @@ QJsonArray servers(const QJsonObject& object) {
     return object.value(u"servers").toArray();
 }
 
+/// Applies a change to every subscription of exactly that server; how many there are.
+template <typename Change>
+int changeSubscriptionsOf(const QString& url, QJsonObject& object, const Change& change) {
+    QJsonArray entries = subscriptions(object);
+    int changed = 0;
+    for (QJsonValueRef reference : entries) {
+        QJsonObject entry = reference.toObject();
+        if (entry.value(u"server").toString() == url) {
+            change(entry);
+            reference = entry;
+            ++changed;
+        }
+    }
+    if (changed > 0) {
+        object.insert(QStringLiteral("subscriptions"), entries);
+    }
+    return changed;
+}
+
 }  // namespace
 
 QJsonObject migrated(const QJsonObject& object) {
@@ -100,24 +119,21 @@ void upsertServer(QJsonObject& object, const QString& url, const QString& token,
     object.insert(QStringLiteral("servers"), entries);
 }
 
+void setSubscriptionTokens(QJsonObject& object, const QString& url, const QString& token,
+                           const std::optional<QString>& insteadOf) {
+    changeSubscriptionsOf(url, object, [&](QJsonObject& entry) {
+        if (!insteadOf || entry.value(u"token").toString() == *insteadOf) {
+            entry.insert(QStringLiteral("token"), token);
+        }
+    });
+}
+
 int repointServer(QJsonObject& object, const QString& url, const QString& newRoot) {
     upsertServer(object, url, findServer(object, url).value(u"token").toString(), newRoot);
     const QString root = newRoot.endsWith(u'/') ? newRoot : newRoot + u'/';
-    QJsonArray entries = subscriptions(object);
-    int changed = 0;
-    for (QJsonValueRef reference : entries) {
-        QJsonObject entry = reference.toObject();
-        if (entry.value(u"server").toString() != url) {
-            continue;
-        }
+    return changeSubscriptionsOf(url, object, [&root](QJsonObject& entry) {
         entry.insert(QStringLiteral("dir"), root + entry.value(u"channel").toString());
-        reference = entry;
-        ++changed;
-    }
-    if (changed > 0) {
-        object.insert(QStringLiteral("subscriptions"), entries);
-    }
-    return changed;
+    });
 }
 
 QString installRootFor(const QJsonObject& object, const QString& url, const QString& explicitRoot) {

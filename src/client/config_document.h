@@ -3,6 +3,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
+#include <optional>
 
 /// The configuration as a document: pure functions on the JSON object that
 /// config_file.h reads and writes. Schema version 2:
@@ -40,6 +41,11 @@ QString storedServerUrl(const QJsonObject& object, const QString& url);
 /// there is none. Other keys of the entry stay.
 void upsertServer(QJsonObject& object, const QString& url, const QString& token,
                   const QString& installRoot);
+
+/// Sets "token" of every subscription of exactly that server; with `insteadOf`, only of
+/// those that carry that one.
+void setSubscriptionTokens(QJsonObject& object, const QString& url, const QString& token,
+                           const std::optional<QString>& insteadOf = {});
 
 /// Moves a server to a new install root: upserts its entry and sets "dir" of every
 /// subscription of exactly that server to the root joined with the channel as one

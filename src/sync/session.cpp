@@ -16,6 +16,11 @@ std::optional<QJsonObject> storeSession(const QString& server, const QJsonObject
         return std::nullopt;
     }
     config::Change change;
+    // Subscriptions that came with the last sign-in would go on with a token that may be void.
+    const QString before = config::findServer(change.document, server).value(u"token").toString();
+    if (!before.isEmpty()) {
+        config::setSubscriptionTokens(change.document, server, token, before);
+    }
     config::upsertServer(change.document, server, token,
                          config::installRootFor(change.document, server, explicitRoot));
     if (!change.save()) {

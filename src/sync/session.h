@@ -10,7 +10,8 @@
 namespace quorvelle {
 
 /// Stores the answer's token and the install root (the explicit one, else the stored one,
-/// else the default) in the server's configuration entry. Returns the entry; nothing after
+/// else the default) in the server's configuration entry, and the token in the place of the
+/// entry's former one in its subscriptions. Returns the entry; nothing after
 /// an error was printed: the answer holds no token (`label` names the command), or the
 /// configuration cannot be written, when the token is shown so that it is not lost.
 std::optional<QJsonObject> storeSession(const QString& server, const QJsonObject& answer,

@@ -39,6 +39,19 @@ TEST_F(Session, JoinKeepsWhatTheEntryHolds) {
     expectEntryKept(join());
 }
 
+TEST_F(Session, JoinRenewsTheTokenOfWhatCameWithTheFormerOne) {
+    const auto subscription = [this](const char* name, const char* token) {
+        return QJsonObject{
+            {"name", name}, {"server", server.url()}, {"channel", "app"}, {"token", token}};
+    };
+    joined({QJsonObject{{"server", server.url()}, {"token", "old"}}},
+           {subscription("a", "old"), subscription("b", "own"), subscription("c", "")});
+    EXPECT_EQ(box.run(join()).code, 0);
+    EXPECT_EQ(
+        box.config()["subscriptions"].toArray(),
+        (QJsonArray{subscription("a", "new"), subscription("b", "own"), subscription("c", "")}));
+}
+
 TEST_F(Session, JoinStandsWhenReconcilingFails) {
     expectToStandWhenReconcilingFails(join());
 }
