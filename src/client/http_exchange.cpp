@@ -54,6 +54,12 @@ int statusOf(const QNetworkReply& reply) {
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
+/// The network layer rewinds the body at a redirect, whoever follows it, and fails where
+/// that cannot be done.
+bool isRefusedRewind(const QNetworkReply& reply) {
+    return reply.error() == QNetworkReply::ContentReSendError && statusOf(reply) >= 300;
+}
+
 }  // namespace
 
 HttpExchange::HttpExchange(QNetworkAccessManager& network, HttpRequest outgoing, QObject* parent)
@@ -102,7 +108,7 @@ void HttpExchange::send() {
     if (request.bodyDevice != nullptr) {
         request.bodyDevice->seek(0);
         reply = manager.sendCustomRequest(outgoing, request.method, request.bodyDevice);
-    } else if (request.atMostOnce) {
+    } else if (request.method == "POST") {
         reply = sendBodyOnce(outgoing);
     } else if (request.method == "GET") {
         reply = manager.get(outgoing);
@@ -196,7 +202,7 @@ void HttpExchange::onReplyFinished() {
     const QUrl target = reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
     if (!abortReason.isEmpty()) {
         conclude(abortReason);
-    } else if (reply->error() != QNetworkReply::NoError) {
+    } else if (reply->error() != QNetworkReply::NoError && !isRefusedRewind(*reply)) {
         // The text alone does not tell a failure: it may be empty.
         failed = true;
         conclude(reply->error() == QNetworkReply::ContentReSendError

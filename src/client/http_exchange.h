@@ -35,13 +35,13 @@ struct HttpRequest {
     QIODevice* bodyDevice = nullptr;
     /// Further headers by name and value; they follow redirects, so none is a secret.
     QList<QPair<QByteArray, QByteArray>> headers = {};
-    /// For a `body` that creates something: it is sent at most once. Otherwise the network
-    /// layer repeats a request whose connection breaks before the answer.
-    bool atMostOnce = false;
 };
 
 /// One request and its reply, redirects included. Event-driven: start() returns at
 /// once, finished() is emitted once, on the same thread. There is no time limit.
+///
+/// A POST is sent at most once, for it may create something; the network layer repeats
+/// any other request whose connection breaks before the answer.
 ///
 /// Redirects are followed for GET, and with the codes 307 and 308 for every method;
 /// any other redirect is a failure, since it would turn a change into a read.

@@ -56,8 +56,7 @@ CloudflareReply CloudflareApi::send(const Call& call) {
     HttpRequest request{.method = call.method,
                         .url = QUrl(baseUrl + call.path),
                         .token = token,
-                        .contentType = "application/json",
-                        .atMostOnce = call.method == "POST"};
+                        .contentType = "application/json"};
     if (!call.body.isEmpty()) {
         request.body = QJsonDocument(call.body).toJson(QJsonDocument::Compact);
     }

@@ -1,0 +1,23 @@
+#include <gtest/gtest.h>
+
+#include "client/requests.h"
+#include "support/api_server.h"
+#include "support/raw_server.h"
+
+namespace quorvelle::testing {
+
+/// A repeated creation would leave a second invite or token that nobody was told of.
+TEST(Requests, SendACreationOnceWhenTheAnswerIsLost) {
+    const TemporaryConfig config;
+    const auto sent = [](auto call) {
+        const RawServer server(std::vector<std::string>(8, ""));
+        ::testing::internal::CaptureStderr();
+        EXPECT_FALSE(call(server.url()).ok);
+        EXPECT_EQ(::testing::internal::GetCapturedStderr(), "x failed: Connection closed\n");
+        return server.served();
+    };
+    EXPECT_EQ(sent([](const QString& url) { return postEmpty(url, "/p", "x"); }), 1);
+    EXPECT_EQ(sent([](const QString& url) { return postJson(url, "/p", "x", {}); }), 1);
+}
+
+}  // namespace quorvelle::testing
