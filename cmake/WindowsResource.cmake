@@ -6,8 +6,6 @@ enable_language(RC)
 string(REPLACE "." "," windows_version ${PROJECT_VERSION})
 configure_file(${PROJECT_SOURCE_DIR}/packaging/windows/quorvelle.rc.in
   ${CMAKE_BINARY_DIR}/generated/quorvelle.rc @ONLY)
-configure_file(${PROJECT_SOURCE_DIR}/packaging/windows/quorvelle.manifest
-  ${CMAKE_BINARY_DIR}/generated/quorvelle.manifest COPYONLY)
 
 function(quorvelle_add_windows_resource target)
   target_sources(${target} PRIVATE ${CMAKE_BINARY_DIR}/generated/quorvelle.rc)

@@ -50,8 +50,7 @@ for word in ${words[2,CURRENT-1]}; do
   (( ${+next[$typed $word]} )) && typed+=" $word"
 done
 candidates=(${(f)next[$typed]})
-_describe -t words 'next word' candidates
-_files
+_describe -t words 'next word' candidates || _files
 )";
 
 constexpr char kPowerShell[] =
