@@ -58,17 +58,15 @@ void clearReadOnly(const std::wstring& path) {
 }
 
 DWORD moveEntry(const std::wstring& from, const std::wstring& to, Patience patience) {
-    // A directory is never replaced, so waiting for it would be in vain.
-    const bool hopeless = isDirectory(to);
-    if (!hopeless) {
+    // Asked to replace, the system would put a directory in the place of a file as well.
+    const bool replace = !isDirectory(from);
+    if (replace && !isDirectory(to)) {
         clearReadOnly(to);
     }
-    return patiently(
-        [&] {
-            return MoveFileExW(from.c_str(), to.c_str(),
-                               MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
-        },
-        hopeless ? Patience::kNone : patience);
+    const DWORD flags = MOVEFILE_WRITE_THROUGH | (replace ? MOVEFILE_REPLACE_EXISTING : 0U);
+    // A directory is never replaced, so waiting for it would be in vain.
+    return patiently([&] { return MoveFileExW(from.c_str(), to.c_str(), flags) != 0; },
+                     isDirectory(to) ? Patience::kNone : patience);
 }
 
 }  // namespace quorvelle::win32

@@ -9,7 +9,8 @@
 
 namespace quorvelle::testing {
 
-inline constexpr char kJoined[] = R"({"schema_version":2,"servers":[{"server":"http://h","token":"old"}],
+inline constexpr char kJoined[] =
+    R"({"schema_version":2,"servers":[{"server":"http://h","token":"old"}],
   "subscriptions":[{"name":"app","server":"http://h","channel":"stable","dir":"/app"}]})";
 
 /// A command that saves, and what it says when it cannot. "{file}" stands for the
@@ -43,8 +44,8 @@ inline void expectSavesFail(const Sandbox& box, Runner run, bool readable) {
             continue;
         }
         SCOPED_TRACE(save.line);
-        const QString message = QString(save.message).replace(
-            "{file}", QDir::toNativeSeparators(box.configPath()));
+        const QString message =
+            QString(save.message).replace("{file}", QDir::toNativeSeparators(box.configPath()));
         expectOutcome(run(box, args(save.line)), 2, {}, message + u'\n');
         const Outcome json = run(box, args(save.line) + QStringList("--json"));
         EXPECT_EQ(json.code, 2);

@@ -61,8 +61,8 @@ void RawServer::serve(const std::vector<std::string>& replies, Ending ending) {
         sendAll(connection, reply);
         if (ending == Ending::kReset) {
             const linger hard{1, 0};
-            ::setsockopt(connection, SOL_SOCKET, SO_LINGER,
-                         reinterpret_cast<const char*>(&hard), sizeof hard);
+            ::setsockopt(connection, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&hard),
+                         sizeof hard);
         }
         closeSocket(connection);
     }

@@ -97,8 +97,8 @@ TEST_F(AssemblyTest, AFileInUseEndsTheRunAndKeepsItsPlace) {
     bucket.publish({{"f", {"1"}}});
     onChunk = [&](std::uint64_t) { writeFile(staging() / "f/busy", ""); };
     EXPECT_FALSE(assemble());
-    EXPECT_EQ(err, "'" + utf8Text(staging() / "f") + "' is in use - could not replace it (" +
-                       std::make_error_code(std::errc::is_a_directory).message() + ")");
+    EXPECT_THAT(err, ::testing::StartsWith("'" + utf8Text(staging() / "f") +
+                                           "' is in use - could not replace it ("));
     EXPECT_TRUE(fs::exists(staging() / "f/busy"));
 }
 

@@ -2,6 +2,7 @@
 
 #include "assembly_fixture.h"
 #include "tide/part_file.h"
+#include "tide/safe_path.h"
 #include "win32/files.h"
 
 namespace tide {
@@ -9,17 +10,17 @@ namespace {
 
 namespace fs = std::filesystem;
 namespace win32 = quorvelle::win32;
+using ::testing::AnyOf;
 using testing::AssemblyTest;
+using ::testing::IsEmpty;
 using testing::readFile;
+using ::testing::SizeIs;
 using testing::TempDir;
 using testing::writeFile;
-using ::testing::AnyOf;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
 
 /// Three folders deep, about 600 characters.
-const std::string kLong = std::string(200, 'a') + "/" + std::string(200, 'b') + "/" +
-                          std::string(200, 'c') + "/file";
+const std::string kLong =
+    std::string(200, 'a') + "/" + std::string(200, 'b') + "/" + std::string(200, 'c') + "/file";
 
 TEST(Openable, IsTheFormWithoutLimits) {
     const std::pair<const wchar_t*, const wchar_t*> rows[] = {
@@ -76,15 +77,21 @@ TEST(ReadOnly, StopsNeitherARenameNorARemoval) {
 /// A junction; where it cannot be made (Wine), a symbolic link of the system below, which
 /// shows the same attributes.
 void makeJunction(const fs::path& at, const fs::path& target) {
-    const std::wstring commands[] = {
-        L"cmd /c mklink /J \"" + at.native() + L"\" \"" + target.native() + L"\" >nul 2>nul",
-        L"cmd /c start /wait /unix /bin/sh -c \"ln -s \\\"$(winepath '" + target.native() +
-            L"')\\\" \\\"$(winepath '" + at.native() + L"')\\\"\"",
-    };
-    for (const std::wstring& command : commands) {
-        if (entryKind(at) == EntryKind::kNothing) {
-            _wsystem(command.c_str());
-        }
+    using UnixName = char*(CDECL*)(const wchar_t*);
+    const auto unixName = reinterpret_cast<UnixName>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"kernel32"), "wine_get_unix_file_name")));
+    const std::string command =
+        unixName == nullptr
+            ? "mklink /J \"" + at.string() + "\" \"" + target.string() + "\" >nul"
+            : std::string("start /wait /unix /bin/ln -s ") + unixName(target.c_str()) + ' ' +
+                  unixName(at.parent_path().c_str()) + '/' + at.filename().string();
+    EXPECT_EQ(std::system(command.c_str()), 0);
+}
+
+TEST(PathRules, AreThoseOfWindows) {
+    EXPECT_EQ(comparablePath("\u00e4/b"), comparablePath("\u00c4/B"));
+    for (const char* path : {"...", "a:b", "nul", "a.", "\xff"}) {
+        EXPECT_FALSE(isSafePath(path)) << path;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "assembly_fixture.h"
 #include "tide/local_index.h"
+#include "tide/safe_path.h"
 #include "tide/verify.h"
 
 namespace tide {
@@ -8,10 +9,10 @@ namespace {
 namespace fs = std::filesystem;
 using testing::AssemblyTest;
 using testing::Build;
+using ::testing::IsEmpty;
 using testing::readFile;
 using testing::TempDir;
 using testing::writeFile;
-using ::testing::IsEmpty;
 
 TEST_F(AssemblyTest, AnUnchangedFileIsOneFileUnderTwoNames) {
     const Build build = {{"lib/same", {"unchanged"}}};
@@ -50,6 +51,13 @@ TEST_F(AssemblyTest, LinksInStagingGoAndWhatTheyLeadToStays) {
     expectAssembled(build);
     EXPECT_FALSE(fs::is_symlink(staging() / "top"));
     EXPECT_EQ(readFile(temp / "outside/precious"), "p");
+}
+
+TEST(PathRules, TellCaseApartAndKnowNoReservedNames) {
+    EXPECT_NE(comparablePath("a"), comparablePath("A"));
+    for (const char* path : {"...", "a:b", "nul", "a."}) {
+        EXPECT_TRUE(isSafePath(path)) << path;
+    }
 }
 
 TEST(LocalIndexTest, LinksAreNoFilesOfTheTree) {
