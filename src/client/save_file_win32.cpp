@@ -24,6 +24,9 @@ struct SaveFile::File {
     File& operator=(const File&) = delete;
 
     bool create(SECURITY_ATTRIBUTES* security) {
+        if (win32::isDirectory(target)) {
+            return false;
+        }
         DWORD error = ERROR_FILE_EXISTS;
         for (int i = 0; i < kMostNames && error == ERROR_FILE_EXISTS; ++i) {
             temporary = target + L'.' + std::to_wstring(QRandomGenerator::global()->generate());

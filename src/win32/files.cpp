@@ -15,11 +15,6 @@ bool passes(DWORD error) {
            error == ERROR_ACCESS_DENIED || error == ERROR_DELETE_PENDING;
 }
 
-bool isDirectory(const std::wstring& path) {
-    const DWORD attributes = GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
 }  // namespace
 
 std::wstring extendedPath(const std::wstring& path) {
@@ -33,6 +28,11 @@ std::wstring extendedPath(const std::wstring& path) {
         return full.empty() ? path : full;
     }
     return full.starts_with(LR"(\\)") ? LR"(\\?\UNC)" + full.substr(1) : LR"(\\?\)" + full;
+}
+
+bool isDirectory(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 DWORD patiently(const std::function<bool()>& attempt, Patience patience) {

@@ -29,6 +29,9 @@ std::wstring extendedPath(const std::wstring& path);
 /// or the code of the last failure.
 DWORD patiently(const std::function<bool()>& attempt, Patience patience = Patience::kFull);
 
+/// Whether a directory, or a link to one, stands at an extended path.
+bool isDirectory(const std::wstring& path);
+
 /// Lets the file be replaced or removed, should it be marked read-only. The path is an
 /// extended one.
 void clearReadOnly(const std::wstring& path);
