@@ -86,6 +86,10 @@ void makeJunction(const fs::path& at, const fs::path& target) {
             : std::string("start /wait /unix /bin/ln -s ") + unixName(target.c_str()) + ' ' +
                   unixName(at.parent_path().c_str()) + '/' + at.filename().string();
     EXPECT_EQ(std::system(command.c_str()), 0);
+    // A program of the system below is not waited for.
+    for (int looks = 0; looks < 1000 && entryKind(at) == EntryKind::kNothing; ++looks) {
+        ::Sleep(10);
+    }
 }
 
 TEST(PathRules, AreThoseOfWindows) {
