@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QByteArray>
-#include <QSaveFile>
 #include <QString>
+#include <memory>
 
 namespace quorvelle {
 
@@ -19,6 +19,9 @@ enum class Access {
 class SaveFile {
 public:
     explicit SaveFile(const QString& path);
+    ~SaveFile();
+    SaveFile(const SaveFile&) = delete;
+    SaveFile& operator=(const SaveFile&) = delete;
 
     /// Makes the temporary file. False when the folder is missing or refuses it.
     bool open(Access access = Access::kDefault);
@@ -26,13 +29,15 @@ public:
     /// Appends bytes. After a failure commit() fails too.
     bool write(const QByteArray& bytes);
 
-    /// Puts the file in place. False when any write, the last flush or the rename
-    /// failed; the target is then what it was.
+    /// Puts the file in place, on Windows also that of a read-only file, and waits there
+    /// for up to 2 s for others to close it. False when any write, the last flush or the
+    /// rename failed; the target is then what it was.
     bool commit();
 
 private:
-    QSaveFile file;
-    bool writeFailed = false;
+    /// The platform's temporary file.
+    struct File;
+    std::unique_ptr<File> file;
 };
 
 /// The same in one call. The folder must exist.

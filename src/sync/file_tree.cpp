@@ -2,21 +2,22 @@
 
 #include <QFileInfo>
 #include <filesystem>
-#include <system_error>
+
+#include "tide/disk.h"
+#include "tide/utf8_path.h"
 
 namespace quorvelle {
 
 namespace {
 
 std::filesystem::path nativePath(const QString& path) {
-    return QFileInfo(path).filesystemFilePath();
+    return tide::utf8Path(QFileInfo(path).absoluteFilePath().toStdString());
 }
 
 }  // namespace
 
 bool entryExists(const QString& path) {
-    const QFileInfo entry(path);
-    return entry.exists() || entry.isSymLink();
+    return tide::entryKind(nativePath(path)) != tide::EntryKind::kNothing;
 }
 
 bool directoryExists(const QString& path) {
@@ -24,15 +25,11 @@ bool directoryExists(const QString& path) {
 }
 
 bool renameEntry(const QString& from, const QString& to) {
-    std::error_code error;
-    std::filesystem::rename(nativePath(from), nativePath(to), error);
-    return !error;
+    return !tide::renameEntry(nativePath(from), nativePath(to));
 }
 
 bool removeTree(const QString& path) {
-    std::error_code error;
-    std::filesystem::remove_all(nativePath(path), error);
-    return !error;
+    return tide::removeTree(nativePath(path));
 }
 
 }  // namespace quorvelle

@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// Renames and removals of whole trees. Symbolic links are entries of their own here:
-/// none is ever followed.
+/// Renames and removals of whole trees. Symbolic links and junctions are entries of their
+/// own here: none is ever followed.
 
 namespace quorvelle {
 
@@ -14,11 +14,12 @@ bool entryExists(const QString& path);
 bool directoryExists(const QString& path);
 
 /// Renames a file or a directory. False when the platform refuses, for instance
-/// because files in it are in use or something else stands at `to`.
+/// because files in it are in use or something else stands at `to`. Windows waits for
+/// up to 2 s for such use to end.
 bool renameEntry(const QString& from, const QString& to);
 
-/// Removes a file or a directory with all it holds. True when nothing stands at the
-/// path afterwards.
+/// Removes a file or a directory with all it holds, read-only files included. True when nothing
+/// stands at the path afterwards.
 bool removeTree(const QString& path);
 
 }  // namespace quorvelle

@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <numeric>
 #include <optional>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -142,19 +141,17 @@ private:
             return {};
         }
         const LeadingChunks leading = leadingChunks(part, file.chunks);
-        std::error_code error;
-        const std::uintmax_t size = fs::file_size(part, error);
-        const bool torn = leading.count < file.chunks.size() &&
+        const std::uint64_t size = fileSize(part).value_or(0);
+        const bool torn = leading.count < file.chunks.size() && size > leading.bytes &&
                           size - leading.bytes < file.chunks[leading.count].length;
-        return !error && (torn || size == leading.bytes) ? leading : LeadingChunks{};
+        return torn || size == leading.bytes ? leading : LeadingChunks{};
     }
 
     /// Moves a leftover part out of the way, so that its name is free and its chunks
     /// still serve. Returns its new name; empty when there was none.
     fs::path keepLeftover(const ManifestFile& file) {
-        std::error_code error;
         const fs::path part = target.part(file);
-        if (!fs::exists(part, error)) {
+        if (entryKind(part) == EntryKind::kNothing) {
             return {};
         }
         fs::path aside = target.setAside(part);

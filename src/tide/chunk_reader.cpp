@@ -1,10 +1,11 @@
 #include "tide/chunk_reader.h"
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
-#include <system_error>
 
 #include "tide/blake3_hash.h"
+#include "tide/disk.h"
 #include "tide/limits.h"
 
 namespace tide {
@@ -16,13 +17,10 @@ constexpr std::uint64_t kBlock = std::uint64_t{1} << 20;
 }  // namespace
 
 ChunkReader::ChunkReader(const std::filesystem::path& file) {
-    std::error_code error;
-    size = std::filesystem::file_size(file, error);
-    if (error) {
-        size = 0;
-        return;
+    if (const std::optional<std::uint64_t> found = fileSize(file); found) {
+        size = *found;
+        stream.open(openable(file), std::ios::binary);
     }
-    stream.open(file, std::ios::binary);
 }
 
 bool ChunkReader::seek(std::uint64_t offset) {
@@ -73,10 +71,7 @@ LeadingChunks leadingChunks(const std::filesystem::path& file,
 }
 
 bool holdsFile(const std::filesystem::path& path, const ManifestFile& file) {
-    std::error_code error;
-    if (std::filesystem::symlink_status(path, error).type() !=
-            std::filesystem::file_type::regular ||
-        std::filesystem::file_size(path, error) != file.size || error) {
+    if (entryKind(path) != EntryKind::kFile || fileSize(path) != file.size) {
         return false;
     }
     const LeadingChunks found = leadingChunks(path, file.chunks);

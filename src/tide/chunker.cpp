@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tide/blake3_hash.h"
+#include "tide/disk.h"
 #include "tide/error.h"
 #include "tide/utf8_path.h"
 
@@ -109,7 +110,7 @@ bool chunkFile(const std::filesystem::path& file, const ChunkerParameters& param
     if (parameters.maximum == 0 || parameters.maximum < parameters.minimum) {
         return fail(err, "bad chunker parameters");
     }
-    std::ifstream stream(file, std::ios::binary);
+    std::ifstream stream(openable(file), std::ios::binary);
     if (!stream.is_open()) {
         return fail(err, "cannot open ", utf8Text(file));
     }

@@ -1,17 +1,67 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <optional>
+#include <system_error>
+#include <vector>
 
-/// What std::filesystem leaves to the platform. Paths are native.
+/// What differs between platforms about files, and how all code of the engine and of the
+/// sync touches them. Paths are native ones of any length.
 
 namespace tide {
 
-/// A directory that stands here itself: no symbolic link and, on Windows, no junction.
-bool isRealDirectory(const std::filesystem::path& path);
+/// What stands at a path itself; nothing is followed.
+enum class EntryKind {
+    kNothing,
+    kFile,
+    kDirectory,
+    kOther,  ///< a symbolic link, a junction (Windows), a device
+};
+
+/// Whether a rename waits for somebody else's use of the file to end. Only Windows knows
+/// such use; there it waits for 2 s at most, as virus scanners look at new files.
+enum class WhenInUse { kWait, kFail };
+
+/// The path as streams and calls of the platform take it at any length. For opening only:
+/// the text of it is not fit to be shown.
+std::filesystem::path openable(const std::filesystem::path& path);
+
+EntryKind entryKind(const std::filesystem::path& path);
+
+inline bool isRealDirectory(const std::filesystem::path& path) {
+    return entryKind(path) == EntryKind::kDirectory;
+}
 
 /// A file that stands here itself and is under no other name anywhere: writing into it
 /// changes nothing else.
 bool isUnsharedFile(const std::filesystem::path& path);
+
+/// Bytes of the file at the path, or of the one that a link there leads to; nothing when
+/// there is no regular file.
+std::optional<std::uint64_t> fileSize(const std::filesystem::path& path);
+
+/// What a directory holds, in no particular order; empty when it cannot be read.
+std::vector<std::filesystem::path> entriesOf(const std::filesystem::path& directory);
+
+/// Makes a directory whose parent exists. False when it stands already or is refused.
+bool makeDirectory(const std::filesystem::path& path);
+
+/// Makes a directory and its parents as far as they are missing. A failure shows when
+/// the directory is used.
+void makeDirectories(const std::filesystem::path& path);
+
+/// Renames a file, over an existing one, or a directory to a name that is free. Empty
+/// after success.
+std::error_code renameEntry(const std::filesystem::path& from, const std::filesystem::path& to,
+                            WhenInUse inUse = WhenInUse::kWait);
+
+/// Removes an entry with all it holds, read-only files included. Links and junctions go,
+/// what they lead to stays. True when nothing stands at the path afterwards.
+bool removeTree(const std::filesystem::path& path);
+
+/// Cuts a file off behind its first `size` bytes.
+bool truncateFile(const std::filesystem::path& path, std::uint64_t size);
 
 /// Returns when the file's bytes are on the disk; false when that failed.
 bool flushToDisk(const std::filesystem::path& file);

@@ -1,26 +1,83 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <system_error>
-
 #include "tide/disk.h"
 
 namespace tide {
 
-bool isRealDirectory(const std::filesystem::path& path) {
-    std::error_code error;
-    return std::filesystem::symlink_status(path, error).type() ==
-           std::filesystem::file_type::directory;
+namespace fs = std::filesystem;
+
+fs::path openable(const fs::path& path) {
+    return path;
 }
 
-bool isUnsharedFile(const std::filesystem::path& path) {
+EntryKind entryKind(const fs::path& path) {
     std::error_code error;
-    return std::filesystem::symlink_status(path, error).type() ==
-               std::filesystem::file_type::regular &&
-           std::filesystem::hard_link_count(path, error) == 1;
+    switch (fs::symlink_status(path, error).type()) {
+        case fs::file_type::not_found:
+            return EntryKind::kNothing;
+        case fs::file_type::regular:
+            return EntryKind::kFile;
+        case fs::file_type::directory:
+            return EntryKind::kDirectory;
+        default:
+            return EntryKind::kOther;
+    }
 }
 
-bool flushToDisk(const std::filesystem::path& file) {
+bool isUnsharedFile(const fs::path& path) {
+    std::error_code error;
+    return entryKind(path) == EntryKind::kFile && fs::hard_link_count(path, error) == 1;
+}
+
+std::optional<std::uint64_t> fileSize(const fs::path& path) {
+    std::error_code error;
+    if (!fs::is_regular_file(path, error)) {
+        return std::nullopt;
+    }
+    const std::uintmax_t size = fs::file_size(path, error);
+    return error ? std::nullopt : std::optional<std::uint64_t>(size);
+}
+
+std::vector<fs::path> entriesOf(const fs::path& directory) {
+    std::vector<fs::path> entries;
+    std::error_code error;
+    for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
+         entry.increment(error)) {
+        entries.push_back(entry->path());
+    }
+    return entries;
+}
+
+bool makeDirectory(const fs::path& path) {
+    std::error_code error;
+    return fs::create_directory(path, error);
+}
+
+void makeDirectories(const fs::path& path) {
+    std::error_code error;
+    fs::create_directories(path, error);
+}
+
+std::error_code renameEntry(const fs::path& from, const fs::path& to, WhenInUse) {
+    std::error_code error;
+    fs::rename(from, to, error);
+    return error;
+}
+
+bool removeTree(const fs::path& path) {
+    std::error_code error;
+    fs::remove_all(path, error);
+    return !error;
+}
+
+bool truncateFile(const fs::path& path, std::uint64_t size) {
+    std::error_code error;
+    fs::resize_file(path, size, error);
+    return !error;
+}
+
+bool flushToDisk(const fs::path& file) {
     const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     if (descriptor < 0) {
         return false;
@@ -30,9 +87,9 @@ bool flushToDisk(const std::filesystem::path& file) {
     return flushed;
 }
 
-bool shareFile(const std::filesystem::path& file, const std::filesystem::path& name) {
+bool shareFile(const fs::path& file, const fs::path& name) {
     std::error_code error;
-    std::filesystem::create_hard_link(file, name, error);
+    fs::create_hard_link(file, name, error);
     return !error;
 }
 

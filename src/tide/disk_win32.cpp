@@ -1,48 +1,150 @@
-#include <windows.h>
-
-#include <system_error>
-
 #include "tide/disk.h"
+
+#include "win32/files.h"
 
 namespace tide {
 
 namespace {
 
-/// The attributes of what stands at the path itself; 0 when nothing does.
-DWORD attributesOf(const std::filesystem::path& path) {
-    const DWORD attributes = ::GetFileAttributesW(path.c_str());
-    return attributes == INVALID_FILE_ATTRIBUTES ? 0 : attributes;
+namespace fs = std::filesystem;
+namespace win32 = quorvelle::win32;
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+/// An open file or directory; nothing where it could not be opened.
+class Opened {
+public:
+    Opened(const fs::path& path, DWORD access, DWORD flags = 0)
+        : handle(CreateFileW(openable(path).c_str(), access, kShareAll, nullptr, OPEN_EXISTING,
+                             FILE_ATTRIBUTE_NORMAL | flags, nullptr)) {}
+    ~Opened() {
+        if (isOpen()) {
+            CloseHandle(handle);
+        }
+    }
+    Opened(const Opened&) = delete;
+    Opened& operator=(const Opened&) = delete;
+
+    bool isOpen() const { return handle != INVALID_HANDLE_VALUE; }
+    HANDLE get() const { return handle; }
+
+    std::optional<BY_HANDLE_FILE_INFORMATION> information() const {
+        BY_HANDLE_FILE_INFORMATION found = {};
+        return isOpen() && GetFileInformationByHandle(handle, &found) != 0 ? std::optional(found)
+                                                                           : std::nullopt;
+    }
+
+private:
+    HANDLE handle;
+};
+
+bool removeOne(const std::wstring& path, bool directory) {
+    const DWORD error = win32::patiently([&] {
+        return (directory ? RemoveDirectoryW(path.c_str()) : DeleteFileW(path.c_str())) != 0;
+    });
+    return error == 0 || error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }
 
 }  // namespace
 
-bool isRealDirectory(const std::filesystem::path& path) {
-    const DWORD attributes = attributesOf(path);
-    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
-           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+fs::path openable(const fs::path& path) {
+    return win32::extendedPath(path.native());
 }
 
-bool isUnsharedFile(const std::filesystem::path& path) {
-    const DWORD attributes = attributesOf(path);
-    std::error_code error;
-    return attributes != 0 &&
-           (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0 &&
-           std::filesystem::hard_link_count(path, error) == 1;
-}
-
-bool flushToDisk(const std::filesystem::path& file) {
-    const HANDLE handle =
-        ::CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) {
-        return false;
+EntryKind entryKind(const fs::path& path) {
+    const DWORD attributes = GetFileAttributesW(openable(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        const DWORD error = GetLastError();
+        return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? EntryKind::kNothing
+                                                                              : EntryKind::kOther;
     }
-    const bool flushed = ::FlushFileBuffers(handle) != 0;
-    ::CloseHandle(handle);
-    return flushed;
+    if ((attributes & (FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE)) != 0) {
+        return EntryKind::kOther;
+    }
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? EntryKind::kDirectory : EntryKind::kFile;
 }
 
-bool shareFile(const std::filesystem::path&, const std::filesystem::path&) {
+bool isUnsharedFile(const fs::path& path) {
+    const auto found = Opened(path, 0).information();
+    return entryKind(path) == EntryKind::kFile && found && found->nNumberOfLinks == 1;
+}
+
+std::optional<std::uint64_t> fileSize(const fs::path& path) {
+    const auto found = Opened(path, 0).information();
+    if (!found || (found->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return std::nullopt;
+    }
+    return std::uint64_t{found->nFileSizeHigh} << 32 | found->nFileSizeLow;
+}
+
+std::vector<fs::path> entriesOf(const fs::path& directory) {
+    std::vector<fs::path> entries;
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = FindFirstFileExW(openable(directory / L"*").c_str(), FindExInfoBasic,
+                                           &found, FindExSearchNameMatch, nullptr, 0);
+    if (search == INVALID_HANDLE_VALUE) {
+        return entries;
+    }
+    do {
+        const std::wstring name = found.cFileName;
+        if (name != L"." && name != L"..") {
+            entries.push_back(directory / name);
+        }
+    } while (FindNextFileW(search, &found) != 0);
+    FindClose(search);
+    return entries;
+}
+
+bool makeDirectory(const fs::path& path) {
+    return CreateDirectoryW(openable(path).c_str(), nullptr) != 0;
+}
+
+void makeDirectories(const fs::path& path) {
+    if (!makeDirectory(path) && GetLastError() == ERROR_PATH_NOT_FOUND && path.has_parent_path() &&
+        path.parent_path() != path) {
+        makeDirectories(path.parent_path());
+        makeDirectory(path);
+    }
+}
+
+std::error_code renameEntry(const fs::path& from, const fs::path& to, WhenInUse inUse) {
+    const DWORD error = win32::moveEntry(
+        openable(from), openable(to),
+        inUse == WhenInUse::kWait ? win32::Patience::kFull : win32::Patience::kNone);
+    return {static_cast<int>(error), std::system_category()};
+}
+
+bool removeTree(const fs::path& path) {
+    const std::wstring name = openable(path);
+    const DWORD attributes = GetFileAttributesW(name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        return entryKind(path) == EntryKind::kNothing;
+    }
+    if (isRealDirectory(path)) {
+        for (const fs::path& entry : entriesOf(path)) {
+            if (!removeTree(entry)) {
+                return false;
+            }
+        }
+    }
+    win32::clearReadOnly(name);
+    return removeOne(name, (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
+}
+
+bool truncateFile(const fs::path& path, std::uint64_t size) {
+    const Opened file(path, GENERIC_WRITE);
+    LARGE_INTEGER end = {};
+    end.QuadPart = static_cast<LONGLONG>(size);
+    return file.isOpen() && SetFilePointerEx(file.get(), end, nullptr, FILE_BEGIN) != 0 &&
+           SetEndOfFile(file.get()) != 0;
+}
+
+bool flushToDisk(const fs::path& path) {
+    const Opened file(path, GENERIC_WRITE, FILE_FLAG_OPEN_REPARSE_POINT);
+    return file.isOpen() && FlushFileBuffers(file.get()) != 0;
+}
+
+bool shareFile(const fs::path&, const fs::path&) {
     return false;
 }
 

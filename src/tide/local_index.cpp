@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <numeric>
 #include <system_error>
 #include <thread>
@@ -19,28 +20,19 @@ namespace {
 /// A file of the walk, and what one worker finds in it.
 struct Candidate {
     std::filesystem::path file;
-    std::uintmax_t size = 0;
+    std::uint64_t size = 0;
     std::vector<Chunk> chunks = {};
 };
 
-std::vector<Candidate> filesBelow(const std::filesystem::path& directory) {
-    std::vector<Candidate> found;
-    std::error_code error;
-    std::filesystem::recursive_directory_iterator entry(
-        directory, std::filesystem::directory_options::skip_permission_denied, error);
-    const std::filesystem::recursive_directory_iterator end;
-    while (!error && entry != end) {
-        std::error_code ignored;
-        if (isRealDirectory(entry->path())) {
-            // Walked into by default.
-        } else if (entry->symlink_status(ignored).type() == std::filesystem::file_type::regular) {
-            found.push_back(Candidate{entry->path(), entry->file_size(ignored)});
-        } else {
-            entry.disable_recursion_pending();
+void findFilesBelow(const std::filesystem::path& directory, std::vector<Candidate>& found) {
+    for (const std::filesystem::path& entry : entriesOf(directory)) {
+        const EntryKind kind = entryKind(entry);
+        if (kind == EntryKind::kDirectory) {
+            findFilesBelow(entry, found);
+        } else if (kind == EntryKind::kFile) {
+            found.push_back(Candidate{entry, fileSize(entry).value_or(0)});
         }
-        entry.increment(error);
     }
-    return found;
 }
 
 /// Places in the walk, large files first: a large one begun last would keep one thread
@@ -86,7 +78,8 @@ void cutAll(std::vector<Candidate>& candidates, unsigned threads) {
 }  // namespace
 
 void buildLocalIndex(const std::filesystem::path& directory, LocalIndex& index, unsigned threads) {
-    std::vector<Candidate> candidates = filesBelow(directory);
+    std::vector<Candidate> candidates;
+    findFilesBelow(directory, candidates);
     cutAll(candidates, threads);
     for (Candidate& candidate : candidates) {
         for (Chunk& chunk : candidate.chunks) {

@@ -1,11 +1,13 @@
 #include "tide/part_file.h"
 
-#include <system_error>
+#include <optional>
+
+#include "tide/disk.h"
 
 namespace tide {
 
 PartFile::PartFile(const std::filesystem::path& file, std::ios::openmode mode, std::uint64_t kept)
-    : path(file), stream(file, mode | std::ios::binary), written(kept) {
+    : path(file), stream(openable(file), mode | std::ios::binary), written(kept) {
     stream.seekp(static_cast<std::streamoff>(kept));
 }
 
@@ -25,11 +27,11 @@ bool PartFile::append(std::string_view bytes) {
 
 bool PartFile::close() {
     stream.close();
-    std::error_code error;
-    if (!stream.fail() && std::filesystem::file_size(path, error) > written && !error) {
-        std::filesystem::resize_file(path, written, error);
+    if (stream.fail()) {
+        return false;
     }
-    return !stream.fail() && !error;
+    const std::optional<std::uint64_t> size = fileSize(path);
+    return size && (*size <= written || truncateFile(path, written));
 }
 
 }  // namespace tide

@@ -1,6 +1,5 @@
 #include "tide/target_tree.h"
 
-#include <system_error>
 #include <utility>
 
 #include "tide/disk.h"
@@ -28,46 +27,15 @@ std::vector<std::string> foldersAbove(const std::string& path) {
     return above;
 }
 
-fs::file_type typeOf(const fs::path& path) {
-    std::error_code error;
-    return fs::symlink_status(path, error).type();
-}
-
-std::vector<fs::path> entriesOf(const fs::path& folder) {
-    std::vector<fs::path> entries;
-    std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-        entries.push_back(entry->path());
-    }
-    return entries;
-}
-
-/// Removes an entry with all it holds; links go, what they name stays.
-bool removeTree(const fs::path& path) {
-    if (isRealDirectory(path)) {
-        for (const fs::path& entry : entriesOf(path)) {
-            removeTree(entry);
-        }
-    }
-    std::error_code error;
-    fs::remove(path, error);
-    return !error;
-}
-
 /// Leaves at the path a regular file or nothing.
 bool clearForFile(const fs::path& path) {
-    const fs::file_type type = typeOf(path);
-    return type == fs::file_type::not_found || type == fs::file_type::regular || removeTree(path);
+    const EntryKind kind = entryKind(path);
+    return kind == EntryKind::kNothing || kind == EntryKind::kFile || removeTree(path);
 }
 
 bool ensureFolder(const fs::path& path) {
-    if (isRealDirectory(path)) {
-        return true;
-    }
-    std::error_code error;
-    return (typeOf(path) == fs::file_type::not_found || removeTree(path)) &&
-           (fs::create_directory(path, error) || isRealDirectory(path));
+    return isRealDirectory(path) ||
+           (removeTree(path) && (makeDirectory(path) || isRealDirectory(path)));
 }
 
 }  // namespace
@@ -93,8 +61,7 @@ fs::path TargetTree::part(const ManifestFile& file) const {
 }
 
 bool TargetTree::makeWay(const ManifestFile& file) const {
-    std::error_code error;
-    fs::create_directories(directory, error);
+    makeDirectories(directory);
     for (const std::string& folder : foldersAbove(file.path)) {
         const std::string name = comparablePath(folder);
         if (listed.contains(name) || parts.contains(name) ||
@@ -110,12 +77,10 @@ fs::path TargetTree::setAside(const fs::path& leftover) const {
         const std::string name = "leftover-" + std::to_string(number);
         fs::path aside = directory / name;
         if (listed.contains(name) || parts.contains(name) || folders.contains(name) ||
-            typeOf(aside) != fs::file_type::not_found) {
+            entryKind(aside) != EntryKind::kNothing) {
             continue;
         }
-        std::error_code error;
-        fs::rename(leftover, aside, error);
-        if (!error) {
+        if (!renameEntry(leftover, aside)) {
             return aside;
         }
         break;

@@ -1,10 +1,11 @@
 #include "tide/verify.h"
 
 #include <filesystem>
-#include <system_error>
+#include <optional>
 #include <vector>
 
 #include "tide/chunk_reader.h"
+#include "tide/disk.h"
 #include "tide/manifest.h"
 #include "tide/utf8_path.h"
 
@@ -38,12 +39,11 @@ Verdict hashFile(const std::filesystem::path& path, const ManifestFile& file) {
 }
 
 Verdict checkFile(const std::filesystem::path& path, const ManifestFile& file, bool quick) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error)) {
+    const std::optional<std::uint64_t> size = fileSize(path);
+    if (!size) {
         return {"missing"};
     }
-    const std::uintmax_t size = std::filesystem::file_size(path, error);
-    if (error || size != file.size) {
+    if (size != file.size) {
         return {"size mismatch"};
     }
     return quick ? Verdict{{}, file.size} : hashFile(path, file);

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <QDir>
+
 #include "support/process_runner.h"
 #include "support/qt_printers.h"
 
@@ -28,7 +30,7 @@ TEST(ProcessLock, LeavesNoFileBehind) {
         ProcessLock lock;
         lock.release();
         EXPECT_EQ(lock.acquire(sandbox.path("lock")), Lock::kHeld);
-        EXPECT_EQ(sandbox.tree("."), QStringList("lock="));
+        EXPECT_EQ(QDir(sandbox.path(".")).entryList(QDir::Files), QStringList("lock"));
         lock.release();
         lock.release();
         EXPECT_EQ(sandbox.tree("."), QStringList());

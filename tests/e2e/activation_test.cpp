@@ -5,6 +5,7 @@
 #include <atomic>
 #include <future>
 
+#include "support/platform.h"
 #include "support/qt_printers.h"
 #include "support/sync_fixture.h"
 
@@ -20,18 +21,11 @@ protected:
         publish(server, "stable", "b1", {{"a", "one"}});
         expectSync("synced", whole("b1", {"a"}), synced("b1", 1, 3));
         publish(server, "stable", "b2", {{"a", "two"}, {"b", "two"}});
-        holdInstall(true);
-        expectResult(run({"sync"}, true), "blocked", whole("b2", {"a", "b"}), inUse("b2"));
-        holdInstall(false);
+        {
+            const Held held(box.path("apps/app"), Held::From::kMoves);
+            expectResult(run({"sync"}, true), "blocked", whole("b2", {"a", "b"}), inUse("b2"));
+        }
         server.forget();
-    }
-
-    /// A directory that may not be written cannot be moved into another one, as one with
-    /// open files cannot elsewhere.
-    void holdInstall(bool held) const {
-        const auto reading = QFile::ReadOwner | QFile::ExeOwner;
-        ASSERT_TRUE(QFile::setPermissions(box.path("apps/app"),
-                                          held ? reading : reading | QFile::WriteOwner));
     }
 
     void expectOnlyChannelRequests() const {
@@ -52,12 +46,13 @@ TEST_P(Activation, OfFilesInUseIsRetriedWithoutADownload) {
     EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.staged.json", "app.staging"}));
     EXPECT_EQ(object(stateBytes(".staged.json")),
               object(R"({"schema_version":1,"build":"b2","channel":"stable","total_size":6})"));
-    holdInstall(true);
-    writeState(".old/leftover", "x");
-    expectResult(run({"sync"}, true), "blocked", retrying("b2"), inUse("b2"));
-    expectResult(run(args("sync --force"), true), "blocked", retrying("b2"), inUse("b2"));
-    EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.staged.json", "app.staging"}));
-    holdInstall(false);
+    {
+        const Held held(box.path("apps/app"), Held::From::kMoves);
+        writeState(".old/leftover", "x");
+        expectResult(run({"sync"}, true), "blocked", retrying("b2"), inUse("b2"));
+        expectResult(run(args("sync --force"), true), "blocked", retrying("b2"), inUse("b2"));
+        EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.staged.json", "app.staging"}));
+    }
     expectSync("synced", retrying("b2"), retried("b2"));
     expectOnlyChannelRequests();
     EXPECT_EQ(installed(), kBoth);

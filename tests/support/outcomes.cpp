@@ -1,7 +1,6 @@
 #include "support/outcomes.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <QJsonDocument>
 
@@ -35,21 +34,6 @@ void expectUsage(const Sandbox& sandbox, const QStringList& words) {
     EXPECT_TRUE(usage.startsWith("Quorvelle CLI "));
     expectOutcome(sandbox.run(words), 1, usage);
     expectOutcome(sandbox.run(QStringList("--json") + words), 1, usage);
-}
-
-Outcome runOnFullDisk(const Sandbox& sandbox, const QStringList& words) {
-    return sandbox.runProgram("prlimit",
-                              QStringList{"--fsize=0", "--", quorvelleProgram()} + words);
-}
-
-Outcome runObeyingPermissions(const Sandbox& sandbox, const QStringList& words) {
-    if (::geteuid() != 0) {
-        return sandbox.run(words);
-    }
-    return sandbox.runProgram(
-        "setpriv",
-        QStringList{"--bounding-set=-dac_override,-dac_read_search", "--", quorvelleProgram()} +
-            words);
 }
 
 }  // namespace quorvelle::testing

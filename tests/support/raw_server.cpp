@@ -1,37 +1,36 @@
 #include "support/raw_server.h"
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <httplib.h>
+
+#include "support/platform.h"
 
 namespace quorvelle::testing {
 
 namespace {
 
-void readHead(int connection) {
+void readHead(socket_t connection) {
     std::string head;
     char byte = 0;
-    while (head.find("\r\n\r\n") == std::string::npos && ::read(connection, &byte, 1) == 1) {
+    while (head.find("\r\n\r\n") == std::string::npos && ::recv(connection, &byte, 1, 0) == 1) {
         head += byte;
     }
 }
 
-void sendAll(int connection, const std::string& bytes) {
+void sendAll(socket_t connection, const std::string& bytes) {
     std::size_t sent = 0;
     while (sent < bytes.size()) {
-        const ssize_t n =
-            ::send(connection, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (n <= 0) {
+        const std::size_t step = sendSome(connection, bytes.substr(sent));
+        if (step == 0) {
             return;
         }
-        sent += static_cast<std::size_t>(n);
+        sent += step;
     }
 }
 
 }  // namespace
 
 RawServer::RawServer(std::vector<std::string> replies, Ending ending) {
-    listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    listener = newSocket();
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -44,9 +43,7 @@ RawServer::RawServer(std::vector<std::string> replies, Ending ending) {
 }
 
 RawServer::~RawServer() {
-    ::shutdown(listener, SHUT_RDWR);
-    thread.join();
-    ::close(listener);
+    endListening(listener, thread);
 }
 
 QString RawServer::url() const {
@@ -55,8 +52,8 @@ QString RawServer::url() const {
 
 void RawServer::serve(const std::vector<std::string>& replies, Ending ending) {
     for (const std::string& reply : replies) {
-        const int connection = ::accept(listener, nullptr, nullptr);
-        if (connection < 0) {
+        const socket_t connection = ::accept(listener, nullptr, nullptr);
+        if (connection == INVALID_SOCKET) {
             return;
         }
         readHead(connection);
@@ -64,9 +61,10 @@ void RawServer::serve(const std::vector<std::string>& replies, Ending ending) {
         sendAll(connection, reply);
         if (ending == Ending::kReset) {
             const linger hard{1, 0};
-            ::setsockopt(connection, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
+            ::setsockopt(connection, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&hard),
+                         sizeof hard);
         }
-        ::close(connection);
+        closeSocket(connection);
     }
 }
 

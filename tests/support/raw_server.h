@@ -1,5 +1,7 @@
 #pragma once
 
+#include <httplib.h>
+
 #include <QString>
 #include <atomic>
 #include <string>
@@ -25,7 +27,7 @@ public:
 private:
     void serve(const std::vector<std::string>& replies, Ending ending);
 
-    int listener = -1;
+    socket_t listener = INVALID_SOCKET;
     int port = 0;
     std::atomic<int> count{0};
     std::thread thread;

@@ -71,16 +71,17 @@ QString SyncTest::activating(const QString& build) {
 QString SyncTest::synced(const QString& build, int files, int bytes) const {
     return QString("'app': synced build %1 (%2 files, %3 bytes) -> ")
                .arg(build, QString::number(files), QString::number(bytes)) +
-           box.path("apps/app");
+           QDir::toNativeSeparators(box.path("apps/app"));
 }
 
 QString SyncTest::retried(const QString& build) const {
-    return "'app': synced build " + build + " -> " + box.path("apps/app");
+    return "'app': synced build " + build + " -> " + QDir::toNativeSeparators(box.path("apps/app"));
 }
 
 QString SyncTest::inUse(const QString& build) const {
     return "'app': build " + build + " is downloaded and ready, but files in " +
-           box.path("apps/app") + " are in use - the update will complete once they are closed";
+           QDir::toNativeSeparators(box.path("apps/app")) +
+           " are in use - the update will complete once they are closed";
 }
 
 QString SyncTest::notActivated(const QString& build) {

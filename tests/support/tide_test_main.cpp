@@ -1,13 +1,13 @@
 #include <gmock/gmock.h>
 
-#include <cstdlib>
+#include <QByteArray>
 
 #include "tide/engine.h"
 
 int main(int argc, char* argv[]) {
     ::testing::InitGoogleMock(&argc, argv);
     // The servers of the tests are on this machine.
-    setenv("no_proxy", "*", 1);
+    qputenv("no_proxy", "*");
     tide::startEngine();
     return RUN_ALL_TESTS();
 }

@@ -1,6 +1,3 @@
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include "assembly_fixture.h"
 #include "tide/chunker.h"
 
@@ -8,58 +5,11 @@ namespace tide {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::AssemblyTest;
-using testing::Build;
 using ::testing::IsEmpty;
 using testing::randomBytes;
-using testing::readFile;
+using testing::ResumeTest;
 using ::testing::SizeIs;
 using testing::writeFile;
-
-class ResumeTest : public AssemblyTest {
-protected:
-    ResumeTest() {
-        for (unsigned i = 0; i < kChunks; ++i) {
-            build[1].second.push_back(randomBytes(i + 1, 40000 + 1000 * i));
-        }
-        bucket.publish(build);
-    }
-
-    /// Runs in a process of its own that dies without a chance to clean up once
-    /// `lastChunk` chunks are done.
-    void assembleAndDie(std::uint64_t lastChunk) {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            onChunk = [&](std::uint64_t done) {
-                if (done == lastChunk) {
-                    _exit(42);
-                }
-            };
-            assemble();
-            _exit(0);
-        }
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
-        ASSERT_EQ(WEXITSTATUS(status), 42);
-    }
-
-    static constexpr unsigned kChunks = 10;
-    Build build = {{"small", {"s"}}, {"large", {}}, {"last", {"l"}}};
-};
-
-// One chunk at most is fetched again, wherever the process died.
-TEST_F(ResumeTest, GoesOnAfterAKillAtEveryChunk) {
-    for (std::uint64_t kill = 1; kill <= kChunks + 2; ++kill) {
-        SCOPED_TRACE(kill);
-        fs::remove_all(staging());
-        assembleAndDie(kill);
-        EXPECT_TRUE(assemble()) << err;
-        expectAssembled(build);
-        EXPECT_LE(bucket.fetched.size(), kChunks + 2 - kill + 1);
-        EXPECT_THAT(progress, SizeIs(kChunks + 2));
-    }
-}
 
 TEST_F(ResumeTest, GoesOnAfterBrokenConnectionsOneUponTheOther) {
     std::size_t fetched = 0;

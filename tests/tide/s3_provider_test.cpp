@@ -178,7 +178,7 @@ TEST(BucketEnvironment, NeedsEveryVariableButTheRegion) {
 }
 
 TEST(BucketEnvironment, TellsWhatIsMissingWhenTheBucketIsNeeded) {
-    unsetenv("TIDE_S3_SECRET");
+    qunsetenv("TIDE_S3_SECRET");
     const auto provider = bucketFromEnvironment();
     const std::string missing =
         "no chunk URLs and no bucket credentials (TIDE_S3_ENDPOINT, TIDE_S3_BUCKET, TIDE_S3_KEY, "

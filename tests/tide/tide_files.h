@@ -70,7 +70,9 @@ public:
     std::set<std::string> entries(const std::string& folder) const {
         std::set<std::string> found;
         for (const auto& entry : fs::recursive_directory_iterator(*this / folder)) {
-            const std::string name = utf8Text(fs::relative(entry.path(), *this / folder));
+            const std::u8string text =
+                fs::relative(entry.path(), *this / folder).generic_u8string();
+            const std::string name(text.begin(), text.end());
             const bool directory = entry.is_directory() && !entry.is_symlink();
             found.insert(directory ? name + "/" : name);
         }

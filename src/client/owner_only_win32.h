@@ -1,0 +1,25 @@
+#pragma once
+
+#include <windows.h>
+
+namespace quorvelle {
+
+/// Gives files that are created with attributes() an access list that names the user of
+/// this process alone and takes nothing over from the folder.
+class OwnerOnlyAccess {
+public:
+    OwnerOnlyAccess();
+    ~OwnerOnlyAccess();
+    OwnerOnlyAccess(const OwnerOnlyAccess&) = delete;
+    OwnerOnlyAccess& operator=(const OwnerOnlyAccess&) = delete;
+
+    /// For CreateFileW; valid as long as this object. Null when the system told no user:
+    /// then no file may be made.
+    SECURITY_ATTRIBUTES* attributes() { return descriptor == nullptr ? nullptr : &security; }
+
+private:
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    SECURITY_ATTRIBUTES security = {};
+};
+
+}  // namespace quorvelle

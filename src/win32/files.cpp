@@ -1,0 +1,72 @@
+#include "win32/files.h"
+
+#include <numeric>
+
+namespace quorvelle::win32 {
+
+namespace {
+
+static_assert(std::accumulate(kWaits.begin(), kWaits.end(), DWORD{0}) == 2000);
+
+constexpr DWORD kUnmarked = FILE_ATTRIBUTE_NORMAL;
+
+bool passes(DWORD error) {
+    return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION ||
+           error == ERROR_ACCESS_DENIED || error == ERROR_DELETE_PENDING;
+}
+
+}  // namespace
+
+std::wstring extendedPath(const std::wstring& path) {
+    if (path.starts_with(LR"(\\?\)") || path.starts_with(LR"(\\.\)")) {
+        return path;
+    }
+    const DWORD needed = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full(needed, L'\0');
+    full.resize(GetFullPathNameW(path.c_str(), needed, full.data(), nullptr));
+    if (full.empty() || full.starts_with(LR"(\\.\)")) {
+        return full.empty() ? path : full;
+    }
+    return full.starts_with(LR"(\\)") ? LR"(\\?\UNC)" + full.substr(1) : LR"(\\?\)" + full;
+}
+
+bool isDirectory(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+DWORD patiently(const std::function<bool()>& attempt, Patience patience) {
+    std::size_t waits = 0;
+    for (;;) {
+        if (attempt()) {
+            return 0;
+        }
+        const DWORD error = GetLastError();
+        if (patience == Patience::kNone || !passes(error) || waits == kWaits.size()) {
+            return error;
+        }
+        Sleep(kWaits[waits++]);
+    }
+}
+
+void clearReadOnly(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+        const DWORD left = attributes & ~DWORD{FILE_ATTRIBUTE_READONLY};
+        SetFileAttributesW(path.c_str(), left != 0 ? left : kUnmarked);
+    }
+}
+
+DWORD moveEntry(const std::wstring& from, const std::wstring& to, Patience patience) {
+    // Asked to replace, the system would put a directory in the place of a file as well.
+    const bool replace = !isDirectory(from);
+    if (replace && !isDirectory(to)) {
+        clearReadOnly(to);
+    }
+    const DWORD flags = MOVEFILE_WRITE_THROUGH | (replace ? MOVEFILE_REPLACE_EXISTING : 0U);
+    // A directory is never replaced, so waiting for it would be in vain.
+    return patiently([&] { return MoveFileExW(from.c_str(), to.c_str(), flags) != 0; },
+                     isDirectory(to) ? Patience::kNone : patience);
+}
+
+}  // namespace quorvelle::win32

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <windows.h>
+
+#include <array>
+#include <functional>
+#include <string>
+
+/// What Windows asks of everybody who touches files there: names of any length, and
+/// patience with programs that hold a file for a moment.
+
+namespace quorvelle::win32 {
+
+/// Waits between the attempts of patiently(), in milliseconds; 2 s in all, which outlasts
+/// a virus scanner looking at a new file.
+inline constexpr std::array<DWORD, 8> kWaits{10, 20, 40, 80, 160, 320, 640, 730};
+
+enum class Patience {
+    kNone,  ///< one attempt
+    kFull,  ///< tries again after each of kWaits
+};
+
+/// The path made absolute, in the form that Windows takes at any length ("\\?\C:\..."),
+/// with "\" between its parts. For the calls that open, rename and remove; never shown.
+std::wstring extendedPath(const std::wstring& path);
+
+/// Calls `attempt`, which returns what a call of the system returns and leaves the reason
+/// of a failure to GetLastError; again when somebody else has the file open. Returns 0,
+/// or the code of the last failure.
+DWORD patiently(const std::function<bool()>& attempt, Patience patience = Patience::kFull);
+
+/// Whether a directory, or a link to one, stands at an extended path.
+bool isDirectory(const std::wstring& path);
+
+/// Lets the file be replaced or removed, should it be marked read-only. The path is an
+/// extended one.
+void clearReadOnly(const std::wstring& path);
+
+/// Renames a file, over an existing one also when that is read-only, or a directory to a
+/// free name. Returns 0 or the code of the failure. The paths are extended ones.
+DWORD moveEntry(const std::wstring& from, const std::wstring& to,
+                Patience patience = Patience::kFull);
+
+}  // namespace quorvelle::win32

@@ -1,0 +1,90 @@
+#include "support/platform.h"
+
+#include <aclapi.h>
+
+#include <QDir>
+
+namespace quorvelle::testing {
+
+namespace {
+
+std::wstring native(const QString& path) {
+    return QDir::toNativeSeparators(path).toStdWString();
+}
+
+/// Everyone.
+struct WorldSid {
+    SID sid = {SID_REVISION, 1, SECURITY_WORLD_SID_AUTHORITY, {SECURITY_WORLD_RID}};
+};
+
+}  // namespace
+
+socket_t newSocket() {
+    return ::WSASocketW(AF_INET, SOCK_STREAM, 0, nullptr, 0,
+                        WSA_FLAG_NO_HANDLE_INHERIT | WSA_FLAG_OVERLAPPED);
+}
+
+void closeSocket(socket_t socket) {
+    ::closesocket(socket);
+}
+
+void endListening(socket_t listener, std::thread& acceptor) {
+    ::closesocket(listener);
+    acceptor.join();
+}
+
+std::size_t sendSome(socket_t socket, const std::string& bytes) {
+    const int sent = ::send(socket, bytes.data(), static_cast<int>(bytes.size()), 0);
+    return sent < 0 ? 0 : static_cast<std::size_t>(sent);
+}
+
+bool isOwnersAlone(const QString& path) {
+    PSID owner = nullptr;
+    PACL list = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (GetNamedSecurityInfoW(native(path).c_str(), SE_FILE_OBJECT,
+                              OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &owner,
+                              nullptr, &list, nullptr, &descriptor) != ERROR_SUCCESS) {
+        return false;
+    }
+    bool alone = list != nullptr && list->AceCount > 0;
+    for (DWORD i = 0; alone && i < list->AceCount; ++i) {
+        ACCESS_ALLOWED_ACE* entry = nullptr;
+        GetAce(list, i, reinterpret_cast<void**>(&entry));
+        alone = entry->Header.AceType != ACCESS_ALLOWED_ACE_TYPE || entry->Mask == 0 ||
+                EqualSid(reinterpret_cast<PSID>(&entry->SidStart), owner) != 0;
+    }
+    LocalFree(descriptor);
+    return alone;
+}
+
+void openToOthers(const QString& path) {
+    WorldSid world;
+    EXPLICIT_ACCESSW everyone = {};
+    everyone.grfAccessPermissions = GENERIC_ALL;
+    everyone.grfAccessMode = SET_ACCESS;
+    everyone.Trustee.TrusteeForm = TRUSTEE_IS_SID;
+    everyone.Trustee.ptstrName = reinterpret_cast<LPWSTR>(&world.sid);
+    PACL list = nullptr;
+    SetEntriesInAclW(1, &everyone, nullptr, &list);
+    std::wstring name = native(path);
+    SetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                          list, nullptr);
+    LocalFree(list);
+}
+
+struct Held::Hold {
+    HANDLE handle;
+};
+
+// An open directory whose opener does not share its removal cannot be moved.
+Held::Held(const QString& path, From from)
+    : hold(new Hold{CreateFileW(native(path).c_str(), GENERIC_READ,
+                                from == From::kMoves ? FILE_SHARE_READ | FILE_SHARE_WRITE : 0,
+                                nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr)}) {}
+
+Held::~Held() {
+    CloseHandle(hold->handle);
+}
+
+}  // namespace quorvelle::testing

@@ -1,0 +1,22 @@
+#include <unistd.h>
+
+#include "support/outcomes.h"
+
+namespace quorvelle::testing {
+
+Outcome runOnFullDisk(const Sandbox& sandbox, const QStringList& words) {
+    return sandbox.runProgram("prlimit",
+                              QStringList{"--fsize=0", "--", quorvelleProgram()} + words);
+}
+
+Outcome runObeyingPermissions(const Sandbox& sandbox, const QStringList& words) {
+    if (::geteuid() != 0) {
+        return sandbox.run(words);
+    }
+    return sandbox.runProgram(
+        "setpriv",
+        QStringList{"--bounding-set=-dac_override,-dac_read_search", "--", quorvelleProgram()} +
+            words);
+}
+
+}  // namespace quorvelle::testing

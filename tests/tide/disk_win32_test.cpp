@@ -1,0 +1,153 @@
+#include "tide/disk.h"
+
+#include "assembly_fixture.h"
+#include "tide/part_file.h"
+#include "tide/safe_path.h"
+#include "win32/files.h"
+
+namespace tide {
+namespace {
+
+namespace fs = std::filesystem;
+namespace win32 = quorvelle::win32;
+using ::testing::AnyOf;
+using testing::AssemblyTest;
+using ::testing::IsEmpty;
+using testing::readFile;
+using ::testing::SizeIs;
+using testing::TempDir;
+using testing::writeFile;
+
+/// Three folders deep, about 600 characters.
+const std::string kLong =
+    std::string(200, 'a') + "/" + std::string(200, 'b') + "/" + std::string(200, 'c') + "/file";
+
+TEST(Openable, IsTheFormWithoutLimits) {
+    const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+        {LR"(C:\a\b)", LR"(\\?\C:\a\b)"},       {L"C:/a/b", LR"(\\?\C:\a\b)"},
+        {LR"(C:\a\..\.\b)", LR"(\\?\C:\b)"},    {LR"(\\host\s\x)", LR"(\\?\UNC\host\s\x)"},
+        {LR"(\\?\C:\a/b)", LR"(\\?\C:\a/b)"},   {LR"(\\.\pipe\x)", LR"(\\.\pipe\x)"},
+        {LR"(C:\日本\ü)", LR"(\\?\C:\日本\ü)"},
+    };
+    for (const auto& [path, form] : rows) {
+        EXPECT_EQ(openable(path).native(), form);
+    }
+}
+
+TEST(LongPaths, AreMadeFoundMeasuredRenamedAndRemoved) {
+    const TempDir temp;
+    const fs::path file = temp / kLong;
+    makeDirectories(file.parent_path());
+    EXPECT_TRUE(isRealDirectory(file.parent_path()));
+    PartFile part = PartFile::create(file);
+    EXPECT_TRUE(part.append("12345") && part.close());
+    EXPECT_TRUE(truncateFile(file, 3));
+    EXPECT_EQ(fileSize(file), 3U);
+    EXPECT_TRUE(flushToDisk(file) && isUnsharedFile(file));
+    EXPECT_FALSE(renameEntry(file, temp / (kLong + "2")));
+    EXPECT_THAT(entriesOf(file.parent_path()), SizeIs(1));
+    EXPECT_TRUE(removeTree(temp / std::string(200, 'a')));
+    EXPECT_THAT(entriesOf(temp / "."), IsEmpty());
+}
+
+TEST_F(AssemblyTest, InstallsPathsOfAnyLength) {
+    bucket.publish({{kLong, {"content", "more"}}});
+    for (const std::size_t fetches : {2U, 0U}) {
+        EXPECT_TRUE(assemble()) << err;
+        EXPECT_EQ(fileSize(staging() / utf8Path(kLong)), 11U);
+        EXPECT_THAT(bucket.fetched, SizeIs(fetches));
+    }
+    EXPECT_TRUE(removeTree(staging()));
+}
+
+TEST(ReadOnly, StopsNeitherARenameNorARemoval) {
+    const TempDir temp;
+    for (const char* name : {"tree/sub/a", "tree/b"}) {
+        writeFile(temp / name, "old");
+        SetFileAttributesW((temp / name).c_str(), FILE_ATTRIBUTE_READONLY);
+    }
+    SetFileAttributesW((temp / "tree/sub").c_str(), FILE_ATTRIBUTE_READONLY);
+    writeFile(temp / "new", "new");
+    EXPECT_FALSE(renameEntry(temp / "new", temp / "tree/b"));
+    EXPECT_EQ(readFile(temp / "tree/b"), "new");
+    EXPECT_TRUE(removeTree(temp / "tree"));
+    EXPECT_EQ(entryKind(temp / "tree"), EntryKind::kNothing);
+}
+
+/// A junction; where it cannot be made (Wine), a symbolic link of the system below, which
+/// shows the same attributes.
+void makeJunction(const fs::path& at, const fs::path& target) {
+    using UnixName = char*(CDECL*)(const wchar_t*);
+    const auto unixName = reinterpret_cast<UnixName>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"kernel32"), "wine_get_unix_file_name")));
+    const std::string command =
+        unixName == nullptr
+            ? "mklink /J \"" + at.string() + "\" \"" + target.string() + "\" >nul"
+            : std::string("start /wait /unix /bin/ln -s ") + unixName(target.c_str()) + ' ' +
+                  unixName(at.parent_path().c_str()) + '/' + at.filename().string();
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    // A program of the system below is not waited for.
+    for (int looks = 0; looks < 1000 && entryKind(at) == EntryKind::kNothing; ++looks) {
+        ::Sleep(10);
+    }
+}
+
+TEST(PathRules, AreThoseOfWindows) {
+    EXPECT_EQ(comparablePath("\u00e4/b"), comparablePath("\u00c4/B"));
+    for (const char* path : {"...", "a:b", "nul", "a.", "\xff"}) {
+        EXPECT_FALSE(isSafePath(path)) << path;
+    }
+}
+
+TEST(Junctions, AreNeverFollowed) {
+    const TempDir temp;
+    writeFile(temp / "outside/precious", "p");
+    writeFile(temp / "tree/file", "f");
+    makeJunction(temp / "tree/link", temp / "outside");
+    ASSERT_EQ(entryKind(temp / "tree/link"), EntryKind::kOther);
+    // Wine cannot remove such a link; what it leads to has to stand all the same.
+    removeTree(temp / "tree");
+    EXPECT_EQ(entryKind(temp / "tree/file"), EntryKind::kNothing);
+    EXPECT_EQ(readFile(temp / "outside/precious"), "p");
+}
+
+TEST(Patience, IsForFilesInUseAndEndsAfterTwoSeconds) {
+    struct Row {
+        const char* name;
+        DWORD error;
+        std::size_t failures;
+        std::size_t attempts;
+        DWORD result;
+    };
+    const std::size_t all = win32::kWaits.size() + 1;
+    for (const Row& row : {Row{"at once", ERROR_SHARING_VIOLATION, 0, 1, 0},
+                           Row{"scanned", ERROR_SHARING_VIOLATION, 3, 4, 0},
+                           Row{"denied for a moment", ERROR_ACCESS_DENIED, 1, 2, 0},
+                           Row{"in use", ERROR_SHARING_VIOLATION, 99, all, ERROR_SHARING_VIOLATION},
+                           Row{"missing", ERROR_FILE_NOT_FOUND, 99, 1, ERROR_FILE_NOT_FOUND}}) {
+        SCOPED_TRACE(row.name);
+        std::size_t attempts = 0;
+        EXPECT_EQ(win32::patiently([&] {
+                      SetLastError(row.error);
+                      return ++attempts > row.failures;
+                  }),
+                  row.result);
+        EXPECT_EQ(attempts, row.attempts);
+    }
+}
+
+TEST(Rename, OfAFileInUseFailsWithACodeThatIsWaitedFor) {
+    const TempDir temp;
+    writeFile(temp / "from", "f");
+    writeFile(temp / "to", "t");
+    const HANDLE held = CreateFileW((temp / "to").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    EXPECT_THAT(renameEntry(temp / "from", temp / "to", WhenInUse::kFail).value(),
+                AnyOf(ERROR_SHARING_VIOLATION, ERROR_ACCESS_DENIED));
+    EXPECT_EQ(readFile(temp / "from"), "f");
+    CloseHandle(held);
+    EXPECT_FALSE(renameEntry(temp / "from", temp / "to"));
+}
+
+}  // namespace
+}  // namespace tide
