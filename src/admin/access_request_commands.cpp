@@ -3,7 +3,6 @@
 #include "admin/invite.h"
 #include "admin/server_command.h"
 #include "cli/console/arguments.h"
-#include "cli/console/exit_code.h"
 #include "cli/console/output.h"
 #include "cli/console/usage.h"
 #include "client/addresses.h"
@@ -80,24 +79,16 @@ int requestsCommand(QStringList args) {
 }
 
 int requestApproveCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
-        const InviteTerms terms = takeInviteTerms(rest);
-        if (rest.size() != 1) {
-            return printUsage();
-        }
-        if (!terms.check()) {
-            return kExitUsage;
-        }
-        QueryItems query;
-        terms.addTo(query);
-        const Reply reply = postEmpty(
-            server, apiPath(QStringLiteral("/api/access-requests/%1/approve"), rest.first()),
-            QStringLiteral("request approve"), query);
-        return finish(reply, QStringLiteral("Approved. Send this to %1 (the code is shown only "
-                                            "once):\n\n%2")
-                                 .arg(reply.object.value(u"email").toString(),
-                                      mailText(server, reply.object)));
-    });
+    return runInviteCommand(
+        std::move(args), [](const QString& server, const QString& id, const QueryItems& terms) {
+            const Reply reply =
+                postEmpty(server, apiPath(QStringLiteral("/api/access-requests/%1/approve"), id),
+                          QStringLiteral("request approve"), terms);
+            return finish(reply, QStringLiteral("Approved. Send this to %1 (the code is shown only "
+                                                "once):\n\n%2")
+                                     .arg(reply.object.value(u"email").toString(),
+                                          mailText(server, reply.object)));
+        });
 }
 
 int requestDeclineCommand(QStringList args) {

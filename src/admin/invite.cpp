@@ -3,27 +3,37 @@
 #include <QRegularExpression>
 
 #include "admin/server_command.h"
+#include "cli/console/exit_code.h"
 #include "cli/console/output.h"
+#include "cli/console/usage.h"
 
 namespace quorvelle {
 
-bool InviteTerms::check() const {
+namespace {
+
+bool isPositiveNumber(const QString& text) {
     static const QRegularExpression kPositiveNumber(QStringLiteral("\\A0*[1-9][0-9]*\\z"));
-    if (days && !kPositiveNumber.match(*days).hasMatch()) {
-        printError(QStringLiteral("--days must be a positive number"));
-        return false;
-    }
-    return true;
+    return kPositiveNumber.match(text).hasMatch();
 }
 
-void InviteTerms::addTo(QueryItems& query) const {
-    addGiven(query, QStringLiteral("groups"), groups);
-    addGiven(query, QStringLiteral("days"), days);
-}
+}  // namespace
 
-InviteTerms takeInviteTerms(QStringList& args) {
-    return {.groups = takeGiven(args, QStringLiteral("--groups")),
-            .days = takeGiven(args, QStringLiteral("--days"))};
+int runInviteCommand(QStringList args, const MakeInvite& make) {
+    return onServer(std::move(args), [&make](const QString& server, QStringList& rest) {
+        const auto groups = takeGiven(rest, QStringLiteral("--groups"));
+        const auto days = takeGiven(rest, QStringLiteral("--days"));
+        if (rest.size() != 1) {
+            return printUsage();
+        }
+        if (days && !isPositiveNumber(*days)) {
+            printError(QStringLiteral("--days must be a positive number"));
+            return kExitUsage;
+        }
+        QueryItems terms;
+        addGiven(terms, QStringLiteral("groups"), groups);
+        addGiven(terms, QStringLiteral("days"), days);
+        return make(server, rest.first(), terms);
+    });
 }
 
 QString joinCommandLine(const QString& server, const QString& code) {

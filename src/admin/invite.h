@@ -2,7 +2,7 @@
 
 #include <QString>
 #include <QStringList>
-#include <optional>
+#include <functional>
 
 #include "client/url.h"
 
@@ -10,21 +10,14 @@
 
 namespace quorvelle {
 
-/// What the command line says about the new invite.
-struct InviteTerms {
-    /// "--groups": the names of the groups to be joined, separated by commas.
-    std::optional<QString> groups = {};
-    /// "--days": for how many days the invite is good, as typed.
-    std::optional<QString> days = {};
+/// Makes the invite of a positional (a user, a request) with the query items of its terms;
+/// returns the exit code.
+using MakeInvite =
+    std::function<int(const QString& server, const QString& subject, QueryItems terms)>;
 
-    /// False after printing which option has a value that makes no sense.
-    bool check() const;
-
-    /// Appends the query items of the options that were given.
-    void addTo(QueryItems& query) const;
-};
-
-InviteTerms takeInviteTerms(QStringList& args);
+/// Runs a command that makes an invite: takes "--groups" and "--days" and checks them. The
+/// query items are those that were given.
+int runInviteCommand(QStringList args, const MakeInvite& make);
 
 /// The command with which an invited person joins from a terminal.
 QString joinCommandLine(const QString& server, const QString& code);

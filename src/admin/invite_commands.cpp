@@ -2,8 +2,6 @@
 
 #include "admin/invite.h"
 #include "admin/server_command.h"
-#include "cli/console/exit_code.h"
-#include "cli/console/usage.h"
 
 namespace quorvelle {
 
@@ -29,21 +27,13 @@ QString createdText(const QString& server, const QString& user, const QJsonObjec
 }  // namespace
 
 int inviteCreateCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
-        const InviteTerms terms = takeInviteTerms(rest);
-        if (rest.size() != 1) {
-            return printUsage();
-        }
-        if (!terms.check()) {
-            return kExitUsage;
-        }
-        const QString& user = rest.first();
-        QueryItems query = {{QStringLiteral("user"), user}};
-        terms.addTo(query);
-        const Reply reply = postEmpty(server, QStringLiteral("/api/invites"),
-                                      QStringLiteral("invite create"), query);
-        return finish(reply, createdText(server, user, reply.object));
-    });
+    return runInviteCommand(
+        std::move(args), [](const QString& server, const QString& user, QueryItems terms) {
+            terms.prepend({QStringLiteral("user"), user});
+            const Reply reply = postEmpty(server, QStringLiteral("/api/invites"),
+                                          QStringLiteral("invite create"), terms);
+            return finish(reply, createdText(server, user, reply.object));
+        });
 }
 
 int inviteRevokeCommand(QStringList args) {

@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "admin/roles.h"
 #include "admin/server_command.h"
 #include "cli/console/arguments.h"
 #include "cli/console/exit_code.h"
@@ -116,10 +117,6 @@ int setClaims(const QString& server, QStringList& args) {
         }
         return true;
     });
-}
-
-bool isRole(const QString& text) {
-    return text == u"admin" || text == u"publisher" || text == u"member";
 }
 
 }  // namespace

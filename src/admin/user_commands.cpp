@@ -1,6 +1,7 @@
 #include "admin/user_commands.h"
 
 #include "admin/membership.h"
+#include "admin/roles.h"
 #include "admin/server_command.h"
 #include "cli/console/arguments.h"
 #include "cli/console/usage.h"
@@ -8,13 +9,6 @@
 namespace quorvelle {
 
 namespace {
-
-const QString kMember = QStringLiteral("member");
-const QString kPublisher = QStringLiteral("publisher");
-
-bool isRole(const QString& text) {
-    return text == QStringLiteral("admin") || text == kMember || text == kPublisher;
-}
 
 QString userLine(const QJsonObject& user) {
     const QString role = user.value(u"role").toString();

@@ -1,5 +1,6 @@
 #include "client/owner_only_win32.h"
 
+#include <aclapi.h>
 #include <sddl.h>
 
 #include <string>
@@ -42,6 +43,17 @@ OwnerOnlyAccess::OwnerOnlyAccess() {
 
 OwnerOnlyAccess::~OwnerOnlyAccess() {
     LocalFree(descriptor);
+}
+
+bool OwnerOnlyAccess::applyTo(HANDLE file) const {
+    BOOL present = FALSE;
+    BOOL isDefault = FALSE;
+    PACL list = nullptr;
+    return descriptor != nullptr &&
+           GetSecurityDescriptorDacl(descriptor, &present, &list, &isDefault) != 0 &&
+           SetSecurityInfo(file, SE_FILE_OBJECT,
+                           DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION, nullptr,
+                           nullptr, list, nullptr) == ERROR_SUCCESS;
 }
 
 }  // namespace quorvelle

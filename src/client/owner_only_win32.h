@@ -17,6 +17,10 @@ public:
     /// then no file may be made.
     SECURITY_ATTRIBUTES* attributes() { return descriptor == nullptr ? nullptr : &security; }
 
+    /// Gives an open file that exists already (WRITE_DAC) the same list. False when the
+    /// system refuses.
+    bool applyTo(HANDLE file) const;
+
 private:
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     SECURITY_ATTRIBUTES security = {};

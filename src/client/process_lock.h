@@ -22,10 +22,10 @@ public:
     ProcessLock& operator=(const ProcessLock&) = delete;
 
     /// Takes the lock, waiting for its holder. The path's folder must exist.
-    Outcome acquire(const QString& path);
+    Outcome acquire(const QString& path) { return take(path, true); }
 
     /// Takes the lock if nobody has it; two objects of one process count as two.
-    Outcome tryAcquire(const QString& path);
+    Outcome tryAcquire(const QString& path) { return take(path, false); }
 
     /// Gives the lock up; without one, does nothing.
     void release();

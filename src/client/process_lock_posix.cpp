@@ -75,14 +75,6 @@ ProcessLock::Outcome ProcessLock::take(const QString& path, bool wait) {
     return outcome;
 }
 
-ProcessLock::Outcome ProcessLock::acquire(const QString& path) {
-    return take(path, true);
-}
-
-ProcessLock::Outcome ProcessLock::tryAcquire(const QString& path) {
-    return take(path, false);
-}
-
 void ProcessLock::release() {
     holding.reset();
 }

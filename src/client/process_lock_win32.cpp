@@ -56,14 +56,6 @@ ProcessLock::Outcome ProcessLock::take(const QString& path, bool wait) {
     return error == ERROR_SHARING_VIOLATION ? Outcome::kBusy : Outcome::kUnavailable;
 }
 
-ProcessLock::Outcome ProcessLock::acquire(const QString& path) {
-    return take(path, true);
-}
-
-ProcessLock::Outcome ProcessLock::tryAcquire(const QString& path) {
-    return take(path, false);
-}
-
 void ProcessLock::release() {
     holding.reset();
 }
