@@ -5,7 +5,6 @@
 #include <QJsonDocument>
 
 #include "support/outcomes.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 namespace {

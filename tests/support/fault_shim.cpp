@@ -73,7 +73,6 @@ Plan& plan() {
     return instance;
 }
 
-/// The function of that name that the program would have called.
 template <typename Function>
 Function* real(const char* name) {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
@@ -127,7 +126,6 @@ int openat(int folder, const char* path, int flags, mode_t mode) {
     return opened("openat", flags, folder, path, flags, mode);
 }
 
-/// The standard library's streams open their files by this.
 std::FILE* fopen(const char* path, const char* mode) {
     return openStream("fopen", path, mode);
 }
@@ -153,8 +151,6 @@ ssize_t writev(int file, const iovec* parts, int count) {
                : -1;
 }
 
-/// The C library writes a stream's lines by an inner call, so that printing is caught
-/// here.
 int fflush(std::FILE* stream) {
     if ((stream == stdout || stream == stderr) && !plan().pass("fflush")) {
         return EOF;

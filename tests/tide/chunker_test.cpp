@@ -34,15 +34,6 @@ std::vector<std::string> cutsOf(const path& file, const ChunkerParameters& param
     return found;
 }
 
-std::vector<Chunk> chunksOf(const std::string& bytes, const ChunkerParameters& parameters) {
-    const TempDir temp;
-    writeFile(temp / "f", bytes);
-    std::vector<Chunk> chunks;
-    EXPECT_TRUE(chunkFile(
-        temp / "f", parameters, [&](const Chunk& chunk) { chunks.push_back(chunk); }, nullptr));
-    return chunks;
-}
-
 std::string contentOf(const Json::Value& known) {
     const std::uint64_t seed = std::strtoull(known["seed"].asCString(), nullptr, 16);
     const std::size_t size = known["size"].asUInt64();
@@ -124,34 +115,6 @@ TEST(ChunkerTest, MasksFollowFromTheNormalLength) {
     EXPECT_EQ(cutMasks(1).strict, 3U);
     EXPECT_EQ(cutMasks(5).loose, 1U);
     EXPECT_EQ(cutMasks(~std::uint64_t{0}).strict, ~std::uint64_t{0});
-}
-
-TEST(ChunkerTest, ChunksTileTheFileWithinTheirBoundsAndAreNamedByTheirBytes) {
-    struct Row {
-        const char* name;
-        ChunkerParameters parameters;
-        std::size_t size;
-    };
-    const Row rows[] = {
-        {"usual", {64, 256, 1024}, 100000},
-        {"normal below minimum", {512, 16, 1024}, 100000},
-        {"all lengths equal", {1024, 1024, 1024}, 10240},
-        {"single bytes", {0, 1, 1}, 50},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const std::string bytes = randomBytes(3, row.size);
-        const std::vector<Chunk> chunks = chunksOf(bytes, row.parameters);
-        std::uint64_t end = 0;
-        for (const Chunk& chunk : chunks) {
-            EXPECT_EQ(chunk.offset, end);
-            end += chunk.length;
-            EXPECT_EQ(chunk.id, blake3Hex(bytes.substr(chunk.offset, chunk.length)));
-            EXPECT_LE(chunk.length, row.parameters.maximum);
-            EXPECT_TRUE(end == bytes.size() || chunk.length >= row.parameters.minimum);
-        }
-        EXPECT_EQ(end, bytes.size());
-    }
 }
 
 TEST(ChunkerTest, SaysWhyItFailed) {

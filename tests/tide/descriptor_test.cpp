@@ -5,8 +5,6 @@
 #include "tide/manifest.h"
 
 namespace tide {
-namespace {
-
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
@@ -54,6 +52,4 @@ TEST(Descriptor, SaysWhyItIsRefused) {
         EXPECT_THAT(err, StartsWith(error));
     }
 }
-
-}  // namespace
 }  // namespace tide

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 namespace tide {
-namespace {
-
 TEST(UrlEncode, EncodesEveryByteButTheUnreserved) {
     struct Row {
         const char* text;
@@ -24,6 +22,4 @@ TEST(UrlEncode, EncodesEveryByteButTheUnreserved) {
     }
     EXPECT_EQ(urlEncode(std::string(1, '\0'), false), "%00");
 }
-
-}  // namespace
 }  // namespace tide

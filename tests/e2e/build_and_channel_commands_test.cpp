@@ -24,5 +24,24 @@ channel create | channel create a b | channel delete | channel delete a b | chan
 channel public a true b | channel public a yes | channel public a True)");
 }
 
+TEST(BuildCommands, MakeOneRequestEach) {
+    checkOneRequestCommands(R"(
+builds | GET /api/builds | | {'builds':[]} | builds | No builds on SERVER\n
+builds surplus | GET /api/builds | | {} | builds | No builds on SERVER\n
+builds | GET /api/builds | | {'builds':[{'build':'b1','created_at':'2026-01-02','file_count':3,'total_size':5000000001,'disabled':true,'channels':['a','b']},{'build':'b2','created_at':'2026-01-03','file_count':1,'total_size':7,'channels':[]}]} | builds | Builds on SERVER:\n  b1  2026-01-02  3 files  5000000001 bytes  [DISABLED]  <- a, b\n  b2  2026-01-03  1 files  7 bytes\n
+build 42 | GET /api/builds/42 | | {'created_at':'2026-01-02','file_count':1,'total_size':9007199254740993,'disabled':true,'channels':['a'],'files':[{'path':'bin/ü','size':9007199254740993}]} | build | Build 42  [DISABLED]  created 2026-01-02  1 files, 9007199254740993 bytes\non channels: a\nfiles:\n  bin/ü  (9007199254740993 bytes)\n
+build a/b | GET /api/builds/a%2Fb | | {} | build | Build a/b  created   0 files, 0 bytes\non channels: (none)\nfiles:\n
+build delete 7#1 | DELETE /api/builds/7%231 | | {'x':1} | build delete | Build '7#1' deleted\n
+build disable 7 | POST /api/builds/7/disabled?value=true | | {} | build disable | Build '7' disabled (cannot be promoted)\n
+build enable 7 | POST /api/builds/7/disabled?value=false | | {} | build enable | Build '7' enabled\n
+)");
+}
+
+TEST(BuildCommands, PrintTheUsageForAWrongCount) {
+    checkUsageLines(R"(
+build 1 2 | build delete | build delete 1 2 | build disable | build enable 1 2
+build delete 7 --server)");
+}
+
 }  // namespace
 }  // namespace quorvelle::testing
