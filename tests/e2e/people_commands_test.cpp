@@ -68,7 +68,7 @@ TEST(PeopleCommands, TellAnEmptyOptionFromAMissingOne) {
     EXPECT_EQ(box.run(args("user set-role x publisher") + on).code, 0);
     const QStringList days = {"--server", server.url(), "--groups", ""};
     EXPECT_EQ(box.run(args("request approve 1 --days 007") + days).code, 0);
-    expectUsage(box, args("user create x --role") + QStringList(""));
+    expectUsage(box, args("user create x --role") + QStringList{"", "--server", server.url()});
     EXPECT_EQ(server.requests().size(), 2U);
 }
 
