@@ -11,6 +11,7 @@ namespace quorvelle::testing {
 TEST(Interval, IsParsed) {
     for (const QStringList& row : rows(R"(
         manual | 0
+        0 | 0
         MANUAL | 0
         default | -1
         1 | 1

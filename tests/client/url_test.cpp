@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "client/requests.h"
-#include "support/temporary_config.h"
 #include "support/notation.h"
+#include "support/temporary_config.h"
 
 namespace quorvelle::testing {
 
@@ -19,6 +19,7 @@ TEST(ApiUrl, SendsEveryNameAsOnePathSegment) {
     for (const QStringList& row : rows(R"(
         app-1.0_b~c  | app-1.0_b~c
         a/b          | a%2Fb
+        ...          | ...
         what?x=1     | what%3Fx%3D1
         bob#2        | bob%232
         100%1        | 100%251

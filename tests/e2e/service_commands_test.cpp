@@ -63,6 +63,8 @@ TEST_F(ServiceWords, AreCheckedBeforeAnyRequest) {
     for (const QStringList& row : rows(R"(
 backup init --bucket b --access-key a --secret-key s | backup init needs --shared or --endpoint --bucket --access-key --secret-key
 backup init --endpoint e --bucket b --access-key a | backup init needs --shared or --endpoint --bucket --access-key --secret-key
+backup init --endpoint e --access-key a --secret-key s | backup init needs --shared or --endpoint --bucket --access-key --secret-key
+backup init --endpoint e --bucket b --secret-key s --region r | backup init needs --shared or --endpoint --bucket --access-key --secret-key
 backup init --region r --shared | --shared takes no bucket options
 backup schedule 03:00 --keep -1 | --keep must be a number >= 0
 backup schedule off --keep 9223372036854775808 | --keep must be a number >= 0

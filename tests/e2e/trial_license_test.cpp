@@ -47,6 +47,7 @@ TEST_F(TrialLicense, IsNotInstalledWhenTheServiceGaveNone) {
 429 | {"error":"x"} | rate limited by the licensing service - try again shortly
 403 | {"error":"name taken: %1"} | name taken: %1
 500 | <html> | licensing service returned HTTP 500
+403 | {"error":""} | licensing service returned HTTP 403
 200 | [{"tier":"t"}] | the licensing service sent no license
 )")) {
         SCOPED_TRACE(cells.join(u'|').toStdString());

@@ -70,8 +70,11 @@ TEST_F(LaunchSpecs, WrapScriptsByTheSuffixOfTheFileName) {
         tool          | program  | FILE;a;x;y z
         v1.txt/tool   | program  | FILE;a;x;y z
         tool.         | program  | FILE;a;x;y z
+        a.b.EXE       | program  | FILE;a;x;y z
+        x.com         | program  | FILE;a;x;y z
         y.Scr         | program  | FILE;a;x;y z
         SETUP.BAT     | script   | cmd.exe;/c;FILE;a;x;y z
+        do.cmd        | script   | cmd.exe;/c;FILE;a;x;y z
         über all.Ps1  | script   | powershell.exe;-ExecutionPolicy;Bypass;-File;FILE;a;x;y z
         readme.txt    | document | FILE;a;x;y z
         .hidden       | document | FILE;a;x;y z

@@ -23,6 +23,7 @@ TEST(BucketRules, AreReportedInTheirOrder) {
         {"-a_", character.arg("_")},
         {"a😀b", character.arg("😀")},
         {"-abc", hyphen},
+        {"abc-", hyphen},
         {"-", hyphen},
         {"ab", length},
         {QString(64, u'z'), length},

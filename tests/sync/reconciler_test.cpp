@@ -44,6 +44,7 @@ ReconcilePlan plan(const QString& before, const QString& assigned) {
 TEST(ReconcilePlan, AddsAndRetiresManagedSubscriptionsOfTheServer) {
     for (const QStringList& row : rows(R"(
         new         |                     | 'x','y'   | x=x@a* y=y@a*
+        none left   | x=x@a* y=y@a        |           | y=y@a
         by hand     | x=x@a n=y@a         | 'x','y'   | x=x@a n=y@a
         renamed     | n=x@a*              | 'x'       | n=x@a*
         elsewhere   | x=x@b* y=y@a/*      | 'z'       | x=x@b* y=y@a/* z=z@a*

@@ -65,6 +65,7 @@ TEST(SwapInStaged, LeavesOneWholeBuildInEveryCase) {
     for (const QStringList& row : rows(R"(
                                     | not movable |
         staging                     | swapped     | new
+        old                         | not movable | old
         old staging                 | swapped     | new
         install                     | not movable | install
         install staging             | swapped     | new
@@ -90,11 +91,13 @@ TEST(RecoverSwap, BringsASwapCutShortToOneSide) {
         no swap, blocked                       | install marker staging    | install marker staging
         no swap, staging gone                  | install marker            | install marker
         no swap, leftover                      | install old               | install old
+        no swap, nothing staged                | old                       | old
         no record, between the renames         | marker old staging        | marker previous staging
         before the first rename       | install marker record staging     | install marker staging
         before it, a leftover         | install marker old record staging | install marker old staging
         before the only rename                 | marker record staging     | marker staging
         between the renames                    | marker old record staging | marker previous staging
+        between the renames, no marker         | old record staging        | previous staging
         after the second rename                | marker new old record     | new recorded:b2:stable
         after the only rename                  | marker new record         | new recorded:b2:stable
         after its record as installed          | new record                | new

@@ -55,6 +55,7 @@ TEST(ManifestFiles, RefusesLists) {
         {R"([{"path": "a"}, {"path": "b/a"}, {"path": "A"}])", ""},
         {R"([{"path": "a"}, {"path": "a"}])", twice + "a"},
         {R"([{"path": "a"}, {"path": "a.part"}])", twice + "a.part"},
+        {R"([{"path": "d/a.part"}, {"path": "d/a"}])", twice + "d/a.part"},
         {R"([{"path": "a.part"}, {"path": "a.part.part.part"}])", ""},
         {R"(["a"])", malformed},
         {R"([{"path": {}}])", malformed},
