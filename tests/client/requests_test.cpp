@@ -7,8 +7,8 @@
 #include <functional>
 
 #include "client/server_option.h"
-#include "support/temporary_config.h"
 #include "support/notation.h"
+#include "support/temporary_config.h"
 
 namespace quorvelle::testing {
 

@@ -86,7 +86,8 @@ struct WizardTest : OnboardingTest {
             runWith(shared, faults, usual + " --yes" + (single ? " --single-token" : ""));
         const std::set<std::string> left = cloudflare.left();
         EXPECT_THAT(ran.out + ran.err,
-                    ::testing::Not(::testing::ContainsRegex("operator-secret|value-tok")));
+                    ::testing::Not(::testing::AnyOf(::testing::HasSubstr("operator-secret"),
+                                                    ::testing::HasSubstr("value-tok"))));
         if (ran.code == 0) {
             EXPECT_EQ(left.size(), single ? 2U : 3U);
             EXPECT_EQ(left.count("bucket builds-1"), 1U);

@@ -2,8 +2,8 @@
 
 #include "onboarding/cloudflare_api.h"
 #include "onboarding/interrupts.h"
-#include "support/raw_server.h"
 #include "onboarding_fixture.h"
+#include "support/raw_server.h"
 
 namespace quorvelle::testing {
 

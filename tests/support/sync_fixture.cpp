@@ -2,7 +2,6 @@
 
 #include <QDir>
 
-
 namespace quorvelle::testing {
 
 SyncTest::SyncTest() {

@@ -5,6 +5,7 @@
 #include "tide/manifest.h"
 
 namespace tide {
+
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
@@ -52,4 +53,5 @@ TEST(Descriptor, SaysWhyItIsRefused) {
         EXPECT_THAT(err, StartsWith(error));
     }
 }
+
 }  // namespace tide

@@ -4,6 +4,7 @@
 #include "tide_files.h"
 
 namespace tide::testing {
+
 // What the fuzzers start from and what they once found; the folder says the verdict.
 TEST(FuzzSeeds, GetTheVerdictTheyAreFiledUnder) {
     const std::pair<const char*, fuzz::Target> targets[] = {{"chunk", &fuzz::runChunk},
@@ -25,4 +26,5 @@ TEST(FuzzSeeds, GetTheVerdictTheyAreFiledUnder) {
         }
     }
 }
+
 }  // namespace tide::testing

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 namespace tide {
+
 TEST(UrlEncode, EncodesEveryByteButTheUnreserved) {
     struct Row {
         const char* text;
@@ -22,4 +23,5 @@ TEST(UrlEncode, EncodesEveryByteButTheUnreserved) {
     }
     EXPECT_EQ(urlEncode(std::string(1, '\0'), false), "%00");
 }
+
 }  // namespace tide
