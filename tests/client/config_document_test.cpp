@@ -5,7 +5,6 @@
 #include <QDir>
 
 #include "support/notation.h"
-#include "support/qt_printers.h"
 #include "support/temporary_config.h"
 
 namespace quorvelle::testing {
@@ -13,16 +12,10 @@ namespace quorvelle::testing {
 TEST(ConfigMigration, BringsEveryDocumentToVersionTwo) {
     for (const QStringList& row : rows(R"(
         {}                                          | {'schema_version':2}
-        {'server':'S'}                              | {'schema_version':2,'server':'S'}
-        {'channel':'C'}                             | {'schema_version':2}
-        {'download-dir':'/D'}                       | {'schema_version':2}
         {'server':'S','channel':'C'}                | {'schema_version':2,'server':'S'}
-        {'server':'S','download-dir':'/D'}          | {'schema_version':2,'server':'S'}
         {'channel':'C','download-dir':'/D'}         | {'schema_version':2}
-        {'channel':'C','download-dir':'/D','server':''}   | {'schema_version':2}
         {'channel':'','download-dir':'/D','server':'S'}   | {'schema_version':2,'server':'S'}
         {'channel':1,'download-dir':['/D'],'server':{}}   | {'schema_version':2}
-        {'token':'T'}                               | {'schema_version':2,'token':'T'}
         {'schema_version':0,'server':'S','token':'T'} | {'schema_version':2,'server':'S','token':'T'}
         )")) {
         SCOPED_TRACE(row[0].toStdString());
@@ -55,7 +48,6 @@ TEST(ConfigServers, AreFoundByTheirExactUrl) {
     for (const char* other : {"http://a/", "http://b", "HTTP://a", "http://", ""}) {
         EXPECT_EQ(text(config::findServer(document, other)), "{}") << other;
     }
-    EXPECT_EQ(text(config::findServer({}, "http://a")), "{}");
     EXPECT_EQ(text(config::findServer(json("{'servers':'http://a'}"), "http://a")), "{}");
 }
 
@@ -66,58 +58,12 @@ TEST(ConfigServers, AreStoredUnderTheUrlThatStandsAlready) {
     for (const QStringList& row : rows(R"(
         http://b     | http://b
         http://b///  | http://b
-        http://c     | http://c/
         http://c//   | http://c/
         http://a     | http://a
-        http://a//   | http://a//
-        http://new   | http://new
         http://new// | http://new
         HTTP://b/    | HTTP://b)")) {
         EXPECT_EQ(config::storedServerUrl(document, row[0]), row[1]) << row[0].toStdString();
     }
-}
-
-TEST(ConfigServers, KeepTheirOtherKeysWhenChanged) {
-    QJsonObject document = json(
-        "{'own':1,'servers':[{'server':'a','tide_public_key':'k','token':'old'},"
-        "{'server':'b','token':'B'}]}");
-    config::upsertServer(document, "a", "new", "/r");
-    EXPECT_EQ(text(document),
-              "{'own':1,'servers':[{'install_root':'/r','server':'a','tide_public_key':'k',"
-              "'token':'new'},{'server':'b','token':'B'}]}");
-    config::upsertServer(document, "a/", "t", "");
-    EXPECT_EQ(text(document["servers"][2].toObject()),
-              "{'install_root':'','server':'a/','token':'t'}");
-
-    QJsonObject fresh;
-    config::upsertServer(fresh, "a", "t", "/r");
-    EXPECT_EQ(text(fresh), "{'servers':[{'install_root':'/r','server':'a','token':'t'}]}");
-}
-
-TEST(ConfigRepoint, MovesTheServersSubscriptions) {
-    const char* before =
-        "{'servers':[{'install_root':'/old','own':1,'server':'a','token':'t'}],"
-        "'subscriptions':[{'channel':'x','dir':'/old/x','name':'n','own':2,'server':'a'},"
-        "{'channel':'y','dir':'/y','server':'a/'},{'channel':'x','server':'a'},"
-        "{'channel':'z.1','dir':'/q','server':'a'}]}";
-    const char* after =
-        "{'servers':[{'install_root':'/new','own':1,'server':'a','token':'t'}],"
-        "'subscriptions':[{'channel':'x','dir':'/new/x','name':'n','own':2,'server':'a'},"
-        "{'channel':'y','dir':'/y','server':'a/'},{'channel':'x','dir':'/new/x','server':'a'},"
-        "{'channel':'z.1','dir':'/new/z.1','server':'a'}]}";
-    QJsonObject document = json(before);
-    EXPECT_EQ(config::repointServer(document, "a", "/new"), 3);
-    EXPECT_EQ(text(document), after);
-
-    EXPECT_EQ(config::repointServer(document, "a/", "/"), 1);
-    EXPECT_EQ(document["subscriptions"][1]["dir"].toString(), QString("/y"));
-    EXPECT_EQ(text(document["servers"][1].toObject()),
-              "{'install_root':'/','server':'a/','token':''}");
-
-    EXPECT_EQ(config::repointServer(document, "nobody", "/n"), 0);
-    QJsonObject empty;
-    EXPECT_EQ(config::repointServer(empty, "a", "/n"), 0);
-    EXPECT_EQ(text(empty), "{'servers':[{'install_root':'/n','server':'a','token':''}]}");
 }
 
 TEST(ConfigInstallRoot, IsTheFirstOneGivenMadeAbsolute) {

@@ -6,17 +6,14 @@
 #include <QJsonArray>
 #include <functional>
 
-#include "cli/console/output.h"
 #include "client/server_option.h"
-#include "support/api_server.h"
 #include "support/notation.h"
-#include "support/qt_printers.h"
+#include "support/temporary_config.h"
 
 namespace quorvelle::testing {
 
 TEST(Requests, SendExactlyWhatTheCallSays) {
     struct Row {
-        const char* name;
         std::function<Reply(const QString& server)> call;
         /// Method and target, Authorization, Content-Type, body.
         const char* seen;
@@ -29,42 +26,34 @@ TEST(Requests, SendExactlyWhatTheCallSays) {
     ApiServer api;
     api.config.sandbox.writeConfig(json("{'token':'secret','schema_version':2}"));
     for (const Row& row : {
-             Row{"getJson", [](const QString& s) { return getJson(s, "/api/me", "x"); },
+             Row{[](const QString& s) { return getJson(s, "/api/me", "x"); },
                  "GET /api/me|Bearer secret|(none)|"},
-             Row{"postJson", [&](const QString& s) { return postJson(s, "/api/c", "x", body); },
+             Row{[&](const QString& s) { return postJson(s, "/api/c", "x", body); },
                  "POST /api/c|Bearer secret|application/json|{\"a\":\"ü +\",\"b\":[1,true]}"},
-             Row{"postJson, empty", [](const QString& s) { return postJson(s, "/api/c", "x", {}); },
-                 "POST /api/c|Bearer secret|application/json|{}"},
-             Row{"postEmpty", [](const QString& s) { return postEmpty(s, "/api/p", "x"); },
-                 "POST /api/p|Bearer secret|application/octet-stream|"},
-             Row{"postEmpty, query",
-                 [](const QString& s) {
+             Row{[](const QString& s) {
                      return postEmpty(s, "/api/p", "x", {{"b", "1"}, {"a", "2"}});
                  },
                  "POST /api/p?b=1&a=2|Bearer secret|application/octet-stream|"},
-             Row{"putJson", [&](const QString& s) { return putJson(s, "/api/s", "x", body); },
+             Row{[&](const QString& s) { return putJson(s, "/api/s", "x", body); },
                  "PUT /api/s|Bearer secret|application/json|{\"a\":\"ü +\",\"b\":[1,true]}"},
-             Row{"putFile",
-                 [&](const QString& s) {
+             Row{[&](const QString& s) {
                      return putFile(s, "/api/f", "x", {{"path", "a/b"}}, file);
                  },
                  "PUT /api/f?path=a%2Fb|Bearer secret|application/octet-stream|bytes\r\n"},
-             Row{"deleteResource",
-                 [](const QString& s) {
+             Row{[](const QString& s) {
                      return deleteResource(s, "/api/d", "x", {{"all", "1"}});
                  },
                  "DELETE /api/d?all=1|Bearer secret|(none)|"},
          }) {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(row.seen);
         const QStringList line = QString(row.seen).section(u'|', 0, 0).split(u' ');
         api.server.onJson(line[0].toStdString(), line[1].toStdString(), json("{'reply':1}"));
         api.server.forget();
         const Reply reply = row.call(api.server.url() + "//");
         EXPECT_TRUE(reply.ok);
         EXPECT_EQ(text(reply.object), "{'reply':1}");
-        const std::vector<SeenRequest> requests = api.server.requests();
-        ASSERT_EQ(requests.size(), 1U);
-        const SeenRequest& seen = requests.front();
+        ASSERT_EQ(api.server.requests().size(), 1U);
+        const SeenRequest seen = api.server.requests().front();
         EXPECT_EQ(seen.line() + '|' + seen.header("Authorization") + '|' +
                       seen.header("Content-Type") + '|' + seen.body,
                   row.seen);
@@ -96,24 +85,6 @@ TEST(Requests, CarryTheFirstTokenThereIs) {
     // Another server's token is forgotten with its server.
     selectServer(api.server.url() + "/elsewhere");
     EXPECT_EQ(requestToken(), QString());
-}
-
-TEST(Requests, PrintTheFailureOnceInEitherMode) {
-    ApiServer api;
-    api.server.onJson("GET", "/api/x", json("{'error':'no','kept':1}"), 404);
-    for (const bool jsonOn : {false, true}) {
-        setJsonMode(jsonOn);
-        ::testing::internal::CaptureStdout();
-        ::testing::internal::CaptureStderr();
-        const Reply reply = getJson(api.server.url(), "/api/x", "build show");
-        const std::string out = ::testing::internal::GetCapturedStdout();
-        const std::string err = ::testing::internal::GetCapturedStderr();
-        setJsonMode(false);
-        EXPECT_FALSE(reply.ok);
-        EXPECT_TRUE(reply.object.isEmpty());
-        EXPECT_EQ(err, jsonOn ? "" : "build show failed (HTTP 404): no\n");
-        EXPECT_EQ(out, jsonOn ? "{\"error\":\"build show failed (HTTP 404): no\"}\n" : "");
-    }
 }
 
 TEST(ResolveServer, FallsBackOnTheConfiguration) {

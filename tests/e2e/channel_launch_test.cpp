@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include "support/one_request.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 namespace {
@@ -11,12 +10,8 @@ using ::testing::ElementsAre;
 const char kGet[] = "GET /api/channels/a%2Fb";
 const char kPost[] = "POST /api/channels/a%2Fb/launch";
 
-class ChannelLaunch : public ::testing::Test {
-protected:
-    ChannelLaunch() {
-        box.writeConfig({{"schema_version", 2}, {"server", server.url()}, {"token", "t"}});
-        server.onJson("POST", kPost + 5, json("{'saved':1}"));
-    }
+struct ChannelLaunch : ServerTest {
+    ChannelLaunch() { server.onJson("POST", kPost + 5, json("{'saved':1}")); }
 
     void hold(const QString& targets) {
         server.onJson("GET", kGet + 4, json("{'launch_targets':" + targets.toUtf8() + '}'));
@@ -27,9 +22,6 @@ protected:
         QStringList list = args("channel launch " + words);
         return list.replaceInStrings("_", " ");
     }
-
-    FakeServer server;
-    Sandbox box;
 };
 
 TEST_F(ChannelLaunch, MakesOneRequestToListAndToClear) {
@@ -91,15 +83,9 @@ TEST_F(ChannelLaunch, StopsBeforeItWritesAWrongList) {
 
 TEST_F(ChannelLaunch, PrintsTheUsageForWrongWords) {
     checkUsageLines(R"(
-channel launch list a b
-channel launch add a --label l
-channel launch add a --exe e
-channel launch add a b --label l --exe e
-channel launch add --label l --exe e --primary a --args
-channel launch remove a
-channel launch primary a
-channel launch primary a b --clear
-)");
+channel launch list a b | channel launch add a --label l | channel launch add a --exe e
+channel launch add a b --label l --exe e | channel launch add --label l --exe e --primary a --args
+channel launch remove a | channel launch primary a | channel launch primary a b --clear)");
 }
 
 }  // namespace

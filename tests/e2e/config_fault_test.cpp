@@ -5,7 +5,6 @@
 
 #include "support/faulty_run.h"
 #include "support/notation.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 

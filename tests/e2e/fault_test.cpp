@@ -12,64 +12,125 @@ namespace quorvelle::testing {
 namespace {
 
 using ::testing::AnyOf;
-using ::testing::Combine;
 using ::testing::Values;
+using ::testing::ValuesIn;
 
 const QStringList kSync{"sync"};
 const QString kStagedMarker = "games/.quorvelle/app.staged.json";
 const QString kStagingBuild = "games/.quorvelle/app.staging.build";
 
-struct FaultCase {
+struct SyncCase {
     const char* name;
     Engine engine;
     Start start;
     const char* before;
 };
 
-void PrintTo(const FaultCase& row, std::ostream* out) {
+void PrintTo(const SyncCase& row, std::ostream* out) {
     *out << row.name;
 }
 
-class FaultySync : public ::testing::TestWithParam<std::tuple<FaultCase, int>> {
+class HinderedSync : public ::testing::TestWithParam<SyncCase> {
 protected:
-    const FaultCase& row() const { return std::get<0>(GetParam()); }
-
-    FaultyOutcome syncFromStart(Sandbox& sandbox, int call) const {
-        world.prepare(sandbox, row().start);
-        return runFaulty(sandbox, kSync, {.call = call, .error = std::get<1>(GetParam())});
+    FaultyOutcome syncFromStart(Sandbox& sandbox, Fault fault) const {
+        world.prepare(sandbox, GetParam().start);
+        return runFaulty(sandbox, kSync, fault);
     }
 
-    SyncWorld world{row().engine};
+    /// Calls of a sync that nothing hinders.
+    int callsInAll() const {
+        Sandbox sandbox;
+        const FaultyOutcome whole = syncFromStart(sandbox, {});
+        EXPECT_EQ(whole.code, 0) << whole.err.toStdString();
+        EXPECT_EQ(standing(sandbox), "build 2");
+        EXPECT_GT(whole.calls, 30);
+        std::cout << whole.calls << " calls\n";
+        return whole.code == 0 ? whole.calls : 0;
+    }
+
+    void expectWholeAfterKill(const Sandbox& sandbox) const {
+        EXPECT_THAT(standing(sandbox),
+                    AnyOf(GetParam().before, "build 2", "old: build 1, staging: build 2"));
+    }
+
+    void failEachCallWith(int error) const {
+        for (const int call : faultPoints(callsInAll())) {
+            Sandbox sandbox;
+            const FaultyOutcome faulty = syncFromStart(sandbox, {.call = call, .error = error});
+            SCOPED_TRACE("call " + std::to_string(call) + " failed, " + faulty.failed);
+            SCOPED_TRACE((faulty.out + faulty.err).toStdString());
+            ASSERT_NE(faulty.failed, "none");
+            EXPECT_THAT(faulty.code, AnyOf(0, 2, 3));
+            EXPECT_THAT(standing(sandbox),
+                        AnyOf(faulty.code == 0 ? "build 2" : GetParam().before, "build 2"));
+            if (GetParam().engine == Engine::kCargo &&
+                faulty.err.contains("build activated, but could not record its id")) {
+                // The one state that lasts until the channel moves on.
+                EXPECT_EQ(sandbox.run(kSync).code, 3);
+                EXPECT_EQ(standing(sandbox), "build 2");
+            } else {
+                expectConvergence(sandbox, GetParam().engine, true);
+            }
+        }
+    }
+
+    SyncWorld world{GetParam().engine};
 };
+
+class KilledSync : public HinderedSync {};
+class FailingSync : public HinderedSync {};
 
 }  // namespace
 
-TEST_P(FaultySync, TellsTheTruthAndIsMadeGoodByTheNext) {
-    Sandbox untroubled;
-    const int calls = syncFromStart(untroubled, 0).calls;
-    ASSERT_GT(calls, 30);
-    std::cout << calls << " calls\n";
-    for (const int call : faultPoints(calls)) {
+TEST_P(FailingSync, TellsTheTruthOfAReadWriteErrorAndIsMadeGoodByTheNext) {
+    failEachCallWith(EIO);
+}
+
+TEST_P(FailingSync, TellsTheTruthOfAFullDiskAndIsMadeGoodByTheNext) {
+    failEachCallWith(ENOSPC);
+}
+
+TEST_P(KilledSync, LeavesOneWholeBuildWhenKilledAndIsMadeGoodByTheNext) {
+    for (const int call : faultPoints(callsInAll())) {
+        SCOPED_TRACE("killed before call " + std::to_string(call));
         Sandbox sandbox;
-        const FaultyOutcome faulty = syncFromStart(sandbox, call);
-        SCOPED_TRACE("call " + std::to_string(call) + " failed, " + faulty.failed);
-        SCOPED_TRACE((faulty.out + faulty.err).toStdString());
-        ASSERT_NE(faulty.failed, "none");
-        EXPECT_THAT(faulty.code, AnyOf(0, 2, 3));
-        EXPECT_THAT(standing(sandbox), AnyOf(row().before, "build 2"));
-        if (faulty.code == 0) {
-            EXPECT_EQ(standing(sandbox), "build 2");
-        }
-        if (row().engine == Engine::kCargo &&
-            faulty.err.contains("build activated, but could not record its id")) {
-            // The one state that lasts until the channel moves on.
-            EXPECT_EQ(sandbox.run(kSync).code, 3);
-            EXPECT_EQ(standing(sandbox), "build 2");
-        } else {
-            expectConvergence(sandbox, row().engine, true);
-        }
+        const FaultyOutcome killed = syncFromStart(sandbox, {.call = call});
+        ASSERT_TRUE(killed.wasKilled()) << killed.code << killed.out.toStdString();
+        expectWholeAfterKill(sandbox);
+        expectConvergence(sandbox, GetParam().engine);
     }
 }
+
+TEST_P(KilledSync, IsMadeGoodAlsoAfterAKillOfTheRecovery) {
+    int kills = 0;
+    for (const int call : faultPoints(callsInAll(), 2)) {
+        const int second = 1 + call * 13 % 40;
+        SCOPED_TRACE("killed before calls " + std::to_string(call) + ", " + std::to_string(second));
+        Sandbox sandbox;
+        syncFromStart(sandbox, {.call = call});
+        kills += runFaulty(sandbox, kSync, {.call = second}).wasKilled() ? 1 : 0;
+        expectWholeAfterKill(sandbox);
+        expectConvergence(sandbox, GetParam().engine);
+    }
+    EXPECT_GT(kills, 0);
+    std::cout << kills << " pairs of kills\n";
+}
+
+const SyncCase kStarts[] = {{"FirstInstall", Engine::kCargo, Start::kNothing, "nothing"},
+                            {"Update", Engine::kCargo, Start::kBuild1, "build 1"},
+                            {"RetryOfStaged", Engine::kCargo, Start::kStaged, "build 1"},
+                            {"TideFirstInstall", Engine::kTide, Start::kNothing, "nothing"},
+                            {"TideUpdate", Engine::kTide, Start::kBuild1, "build 1"},
+                            {"TideRetryOfStaged", Engine::kTide, Start::kStaged, "build 1"},
+                            {"LegacyState", Engine::kCargo, Start::kLegacy, "build 1"}};
+
+std::string nameOf(const ::testing::TestParamInfo<SyncCase>& row) {
+    return row.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Starts, KilledSync, ValuesIn(kStarts), nameOf);
+// A state that could not be moved stays where earlier releases kept it.
+INSTANTIATE_TEST_SUITE_P(Starts, FailingSync, ValuesIn(kStarts, kStarts + 6), nameOf);
 
 class FaultyDownload : public ::testing::TestWithParam<Engine> {};
 
@@ -102,19 +163,5 @@ INSTANTIATE_TEST_SUITE_P(Engines, FaultyDownload, Values(Engine::kCargo, Engine:
                          [](const auto& row) {
                              return row.param == Engine::kTide ? "Tide" : "Cargo";
                          });
-
-INSTANTIATE_TEST_SUITE_P(
-    Starts, FaultySync,
-    Combine(Values(FaultCase{"FirstInstall", Engine::kCargo, Start::kNothing, "nothing"},
-                   FaultCase{"Update", Engine::kCargo, Start::kBuild1, "build 1"},
-                   FaultCase{"RetryOfStaged", Engine::kCargo, Start::kStaged, "build 1"},
-                   FaultCase{"TideFirstInstall", Engine::kTide, Start::kNothing, "nothing"},
-                   FaultCase{"TideUpdate", Engine::kTide, Start::kBuild1, "build 1"},
-                   FaultCase{"TideRetryOfStaged", Engine::kTide, Start::kStaged, "build 1"}),
-            Values(EIO, ENOSPC)),
-    [](const auto& row) {
-        return std::string(std::get<0>(row.param).name) +
-               (std::get<1>(row.param) == EIO ? "WithReadWriteError" : "WithFullDisk");
-    });
 
 }  // namespace quorvelle::testing

@@ -55,14 +55,6 @@ TEST_F(Login, LeavesTheBrowserAlone) {
     EXPECT_TRUE(box.read("page").contains("<h2>Signed in</h2>"));
 }
 
-TEST_F(Login, KeepsWhatTheEntryHolds) {
-    expectEntryKept(login());
-}
-
-TEST_F(Login, StandsWhenReconcilingFails) {
-    expectToStandWhenReconcilingFails(login());
-}
-
 TEST_F(Login, ReportsFailures) {
     refuseSaves();
     EXPECT_TRUE(box.run(login()).err.endsWith(kSaveIt + "\n"));

@@ -1,33 +1,22 @@
 #include <gmock/gmock.h>
 
-#include "support/fake_server.h"
-#include "support/outcomes.h"
-#include "support/qt_printers.h"
+#include "support/one_request.h"
 
 namespace quorvelle::testing {
 namespace {
 
-using ::testing::ElementsAre;
-
-class Promote : public ::testing::Test {
-protected:
-    Promote() { box.writeConfig({{"schema_version", 2}, {"server", server.url()}}); }
-
-    FakeServer server;
-    Sandbox box;
-};
+using Promote = ServerTest;
 
 const QJsonObject kReply{{"name", "live"}, {"build", "b 7"}, {"size", qint64{5000000000}}};
 const std::string kPromoted = "/api/channels/live/promote?build=b%207";
 
 TEST_F(Promote, PointsAChannelAtABuild) {
-    server.onJson("POST", kPromoted, kReply);
-    const QStringList words{"promote", "live", "b 7"};
-    expectOutcome(box.run(words), 0, "Channel 'live' now at build b 7\n");
-    const Outcome json = box.run(words + QStringList("--json"));
-    EXPECT_EQ(json.code, 0);
-    EXPECT_EQ(json.json(), kReply);
-    EXPECT_THAT(server.lines(), ElementsAre("POST " + kPromoted, "POST " + kPromoted));
+    checkOneRequestCommands(R"(
+promote live b#7 | POST /api/channels/live/promote?build=b%237 | | {'name':'live','size':5000000000} | promote | Channel 'live' now at build b#7\n
+)");
+    checkUsageLines(R"(
+promote | promote live | promote live b c | promote live b --from dev | promote --from dev
+)");
 }
 
 TEST_F(Promote, TakesTheBuildOfAnotherChannel) {
@@ -58,19 +47,6 @@ TEST_F(Promote, ReportsRefusals) {
     server.onJson("POST", "/api/channels/live/promote?build=b", {{"error", "b is disabled"}}, 409);
     expectError(box, args("promote live --from dev"), 2,
                 "promote failed (HTTP 409): b is disabled");
-    expectError(box, args("promote live b"), 2, "promote failed (HTTP 409): b is disabled");
-}
-
-TEST_F(Promote, PrintsTheUsageForAWrongCount) {
-    for (const char* line : {"promote", "promote live", "promote live b c",
-                             "promote live b --from dev", "promote --from dev"}) {
-        SCOPED_TRACE(line);
-        expectUsage(box, args(line));
-    }
-    EXPECT_THAT(server.lines(), ElementsAre());
-}
-
-TEST_F(Promote, PrintsAnEmptyObjectForAReplyWithoutJson) {
     server.onBytes("POST", "/api/channels/live/promote?build=b", "fine");
     expectOutcome(box.run(args("promote live b --json")), 0, "{}\n");
 }

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include "support/one_request.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 namespace {
@@ -57,35 +56,25 @@ sso map list | GET /api/sso/mapping | | {'configured':true,'mapping':{'roles':{'
 )");
 }
 
-TEST(ServiceCommands, RefuseBeforeAnyRequest) {
-    const FakeServer server;
-    Sandbox box;
-    box.writeConfig({{"schema_version", 2}, {"server", server.url()}});
+using ServiceWords = ServerTest;
+
+TEST_F(ServiceWords, AreCheckedBeforeAnyRequest) {
     box.environment.insert("QUORVELLE_TRIAL_URL", server.url());
-    const QString backupInit =
-        "backup init needs --shared or --endpoint --bucket --access-key --secret-key";
-    const QString storageSet = "storage set needs --endpoint --bucket --access-key --secret-key";
-    const QString ssoSet = "sso set needs --issuer --client-id --client-secret";
-    for (const auto& [line, message] : QList<QPair<QString, QString>>{
-             {"backup init", backupInit},
-             {"backup init --bucket b --access-key a --secret-key s", backupInit},
-             {"backup init --endpoint e --access-key a --secret-key s", backupInit},
-             {"backup init --endpoint e --bucket b --secret-key s --region r", backupInit},
-             {"backup init --endpoint e --bucket b --access-key a", backupInit},
-             {"backup init --shared --bucket b", "--shared takes no bucket options"},
-             {"backup init --region r --shared", "--shared takes no bucket options"},
-             {"backup schedule 03:00 --keep -1", "--keep must be a number >= 0"},
-             {"backup schedule --keep 1.5 off", "--keep must be a number >= 0"},
-             {"backup schedule off --keep 9223372036854775808", "--keep must be a number >= 0"},
-             {"storage set --bucket b --access-key a --secret-key s", storageSet},
-             {"storage set --endpoint e --bucket b --access-key a --region r", storageSet},
-             {"sso set --client-id c --client-secret s", ssoSet},
-             {"sso set --issuer i --client-secret s", ssoSet},
-             {"sso set --issuer i --client-id c --scopes x", ssoSet},
-             {"license request-trial", "--name <licensee> is required"},
-         }) {
-        SCOPED_TRACE(line.toStdString());
-        expectError(box, args(line), 1, message);
+    for (const QStringList& row : rows(R"(
+backup init --bucket b --access-key a --secret-key s | backup init needs --shared or --endpoint --bucket --access-key --secret-key
+backup init --endpoint e --bucket b --access-key a | backup init needs --shared or --endpoint --bucket --access-key --secret-key
+backup init --endpoint e --access-key a --secret-key s | backup init needs --shared or --endpoint --bucket --access-key --secret-key
+backup init --endpoint e --bucket b --secret-key s --region r | backup init needs --shared or --endpoint --bucket --access-key --secret-key
+backup init --region r --shared | --shared takes no bucket options
+backup schedule 03:00 --keep -1 | --keep must be a number >= 0
+backup schedule off --keep 9223372036854775808 | --keep must be a number >= 0
+storage set --endpoint e --bucket b --access-key a --region r | storage set needs --endpoint --bucket --access-key --secret-key
+sso set --client-id c --client-secret s | sso set needs --issuer --client-id --client-secret
+sso set --issuer i --client-secret s | sso set needs --issuer --client-id --client-secret
+sso set --issuer i --client-id c --scopes x | sso set needs --issuer --client-id --client-secret
+license request-trial | --name <licensee> is required)")) {
+        SCOPED_TRACE(row[0].toStdString());
+        expectError(box, args(row[0]), 1, row[1]);
     }
     expectError(box, {"backup", "schedule", "off", "--keep", ""}, 1,
                 "--keep must be a number >= 0");
@@ -95,31 +84,11 @@ TEST(ServiceCommands, RefuseBeforeAnyRequest) {
 
 TEST(ServiceCommands, PrintTheUsageForAWrongCountOrWord) {
     checkUsageLines(R"(
-license status
-license request-trial x --name y
-backup now
-backup init --shared x
-backup forget x
-backup schedule
-backup schedule 03:00 04:00
-storage
-storage Show
-storage show x
-storage set x
-sso
-sso show x
-sso set x --issuer i
-sso map
-sso map list x
-sso map role boss
-sso map role boss root
-sso map role boss admin x
-sso map group g
-sso map remove
-sso map default
-sso map claims
-sso map claims x --roles r
-)");
+license status | license request-trial x --name y | backup now | backup init --shared x
+backup forget x | backup schedule | backup schedule 03:00 04:00 | storage | storage Show
+storage show x | storage set x | sso | sso show x | sso set x --issuer i | sso map
+sso map list x | sso map role boss | sso map role boss root | sso map role boss admin x
+sso map group g | sso map remove | sso map default | sso map claims | sso map claims x --roles r)");
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 
 #include "support/fake_server.h"
 #include "support/outcomes.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 
@@ -45,49 +44,6 @@ protected:
                          {"token", "top"},
                          {"servers", servers},
                          {"subscriptions", subscriptions}});
-    }
-
-    /// Runs the command with an entry and without, with an install root and without, and
-    /// expects the entry to hold the new token, the right root, and its other keys.
-    void expectEntryKept(const QStringList& words) {
-        for (const QStringList& row : rows(R"(
-                     | stored |       | stored
-                     | stored | given | given
-                     |        |       | Quorvelle-Builds
-            no entry |        |       | Quorvelle-Builds)")) {
-            QJsonObject stored{{"server", server.url()}, {"token", "old"}};
-            stored["install_root"] = row[1].isEmpty() ? "" : box.path(row[1]);
-            if (row[0].isEmpty()) {
-                stored["tide_public_key"] = "k";
-            }
-            joined(row[0].isEmpty() ? QJsonArray{stored} : QJsonArray{});
-            const QStringList root =
-                row[2].isEmpty() ? QStringList() : QStringList{"--install-root", row[2]};
-            EXPECT_EQ(box.run(words + root).code, 0);
-            stored["token"] = "new";
-            stored["install_root"] = box.path(row[3]);
-            EXPECT_EQ(box.config()["servers"].toArray(), QJsonArray{stored});
-        }
-    }
-
-    /// Expects the command to end well but for the reconciling after it.
-    void expectToStandWhenReconcilingFails(const QStringList& words) {
-        joined({});
-        assign(server, "'ok','..'");
-        Outcome got = box.run(words);
-        EXPECT_EQ(got.err,
-                  at("$: channel '..' cannot be a folder name - subscribe to it by hand\n"));
-        EXPECT_TRUE(got.out.contains("subscribed 'ok' (ok @ ")) << got.out.toStdString();
-        server.onJson("GET", "/api/me", {{"error", "busy"}}, 503);
-        got = box.run(words);
-        EXPECT_EQ(got.err, at("$: reconcile failed: busy\n"));
-        EXPECT_FALSE(got.out.contains(kMatch));
-        EXPECT_EQ(got.code, 2);
-        EXPECT_EQ(entry()["token"].toString(), QString("new"));
-        const QStringList lines = box.run(words + QStringList("--json")).out.split('\n');
-        ASSERT_EQ(lines.size(), 3);
-        EXPECT_EQ(object(lines[0]), QJsonObject({{"error", at("$: reconcile failed: busy")}}));
-        EXPECT_EQ(object(lines[1])["changes"], QJsonArray());
     }
 
     /// Makes every save of the configuration fail.

@@ -36,7 +36,19 @@ TEST_F(Session, JoinPrintsStoresAndSubscribes) {
 }
 
 TEST_F(Session, JoinKeepsWhatTheEntryHolds) {
-    expectEntryKept(join());
+    for (const auto& [had, given, expected] : {std::tuple{"stored", "", "stored"},
+                                               {"stored", "given", "given"},
+                                               {"", "", "Quorvelle-Builds"}}) {
+        QJsonObject stored{{"server", server.url()}, {"token", "old"}, {"tide_public_key", "k"}};
+        stored["install_root"] = *had == '\0' ? "" : box.path(had);
+        joined(QJsonArray{stored});
+        const QStringList root =
+            *given == '\0' ? QStringList() : QStringList{"--install-root", given};
+        EXPECT_EQ(box.run(join() + root).code, 0);
+        stored["token"] = "new";
+        stored["install_root"] = box.path(expected);
+        EXPECT_EQ(box.config()["servers"].toArray(), QJsonArray{stored});
+    }
 }
 
 TEST_F(Session, JoinRenewsTheTokenOfWhatCameWithTheFormerOne) {
@@ -53,7 +65,22 @@ TEST_F(Session, JoinRenewsTheTokenOfWhatCameWithTheFormerOne) {
 }
 
 TEST_F(Session, JoinStandsWhenReconcilingFails) {
-    expectToStandWhenReconcilingFails(join());
+    const QStringList words = join();
+    joined({});
+    assign(server, "'ok','..'");
+    Outcome got = box.run(words);
+    EXPECT_EQ(got.err, at("$: channel '..' cannot be a folder name - subscribe to it by hand\n"));
+    EXPECT_TRUE(got.out.contains("subscribed 'ok' (ok @ ")) << got.out.toStdString();
+    server.onJson("GET", "/api/me", {{"error", "busy"}}, 503);
+    got = box.run(words);
+    EXPECT_EQ(got.err, at("$: reconcile failed: busy\n"));
+    EXPECT_FALSE(got.out.contains(kMatch));
+    EXPECT_EQ(got.code, 2);
+    EXPECT_EQ(entry()["token"].toString(), QString("new"));
+    const QStringList lines = box.run(words + QStringList("--json")).out.split('\n');
+    ASSERT_EQ(lines.size(), 3);
+    EXPECT_EQ(object(lines[0]), QJsonObject({{"error", at("$: reconcile failed: busy")}}));
+    EXPECT_EQ(object(lines[1])["changes"], QJsonArray());
 }
 
 TEST_F(Session, JoinNamesThisMachineAndReportsRefusals) {

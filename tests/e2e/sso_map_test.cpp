@@ -1,22 +1,15 @@
 #include <gmock/gmock.h>
 
-#include "support/fake_server.h"
-#include "support/outcomes.h"
-#include "support/qt_printers.h"
+#include "support/one_request.h"
 
 namespace quorvelle::testing {
 namespace {
 
 using ::testing::ElementsAre;
 
-class SsoMap : public ::testing::Test {
-protected:
-    SsoMap() { box.writeConfig({{"schema_version", 2}, {"server", server.url()}}); }
+using SsoMap = ServerTest;
 
-    FakeServer server;
-    Sandbox box;
-    const std::string path = "/api/sso/mapping";
-};
+const std::string path = "/api/sso/mapping";
 
 TEST_F(SsoMap, WritesTheWholeMappingBackWithOneChange) {
     server.onJson("PUT", path, {{"saved", true}});

@@ -44,87 +44,66 @@ TEST_P(TideSync, InstallsUpdatesAndFetchesOnlyWhatChanged) {
 }
 
 TEST_P(TideSync, ReportsEachPercentOnceWithTheMegabytes) {
-    struct Row {
-        const char* name;
-        TideFiles files;
-        QString steps;
-    };
     const std::string mebibyte(1048576, 'm');
     QStringList hundredAndOne;
     for (int percent = 0; percent <= 100; ++percent) {
         hundredAndOne += QString::number(percent) + "% (0.0 MB)";
     }
-    for (const Row& row :
-         {Row{"three sizes",
-              {{"a", {mebibyte, mebibyte.substr(0, 524288)}}, {"b", {std::string(104858, 'x')}}},
-              "33% (1.0 MB),66% (1.5 MB),100% (1.6 MB)"},
-          Row{"more chunks than percents",
-              {{"a", std::vector<std::string>(250, "x")}},
-              hundredAndOne.join(u',')},
-          Row{"empty files", {{"a", {}}, {"d/b", {}}}, "0% (0.0 MB)"}}) {
-        SCOPED_TRACE(row.name);
-        publishTide(server, "stable", row.name, row.files, ChunkForm::kZstd);
-        expectSync("synced", whole(row.name, row.steps), retried(row.name));
+    const std::pair<TideFiles, QString> table[] = {
+        {{{"a", {mebibyte, mebibyte.substr(0, 524288)}}, {"b", {std::string(104858, 'x')}}},
+         "33% (1.0 MB),66% (1.5 MB),100% (1.6 MB)"},
+        {{{"a", std::vector<std::string>(250, "x")}}, hundredAndOne.join(u',')},
+        {{{"a", {}}, {"d/b", {}}}, "0% (0.0 MB)"}};
+    for (const auto& [files, steps] : table) {
+        const QString build = "b" + QString::number(steps.size());
+        publishTide(server, "stable", build, files, ChunkForm::kZstd);
+        expectSync("synced", whole(build, steps), retried(build));
     }
     EXPECT_EQ(installed(), (QStringList{"a=", "d/b="}));
 }
 
 TEST_P(TideSync, ChecksACurrentBuildAsToldAndRepairsIt) {
-    struct Row {
-        QJsonValue selfHeal;
-        const char* word;  ///< of the check, none without
-        QString a;         ///< what stands in the two files; "-" for no file
-        QString b;
-        QString result;  ///< suffix of the message, or what is wrong
-        std::vector<std::string> fetched = {};
-    };
-    const QString good = "left right";
-    for (const Row& row :
-         {Row{0, "", "one", good, ""}, Row{0, "", "-", "cut", ""},
-          Row{1, "checking", "one", good, " (checked)"},
-          Row{1, "checking", "ONE", "LEFT RIGHT", " (checked)"},
-          Row{1, "checking", "-", good, "1 file(s) missing, 0 corrupt", {"one"}},
-          Row{1, "checking", "-", "-", "2 file(s) missing, 0 corrupt", {"one", "left ", "right"}},
-          Row{1, "checking", "one", "left ", "0 file(s) missing, 1 corrupt", {"right"}},
-          Row{2, "verifying", "one", good, " (verified)"},
-          Row{2, "verifying", "one", "left wrong", "0 file(s) missing, 1 corrupt", {"right"}},
-          Row{2,
-              "verifying",
-              "-",
-              "left",
-              "1 file(s) missing, 1 corrupt",
-              {"one", "left ", "right"}},
-          Row{QJsonValue::Undefined, "checking", "one", good, " (checked)"},
-          Row{3, "checking", "ONE", good, " (checked)"},
-          Row{-1, "checking", "ONE", good, " (checked)"}}) {
-        SCOPED_TRACE(QString("%1 a=%2 b=%3").arg(row.word, row.a, row.b).toStdString());
+    // Each row: the setting, the check's word, the two files ("-" for none), what the message
+    // ends in or what is wrong, the chunks that are fetched.
+    for (const QStringList& row : rows(R"(
+         0 |           | -   | cut        |                                |
+         1 | checking  | ONE | LEFT RIGHT | (checked)                      |
+         1 | checking  | -   | -          | 2 file(s) missing, 0 corrupt   | one,left ,right
+         1 | checking  | one | left       | 0 file(s) missing, 1 corrupt   | left ,right
+         2 | verifying | one | left right | (verified)                     |
+         2 | verifying | -   | left wrong | 1 file(s) missing, 1 corrupt   | one,right
+        -1 | checking  | one | left right | (checked)                      |
+         3 | checking  | ONE | left right | (checked)                      |)")) {
+        SCOPED_TRACE(row.join('|').toStdString());
+        const QStringList fetched = row[5].split(',', Qt::SkipEmptyParts);
         QDir(box.path("apps")).removeRecursively();
-        subscribeWith("self_heal", row.selfHeal);
+        subscribeWith("self_heal", row[0].toInt());
         installOne();
-        box.write("apps/app/a", row.a.toUtf8());
-        box.write("apps/app/d/b", row.b.toUtf8());
-        for (const auto& [name, content] : {std::pair{"a", row.a}, {"d/b", row.b}}) {
+        box.write("apps/app/a", row[2].toUtf8());
+        box.write("apps/app/d/b", row[3].toUtf8());
+        for (const auto& [name, content] : {std::pair{"a", row[2]}, {"d/b", row[3]}}) {
             EXPECT_TRUE(content != "-" || QFile::remove(box.path("apps/app/") + name));
         }
         const QStringList before = installed();
         QStringList check;
-        if (*row.word != '\0') {
-            check += QString("'app': %1 install ...").arg(row.word);
+        if (!row[1].isEmpty()) {
+            check += "'app': " + row[1] + " install ...";
         }
-        if (row.fetched.empty()) {
+        if (fetched.isEmpty()) {
             expectSync("current", QStringList{kChecking, kCheckingTide} + check,
-                       "'app' is up to date" + row.result);
+                       QString("'app' is up to date " + row[4]).trimmed());
             EXPECT_EQ(server.lines().size(), check.isEmpty() ? 2U : 3U);
             EXPECT_EQ(installed(), before);
         } else {
-            check += "'app': " + row.result + " - repairing ...";
+            check += "'app': " + row[4] + " - repairing ...";
             expectSync("synced", whole("b1", kThreeChunks, check), retried("b1"));
             std::vector<std::string> lines = server.lines();
             lines.erase(lines.begin() + 2);  // the check's own look at the manifest
             server.forget();
-            EXPECT_EQ(lines.size(), 3 + row.fetched.size());
-            for (std::size_t i = 0; i < row.fetched.size() && i + 3 < lines.size(); ++i) {
-                EXPECT_EQ(lines[i + 3], "GET " + chunkTarget(row.fetched[i]));
+            ASSERT_EQ(qsizetype(lines.size()), 3 + fetched.size());
+            for (qsizetype i = 0; i < fetched.size(); ++i) {
+                EXPECT_EQ(lines[std::size_t(i) + 3],
+                          "GET " + chunkTarget(fetched[i].toStdString()));
             }
             expectOneStillInstalled();
         }
@@ -158,22 +137,17 @@ TEST_P(TideSync, DownloadsACurrentBuildWhenForcedOrGone) {
     ASSERT_TRUE(QDir(box.path("apps/app")).removeRecursively());
     expectSync("synced", whole("b1", kThreeChunks), retried("b1"));
     expectFetched({"one", "left ", "right"});
-    EXPECT_EQ(installed(), kOneInstalled);
 }
 
 TEST_P(TideSync, NamesABuildByItsTimeWhenItHasNoOtherName) {
     subscribeWith("self_heal", 0);
     publishTide(server, "stable", "", kOne);
-    QJsonObject empty = tideDescriptor(server, "", kOne);
-    empty.insert("created", 1700000000);
-    QJsonObject absent = empty;
-    absent.remove("build");
-    for (const QJsonObject& descriptor : {empty, absent}) {
-        server.onJson("GET", "/api/tide/sync/stable", descriptor);
-        expectSync("synced", whole("1700000000", kThreeChunks), retried("1700000000"),
-                   args("sync --force"));
-        expectSync("current", {kChecking, kCheckingTide}, "'app' is up to date");
-    }
+    QJsonObject descriptor = tideDescriptor(server, "", kOne);
+    descriptor.insert("created", 1700000000);
+    descriptor.remove("build");
+    server.onJson("GET", "/api/tide/sync/stable", descriptor);
+    expectSync("synced", whole("1700000000", kThreeChunks), retried("1700000000"));
+    expectSync("current", {kChecking, kCheckingTide}, "'app' is up to date");
     describe({{"build", ""}, {"created", qint64{5000000000}}}, kOne);
     expectSync("synced", whole("5000000000", kThreeChunks), retried("5000000000"));
 }
@@ -185,15 +159,11 @@ TEST_P(TideSync, ReadsFromTheBucketWhatHasNoUrl) {
         const std::string id = chunkId(bytes).toStdString();
         return "chunks/" + id.substr(0, 2) + '/' + id;
     };
-    const auto publishInBucket = [&](const TideFiles& files) {
-        for (const TideFile& file : files) {
-            for (const std::string& bytes : file.chunks) {
-                bucket.store(chunkKey(bytes), bytes);
-            }
-        }
-        const QByteArray manifest = QJsonDocument(tideManifest("stable", files)).toJson();
-        bucket.store("channels/stable/manifest.json", manifest.toStdString());
-    };
+    for (const std::string bytes : {"one", "left ", "right"}) {
+        bucket.store(chunkKey(bytes), bytes);
+    }
+    const QByteArray manifest = QJsonDocument(tideManifest("stable", kOne)).toJson();
+    bucket.store("channels/stable/manifest.json", manifest.toStdString());
     box.environment.insert("TIDE_S3_ENDPOINT", QString::fromStdString(bucket.endpoint()));
     box.environment.insert("TIDE_S3_REGION", FakeBucket::kRegion);
     box.environment.insert("TIDE_S3_BUCKET", FakeBucket::kName);
@@ -201,44 +171,19 @@ TEST_P(TideSync, ReadsFromTheBucketWhatHasNoUrl) {
     box.environment.insert("TIDE_S3_SECRET", FakeBucket::kSecret);
 
     publishTide(server, "stable", "b1", kOne);
-    publishInBucket(kOne);
-    describe({{"build", "b1"}, {"chunks", QJsonObject()}}, kOne);
+    describe({{"build", "b1"}, {"chunks", QJsonObject()}, {"manifest_url", ""}}, kOne);
     expectSync("synced", whole("b1", kThreeChunks), retried("b1"));
-    expectFetched({});
+    EXPECT_THAT(server.lines(), Not(Contains(StartsWith("GET /store/"))));
     EXPECT_EQ(installed(), kOneInstalled);
     EXPECT_THAT(bucket.log(),
-                ElementsAre("GET " + target(chunkKey("one")), "GET " + target(chunkKey("left ")),
+                ElementsAre("GET " + target("channels/stable/manifest.json"),
+                            "GET " + target(chunkKey("one")), "GET " + target(chunkKey("left ")),
                             "GET " + target(chunkKey("right"))));
-
-    publishInBucket(kTwo);
-    describe({{"chunks", QJsonObject()}, {"manifest_url", ""}}, kTwo);
-    box.environment.insert("TIDE_S3_SECRET", "guess");
-    expectSync("failed", downloading(""),
-               "'app': Tide sync: GET channels/stable/manifest.json -> HTTP 403");
-    box.environment.insert("TIDE_S3_SECRET", FakeBucket::kSecret);
-    expectSync("synced", whole("b2", kThreeChunks), retried("b2"));
-    EXPECT_EQ(installed(), kTwoInstalled);
-    EXPECT_EQ(bucket.log().size(), 7U);
-    EXPECT_THAT(server.lines(), Not(Contains(StartsWith("GET /store/"))));
-}
-
-TEST_P(TideSync, ResumesADownloadThatBroke) {
-    const TideFiles files{{"a", {"first", "second", "third"}}};
-    publishTide(server, "stable", "b1", files);
-    server.onJson("GET", chunkTarget("second"), {}, 503);
-    expectSync("failed", downloading("33% (0.0 MB)"),
-               "'app': Tide sync: chunk URL " + chunkId("second") + " -> HTTP 503");
-    expectFetched({"first", "second"});
-    EXPECT_EQ(installed(), QStringList("(missing)"));
-    publishTide(server, "stable", "b1", files);
-    expectSync("synced", whole("b1", kThreeChunks), retried("b1"));
-    expectFetched({"second", "third"});
-    EXPECT_EQ(installed(), QStringList("a=firstsecondthird"));
 }
 
 TEST_P(TideSync, ResumesOnlyInTheStagingOfTheSameBuild) {
     publishTide(server, "stable", "b1", kOne);
-    for (const char* marker : {"b1", " b1\n", "b10", "b0", ""}) {
+    for (const char* marker : {" b1\n", "b10", ""}) {
         SCOPED_TRACE(marker);
         QDir(box.path("apps")).removeRecursively();
         writeState(".staging/a", "one");
@@ -266,22 +211,6 @@ TEST_P(TideSync, ResumesAfterABlockedActivation) {
     expectFetched({});
     EXPECT_EQ(installed(), kOneInstalled);
     EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.staging.build"}));
-}
-
-TEST_P(TideSync, ForgetsABlockedBuildWhenItsStagingGoes) {
-    publishTide(server, "stable", "b1", kOne);
-    box.write("apps/app", "a file");
-    expectSync("blocked", whole("b1", kThreeChunks), notActivated("b1"));
-    ASSERT_TRUE(QFile::remove(box.path("apps/app")));
-    publishTide(server, "stable", "b2", kTwo);
-    server.onJson("GET", chunkTarget("RIGHT"), {}, 500);
-    expectSync("failed", downloading("33% (0.0 MB),66% (0.0 MB)"),
-               "'app': Tide sync: chunk URL " + chunkId("RIGHT") + " -> HTTP 500");
-    EXPECT_EQ(state(), (QStringList{"app.staging", "app.staging.build"}));
-    publish(server, "stable", "b1", {{"c", "cargo"}});
-    expectSync("synced", SyncTest::whole("b1", {"c"}), synced("b1", 1, 5));
-    EXPECT_EQ(installed(), QStringList("c=cargo"));
-    EXPECT_EQ(state(), QStringList("app.installed.json"));
 }
 
 }  // namespace

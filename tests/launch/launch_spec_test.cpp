@@ -6,7 +6,6 @@
 
 #include "support/notation.h"
 #include "support/process_runner.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 
@@ -49,9 +48,7 @@ TEST_F(LaunchSpecs, NameTheProgramOrTheError) {
         ROOT/app        | {'exe':'bin/gone'}                              | MISSING ROOT/app/bin/gone
         ROOT/app        | {'exe':'bin'}                                   | MISSING ROOT/app/bin
         ROOT/app        | {'exe':'broken'}                                | MISSING ROOT/app/broken
-        ROOT/gone       | {'exe':'tool'}                                  | MISSING ROOT/gone/tool
         ROOT/app        | {'exe':''}                                      | NONE
-        ROOT/app        | {}                                              | NONE
                        | {'exe':'ROOT/app/bin/tool'}                      | NONE
     )")) {
         SCOPED_TRACE(row.join('|').toStdString());
@@ -80,7 +77,6 @@ TEST_F(LaunchSpecs, WrapScriptsByTheSuffixOfTheFileName) {
         do.cmd        | script   | cmd.exe;/c;FILE;a;x;y z
         über all.Ps1  | script   | powershell.exe;-ExecutionPolicy;Bypass;-File;FILE;a;x;y z
         readme.txt    | document | FILE;a;x;y z
-        tool.sh       | document | FILE;a;x;y z
         .hidden       | document | FILE;a;x;y z
         exe.d         | document | FILE;a;x;y z
     )")) {

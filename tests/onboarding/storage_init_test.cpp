@@ -14,26 +14,18 @@ using ::testing::StartsWith;
 TEST(BucketRules, AreReportedInTheirOrder) {
     const QString hyphen = "A bucket name cannot start or end with a hyphen.";
     const QString length = "A bucket name is between 3 and 63 characters long.";
-    const auto character = [](const QString& bad) {
-        return QString(
-                   "A bucket name uses only lowercase letters, numbers and hyphens - '%1' is "
-                   "not allowed.")
-            .arg(bad);
-    };
+    const QString character =
+        "A bucket name uses only lowercase letters, numbers and hyphens - '%1' is not allowed.";
     const std::pair<QString, QString> table[] = {
-        {"abc", ""},
         {"0-9", ""},
         {QString(63, u'z'), ""},
-        {"My-Bucket", character("M")},
-        {"-a_", character("_")},
-        {"aä", character("ä")},
-        {"a😀b", character("😀")},
-        {"a b", character(" ")},
+        {"My-Bucket", character.arg("M")},
+        {"-a_", character.arg("_")},
+        {"a😀b", character.arg("😀")},
         {"-abc", hyphen},
         {"abc-", hyphen},
         {"-", hyphen},
         {"ab", length},
-        {"", length},
         {QString(64, u'z'), length},
     };
     for (const auto& [name, problem] : table) {
@@ -58,36 +50,19 @@ constexpr char kCiSecret[] = "ee511b42dcae4d3b3809c416c75b4b762bb2371fa316971117
 }  // namespace
 
 TEST_F(StorageInitTest, RefusesWhatTheUserCanMendBeforeAnyCall) {
-    const QString file = config.sandbox.path("token");
-    const QString noToken =
-        "no Cloudflare API token: set CLOUDFLARE_API_TOKEN or pass --token-file <path>. The token "
-        "needs 'API Tokens - Edit' (user) and 'Workers R2 Storage - Edit' (account).";
-    const QString onCommandLine =
-        "refusing --token: a Cloudflare token on the command line lands in shell history and CI "
-        "logs. Set CLOUDFLARE_API_TOKEN, or use --token-file <path>.";
-    struct Row {
-        QByteArray variable;
-        QString line;
-        QString err;
-    };
-    for (const Row& row : {
-             Row{"t", "--token", onCommandLine},
-             Row{"", "surplus --token t --jurisdiction x", onCommandLine},
-             Row{" \n", "--server s --jurisdiction x", noToken},
-             Row{"", "--token-file " + file, "cannot read " + file},
-             Row{"", "--token-file /dev/null", noToken},
-             Row{"t", "--token-file " + file + " --jurisdiction EU --bucket X",
-                 "--jurisdiction takes eu, us or none"},
-             Row{"t", "--bucket -b",
-                 "bucket name '-b': A bucket name cannot start or end with a hyphen."},
-             Row{"t", "--bucket abc",
-                 "'server' is not configured (quorvelle config set server <value>)"},
-         }) {
-        token.set(row.variable);
-        const Ran ran = run(row.line + " --yes");
+    for (const QStringList& row : rows(R"(
+           | surplus --token t --jurisdiction x | refusing --token: a Cloudflare token on the command line lands in shell history and CI logs. Set CLOUDFLARE_API_TOKEN, or use --token-file <path>.
+           | --server s --jurisdiction x | no Cloudflare API token: set CLOUDFLARE_API_TOKEN or pass --token-file <path>. The token needs 'API Tokens - Edit' (user) and 'Workers R2 Storage - Edit' (account).
+           | --token-file /dev/null | no Cloudflare API token: set CLOUDFLARE_API_TOKEN or pass --token-file <path>. The token needs 'API Tokens - Edit' (user) and 'Workers R2 Storage - Edit' (account).
+           | --token-file /none/t | cannot read /none/t
+         t | --token-file /none/t --jurisdiction EU --bucket X | --jurisdiction takes eu, us or none
+         t | --bucket -b | bucket name '-b': A bucket name cannot start or end with a hyphen.
+         t | --bucket abc | 'server' is not configured (quorvelle config set server <value>))")) {
+        token.set(row[0].toUtf8() + "\n");
+        const Ran ran = run(row[1] + " --yes");
         EXPECT_EQ(ran.code, 1);
         EXPECT_EQ(ran.out, "");
-        EXPECT_EQ(ran.err, (row.err + "\n").toStdString());
+        EXPECT_EQ(ran.err, row[2].toStdString() + "\n");
     }
     token.set("t");
     for (const char* surplus : {" more", " --yess", " --bucket"}) {
@@ -99,55 +74,45 @@ TEST_F(StorageInitTest, RefusesWhatTheUserCanMendBeforeAnyCall) {
 }
 
 TEST_F(StorageInitTest, FindsTheAccountAndTheBucketOnEveryPage) {
-    const auto page = [](const char* result, const char* info) {
-        return QByteArray("{'success':true,'result':" + QByteArray(result) + ",'result_info':{" +
-                          info + "}}")
-            .replace('\'', '"')
-            .toStdString();
+    const auto pages = [](const QString& results) {
+        std::vector<std::string> made;
+        for (const QString& result : results.split(';', Qt::SkipEmptyParts)) {
+            made.push_back(QString("{'success':true,'result':%1,'result_info':{%2}}")
+                               .arg(result.section('#', 0, 0), result.section('#', 1))
+                               .replace('\'', '"')
+                               .toStdString());
+        }
+        return made;
     };
-    const std::string none = page("[]", "");
-    const std::string one = page("[{'id':'acc','name':'Acme'}]", "");
-    const std::string two = page("[{'id':'a','name':'A'},{'id':'acc','name':'Acme'}]", "");
-    const std::string more = page("[{'id':'a','name':'A'}]", "'cursor':'c/1'");
-    const std::string free = page("{'buckets':[{'name':'builds'}]}", "'cursor':'c/1'");
-    const std::string taken = page("{'buckets':[{'name':'builds-1'}]}", "'cursor':''");
-    const std::string choose =
-        "This token sees 2 accounts:\n  a  A\n  acc  Acme\npass --account-id <id> to choose one\n";
-    struct Row {
-        std::vector<std::string> accounts;
-        std::vector<std::string> buckets;
-        QString line;
-        std::string err;
-    };
-    for (const Row& row : {
-             Row{{none},
-                 {},
-                 "",
-                 "that token sees no Cloudflare account - check it was created for the right "
-                 "account\n"},
-             Row{{two}, {}, "", choose},
-             Row{{more, one}, {}, "", choose},
-             Row{{two}, {}, " --account-id x", "that token does not see the account 'x'\n"},
-             Row{{more, one}, {free}, " --account-id acc", "Cloudflare: nothing at page 2\n"},
-             Row{{more, one},
-                 {free, taken},
-                 " --account-id acc --jurisdiction us",
-                 "a bucket named 'builds-1' already exists in this account. Quorvelle will not "
-                 "write into a bucket it did not create - choose another name.\n"},
-             Row{{one},
-                 {taken},
-                 " --yes",
-                 "a bucket named 'builds-1' already exists in this account. Quorvelle will not "
-                 "write into a bucket it did not create - choose another name.\n"},
-         }) {
-        SCOPED_TRACE(row.err);
+    const QString exists =
+        "a bucket named 'builds-1' already exists in this account. Quorvelle will not write into "
+        "a bucket it did not create - choose another name.";
+    const QString choose =
+        "This token sees 2 accounts:\n  a  A\n  acc  Acme\npass --account-id <id> to choose one";
+    // What follows "#" leads to the next page, which follows ";".
+    const QString one = "[{'id':'acc','name':'Acme'}]";
+    const QString two = "[{'id':'a','name':'A'},{'id':'acc','name':'Acme'}]";
+    const QString paged = "[{'id':'a','name':'A'}]#'cursor':'c/1';" + one;
+    const QString free = "{'buckets':[{'name':'builds'}]}#'cursor':'c/1'";
+    const QString taken = "{'buckets':[{'name':'builds-1'}]}#'cursor':''";
+    const QStringList table[] = {
+        {"[]", "", "",
+         "that token sees no Cloudflare account - check it was created for the right "
+         "account"},
+        {paged, "", "", choose},
+        {two, "", " --account-id x", "that token does not see the account 'x'"},
+        {paged, free, " --account-id acc", "Cloudflare: nothing at page 2"},
+        {paged, free + ';' + taken, " --account-id acc --jurisdiction us", exists},
+        {one, taken, " --yes", exists}};
+    for (const QStringList& row : table) {
+        SCOPED_TRACE(row[3].toStdString());
         cloudflare.server.onJson("GET", "/accounts/acc/r2/buckets?cursor=c%2F1",
                                  json("{'errors':[{'message':'nothing at page 2'}]}"));
-        cloudflare.setPages("/accounts", row.accounts);
-        cloudflare.setPages("/accounts/acc/r2/buckets", row.buckets);
-        const Ran ran = run(usual + row.line);
-        EXPECT_EQ(ran.err, row.err);
-        EXPECT_EQ(ran.code, row.err.starts_with("Cloudflare") ? 2 : 1);
+        cloudflare.setPages("/accounts", pages(row[0]));
+        cloudflare.setPages("/accounts/acc/r2/buckets", pages(row[1]));
+        const Ran ran = run(usual + row[2]);
+        EXPECT_EQ(ran.err, row[3].toStdString() + '\n');
+        EXPECT_EQ(ran.code, row[3].startsWith("Cloudflare") ? 2 : 1);
     }
     EXPECT_THAT(cloudflare.server.lines(), Each(StartsWith("GET ")));
 }
@@ -158,56 +123,43 @@ TEST_F(StorageInitTest, SeesABucketThatAppearsMeanwhile) {
         "name\n";
     const std::string free = R"({"success":true,"result":{"buckets":[]}})";
     const std::string taken = R"({"success":true,"result":{"buckets":[{"name":"builds-1"}]}})";
-    struct Row {
-        std::string thirdListing;
-        int status;
-        const char* reply;
-        std::string err;
-    };
-    for (const Row& row : {
-             Row{free, 400, "{'success':false,'errors':[{'code':10004,'message':'x'}]}", appeared},
-             Row{free, 409, "{'success':false,'errors':[]}", appeared},
-             Row{taken, 403, "{'success':false,'errors':[]}", appeared},
-             Row{free, 403, "{'success':false,'errors':[]}",
-                 "Cloudflare: Cloudflare refused the request\n"},
-         }) {
+    const std::tuple<std::string, int, const char*, std::string> table[] = {
+        {free, 400, "{'success':false,'errors':[{'code':10004,'message':'x'}]}", appeared},
+        {free, 409, "{'success':false,'errors':[]}", appeared},
+        {taken, 403, "{'success':false,'errors':[]}", appeared},
+        {free, 403, "{'success':false,'errors':[]}",
+         "Cloudflare: Cloudflare refused the request\n"}};
+    for (const auto& row : table) {
+        const auto& [thirdListing, status, reply, err] = row;
         int listings = 0;
         cloudflare.server.on("GET", "/accounts/acc/r2/buckets",
                              [&](const httplib::Request&, httplib::Response& response) {
-                                 response.set_content(++listings == 3 ? row.thirdListing : free,
+                                 response.set_content(++listings == 3 ? std::get<0>(row) : free,
                                                       "application/json");
                              });
-        cloudflare.server.onJson("POST", "/accounts/acc/r2/buckets", json(row.reply), row.status);
+        cloudflare.server.onJson("POST", "/accounts/acc/r2/buckets", json(reply), status);
         const Ran ran = run(usual + " --yes");
-        EXPECT_EQ(ran.err, row.err);
-        EXPECT_EQ(ran.code, row.err == appeared ? 1 : 2);
+        EXPECT_EQ(ran.err, err);
+        EXPECT_EQ(ran.code, err == appeared ? 1 : 2);
         EXPECT_NE(cloudflare.server.requests().back().method, "DELETE");
     }
 }
 
 TEST_F(StorageInitTest, StopsAtRepliesThatLackWhatIsNeeded) {
-    struct Row {
-        const char* method;
-        const char* path;
-        const char* reply;
-        std::string err;
-    };
     const std::string incomplete =
         "Cloudflare: Cloudflare created a token without an id or value\n";
     const std::string byHand = "could not undo everything - delete this by hand in Cloudflare: ";
-    for (const Row& row : {
-             Row{"POST", "/user/tokens", "{'success':true,'result':{'id':'tok-1'}}", incomplete},
-             Row{"POST", "/user/tokens", "{'success':true,'result':{'value':'v'}}",
-                 incomplete + byHand + "API token builds-1-server\n"},
-             Row{"GET", "/user/tokens/permission_groups",
-                 "{'success':true,'result':[{'id':'r','name':'Workers R2 Storage Bucket Item "
-                 "Read'}]}",
-                 "Cloudflare lists no permission group named 'Workers R2 Storage Bucket Item "
-                 "Write'\n"},
-         }) {
-        cloudflare.server.onJson(row.method, row.path, json(row.reply));
+    const std::tuple<const char*, const char*, const char*, std::string> table[] = {
+        {"POST", "/user/tokens", "{'success':true,'result':{'id':'tok-1'}}", incomplete},
+        {"POST", "/user/tokens", "{'success':true,'result':{'value':'v'}}",
+         incomplete + byHand + "API token builds-1-server\n"},
+        {"GET", "/user/tokens/permission_groups",
+         "{'success':true,'result':[{'id':'r','name':'Workers R2 Storage Bucket Item Read'}]}",
+         "Cloudflare lists no permission group named 'Workers R2 Storage Bucket Item Write'\n"}};
+    for (const auto& [method, path, reply, err] : table) {
+        cloudflare.server.onJson(method, path, json(reply));
         const Ran ran = run(usual + " --yes");
-        EXPECT_EQ(ran.err, row.err);
+        EXPECT_EQ(ran.err, err);
         EXPECT_EQ(ran.code, 2);
         EXPECT_THAT(cloudflare.left(), IsEmpty());
     }
@@ -274,9 +226,7 @@ TEST_F(StorageInitTest, TellsWhatItDid) {
     EXPECT_THAT(run(usual + " --yes --single-token").out,
                 HasSubstr(connected("one shared credential (builds-1-shared)")));
     cloudflare.reset(false);
-    const QJsonObject object =
-        QJsonDocument::fromJson(QByteArray::fromStdString(run(usual + " --yes --json").out))
-            .object();
+    const QJsonObject object = json(QByteArray::fromStdString(run(usual + " --yes --json").out));
     EXPECT_EQ(object["created"].toBool(), true);
     EXPECT_EQ(object["ci"]["TIDE_S3_SECRET"].toString(), kCiSecret);
     EXPECT_EQ(text(object["tokens"][0].toObject()),

@@ -1,11 +1,68 @@
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
 
-#include "wizard_fixture.h"
+#include "onboarding_fixture.h"
 
 namespace quorvelle::testing {
+
+using ::testing::Each;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+namespace {
+
+using SecretFileTest = OnboardingTest;
+
+std::string modeOf(const QString& path) {
+    struct stat status = {};
+    return ::stat(path.toUtf8().constData(), &status) == 0
+               ? QString::number(status.st_mode & 07777, 8).toStdString()
+               : "(missing)";
+}
+
+}  // namespace
+
+TEST_F(SecretFileTest, KeepsTheCiFileForItsOwnerAlone) {
+    const Sandbox& sandbox = config.sandbox;
+    const QString path = sandbox.path("ci.env");
+    const QString line = usual + " --yes --ci-secret-file ";
+    EXPECT_THAT(run(line + path).out,
+                HasSubstr("\nCI credential written to " + path.toStdString() +
+                          " (owner-only). Quorvelle does not keep a copy.\n"));
+    EXPECT_EQ(modeOf(path), "600");
+    EXPECT_THAT(sandbox.read("ci.env").toStdString(), HasSubstr("TIDE_S3_SECRET=ee511b42dcae"));
+
+    sandbox.write("ci.env", QByteArray(4096, 'x'));
+    ::chmod(path.toUtf8().constData(), 0666);
+    cloudflare.reset(false);
+    const std::string out = run(line + path + " --json").out;
+    EXPECT_FALSE(json(QByteArray::fromStdString(out)).contains("ci"));
+    EXPECT_EQ(modeOf(path), "600");
+    EXPECT_EQ(sandbox.read("ci.env").count('\n'), 5);
+    EXPECT_EQ(sandbox.read("ci.env").count('x'), 0);
+
+    cloudflare.reset(false);
+    const Ran missing = run(line + sandbox.path("none/ci.env"));
+    EXPECT_EQ(missing.err, "cannot write " + sandbox.path("none/ci.env").toStdString() + "\n");
+    EXPECT_EQ(missing.code, 2);
+    EXPECT_THAT(cloudflare.server.lines(), Each(StartsWith("GET ")));
+
+    const Ran full = run(line + "/dev/full");
+    EXPECT_EQ(full.err,
+              "storage is connected, but the CI credential could not be written to /dev/full - it "
+              "cannot be shown again; mint a new one with 'storage init' on a fresh bucket if you "
+              "lose it\n");
+    EXPECT_EQ(full.code, 2);
+    EXPECT_EQ(cloudflare.left().size(), 3U);
+
+    cloudflare.reset(false);
+    cloudflare.failAt(9, Fault::kRefuse);
+    EXPECT_EQ(run(line + sandbox.path("new.env")).code, 2);
+    EXPECT_EQ(modeOf(sandbox.path("new.env")), "(missing)");
+}
 
 /// Before the third request nothing holds interrupts up: they end the process.
 TEST_F(WizardTest, UndoesItsWorkWheneverItIsInterrupted) {

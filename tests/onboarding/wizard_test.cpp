@@ -2,8 +2,8 @@
 
 #include "onboarding/cloudflare_api.h"
 #include "onboarding/interrupts.h"
+#include "onboarding_fixture.h"
 #include "support/raw_server.h"
-#include "wizard_fixture.h"
 
 namespace quorvelle::testing {
 
@@ -30,41 +30,30 @@ TEST_F(WizardTest, SaysWhatWentWrong) {
         "it and run this again, or create the bucket and its two keys yourself and connect them:\n"
         " https://quorvelle.example/docs/build-storage\n"
         " quorvelle storage set --endpoint <url> --bucket <b> --access-key <k> --secret-key <s>\n";
-    struct Row {
-        std::vector<At> faults;
-        std::string err;
-    };
-    for (const Row& row : {
-             Row{{{3, Fault::kRefuse}}, no},
-             Row{{{3, Fault::kGarbage}}, "Cloudflare: Cloudflare refused the request\n"},
-             Row{{{4, Fault::kLoseAnswer}}, "Cloudflare: Connection closed\n"},
-             Row{{{5, Fault::kRefuse}}, hint},
-             Row{{{6, Fault::kRefuse}}, no},
-             Row{{{8, Fault::kRefuse}}, hint},
-             Row{{{9, Fault::kRefuse}, {11, Fault::kRefuse}},
-                 [&] {
-                     std::string text = hint;
-                     return text.insert(no.size(), byHand + "bucket builds-1\n");
-                 }()},
-             Row{{{9, Fault::kLoseAnswer}, {10, Fault::kRefuse}},
-                 "Cloudflare: Connection closed\n" + byHand +
-                     "API token tok-1, API token builds-1-ci\n"},
-             Row{{{10, Fault::kRefuse}}, server + " refused the storage settings: no\n"},
-             Row{{{10, Fault::kLoseRequest}}, server + " did not answer: Connection closed\n"},
-         }) {
-        const Ran ran = runWith(false, row.faults, usual + " --yes");
-        EXPECT_EQ(ran.err, row.err);
+    std::string hintAfterLeaving = hint;
+    hintAfterLeaving.insert(no.size(), byHand + "bucket builds-1\n");
+    const std::pair<std::vector<At>, std::string> table[] = {
+        {{{3, Fault::kRefuse}}, no},
+        {{{3, Fault::kGarbage}}, "Cloudflare: Cloudflare refused the request\n"},
+        {{{5, Fault::kRefuse}}, hint},
+        {{{6, Fault::kRefuse}}, no},
+        {{{8, Fault::kRefuse}}, hint},
+        {{{9, Fault::kRefuse}, {11, Fault::kRefuse}}, hintAfterLeaving},
+        {{{9, Fault::kLoseAnswer}, {10, Fault::kRefuse}},
+         "Cloudflare: Connection closed\n" + byHand + "API token tok-1, API token builds-1-ci\n"},
+        {{{10, Fault::kRefuse}}, server + " refused the storage settings: no\n"},
+        {{{10, Fault::kLoseRequest}}, server + " did not answer: Connection closed\n"}};
+    for (const auto& [faults, err] : table) {
+        const Ran ran = runWith(false, faults, usual + " --yes");
+        EXPECT_EQ(ran.err, err);
         EXPECT_EQ(ran.code, 2);
     }
 }
 
 TEST_F(WizardTest, WaitsHalfAMinuteForTheCredential) {
-    cloudflare.failAt(10, Fault::kRefuse);
-    const Ran ran = run(usual + " --yes");
-    EXPECT_THAT(ran.out,
+    EXPECT_THAT(runWith(false, {{10, Fault::kRefuse}}, usual + " --yes").out,
                 ::testing::EndsWith("Waiting for Cloudflare to activate the new credential\n"));
-    const auto lines = cloudflare.server.lines();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "PUT /api/storage"), 16);
+    EXPECT_THAT(cloudflare.server.lines(), ::testing::Contains("PUT /api/storage").Times(16));
 }
 
 TEST_F(WizardTest, GivesUpACallThatTakesTooLong) {
@@ -112,9 +101,7 @@ TEST_F(WizardTest, AsksForExactlyWhatItNeeds) {
             "PUT /api/storage|(none)|{'access_key':'tok-1','bucket':'builds-1',"
             "'endpoint':'https://acc.eu.r2.cloudflarestorage.com','region':'auto',"
             "'secret_key':'acd524554c37e60a3e8b854321e1006748567e151f2496cb5ae27cd358261ffd'}"));
-    cloudflare.reset(false);
-    cloudflare.failAt(10, Fault::kRefuse);
-    run(usual + " --jurisdiction eu --yes");
+    runWith(false, {{10, Fault::kRefuse}}, usual + " --jurisdiction eu --yes");
     EXPECT_EQ(cloudflare.server.requests().back().line() + '|' +
                   cloudflare.server.requests().back().header("cf-r2-jurisdiction"),
               "DELETE /accounts/acc/r2/buckets/builds-1|eu");

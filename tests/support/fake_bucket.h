@@ -1,13 +1,12 @@
 #pragma once
 
-#include <httplib.h>
-
-#include <atomic>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
-#include <thread>
 #include <vector>
+
+#include "support/fake_server.h"
 
 namespace quorvelle::testing {
 
@@ -26,7 +25,7 @@ enum class Lie {
 
 /// An S3 bucket in memory on a free loopback port. It computes the signature of every
 /// request from what came over the wire and refuses one that differs, as it refuses a
-/// body that is not the one signed. Objects can also be read unsigned, through presigned
+/// body that is not the one signed. Objects are read, also unsigned through presigned
 /// URLs. All strings are bytes; may be changed while it runs, from any thread.
 class FakeBucket {
 public:
@@ -36,10 +35,9 @@ public:
     static constexpr const char* kSecret = "secret/+=";
 
     FakeBucket();
-    ~FakeBucket();
 
     /// Base URL without a trailing slash.
-    std::string endpoint() const;
+    std::string endpoint() const { return server.url().toStdString(); }
     /// A URL that reads the object without a signature.
     std::string presigned(const std::string& key) const;
 
@@ -47,7 +45,6 @@ public:
     std::map<std::string, std::string> objects() const;
     /// From now on every request for this key is lied to.
     void lieAbout(const std::string& key, Lie lie);
-    void setPageSize(std::size_t entries);
     /// Accepts signatures for this region only; FakeBucket::kRegion to begin with.
     void expectRegion(const std::string& region);
 
@@ -59,22 +56,18 @@ public:
 private:
     void answer(const httplib::Request& request, httplib::Response& response);
     void answerUnlogged(const httplib::Request& request, httplib::Response& response);
-    void answerObject(const httplib::Request& request, const std::string& key,
-                      httplib::Response& response);
+    void answerObject(const std::string& key, httplib::Response& response);
     bool answerLie(const std::string& key, httplib::Response& response);
-    void answerList(const httplib::Request& request, httplib::Response& response) const;
     std::string expectedAuthorization(const httplib::Request& request) const;
 
-    httplib::Server server;
-    int port = 0;
-    std::thread thread;
     mutable std::mutex mutex;
     std::map<std::string, std::string> stored;
     std::map<std::string, Lie> lies;
     std::vector<std::string> seen;
-    std::map<int, int> peers;
+    std::set<int> peers;
     std::string region = kRegion;
-    std::size_t pageSize = 1000;
+    /// The last member, for its thread uses the others.
+    FakeServer server;
 };
 
 }  // namespace quorvelle::testing

@@ -26,7 +26,6 @@ class FakeCloudflare {
 public:
     FakeCloudflare();
 
-    /// Forgets everything.
     void reset(bool sharedBackups);
     void failAt(std::size_t number, Fault fault);
     /// Makes a listing ("/accounts" and the like) answer with these pages in turn.
@@ -36,10 +35,8 @@ public:
     /// name where the client was never told of it. What the client asked for and could not
     /// find out about counts as standing.
     std::set<std::string> left() const;
-    /// The bucket in the server's storage settings.
     std::string connected() const;
 
-    /// Called from the server's thread for Fault::kInterrupt.
     std::function<void()> interrupt;
     FakeServer server;
 

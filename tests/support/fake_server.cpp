@@ -16,6 +16,12 @@ FakeServer::FakeServer() {
     server.Get(".*", all).Post(".*", all).Put(".*", all).Delete(".*", all);
     // Two waits of 40 ms otherwise stand in every exchange on loopback.
     server.set_tcp_nodelay(true);
+    server.set_keep_alive_max_count(100);
+    onAnythingElse([](const httplib::Request& request, httplib::Response& response) {
+        response.status = 404;
+        const QJsonObject body{{"error", QString::fromStdString("nothing at " + request.target)}};
+        response.set_content(QJsonDocument(body).toJson().toStdString(), "application/json");
+    });
     port = server.bind_to_any_port("127.0.0.1");
     thread = std::thread([this] { server.listen_after_bind(); });
     while (!server.is_running()) {
@@ -77,18 +83,9 @@ void FakeServer::answer(const httplib::Request& request, httplib::Response& resp
         const std::lock_guard guard(mutex);
         seen.push_back({request.method, request.target, request.headers, request.body});
         const auto at = answers.find({request.method, request.target});
-        if (at != answers.end()) {
-            found = at->second;
-        }
+        found = at == answers.end() ? answers[{}] : at->second;
     }
-    if (found) {
-        found(request, response);
-        return;
-    }
-    response.status = 404;
-    const QJsonObject body{
-        {QStringLiteral("error"), QString::fromStdString("nothing at " + request.target)}};
-    response.set_content(QJsonDocument(body).toJson().toStdString(), "application/json");
+    found(request, response);
 }
 
 }  // namespace quorvelle::testing

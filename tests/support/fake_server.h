@@ -38,16 +38,16 @@ public:
     FakeServer();
     ~FakeServer();
 
-    /// Base URL without a trailing slash.
     QString url() const;
 
     void on(const std::string& method, const std::string& target, Answer answer);
     void onJson(const std::string& method, const std::string& target, const QJsonObject& body,
                 int status = 200);
+    /// Answers what no other answer is for.
+    void onAnythingElse(Answer answer) { on({}, {}, std::move(answer)); }
     void onBytes(const std::string& method, const std::string& target, const std::string& body);
 
     std::vector<SeenRequest> requests() const;
-    /// The lines of all requests in order.
     std::vector<std::string> lines() const;
     void forget();
 

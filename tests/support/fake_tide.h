@@ -16,7 +16,6 @@ struct TideFile {
 };
 using TideFiles = std::vector<TideFile>;
 
-/// How the store keeps chunks: as they are, or each as a zstd frame.
 enum class ChunkForm { kRaw, kZstd };
 
 inline constexpr char kManifestTarget[] = "/store/manifest.json";
@@ -26,16 +25,13 @@ inline constexpr char kSignatureTarget[] = "/store/manifest.json.sig";
 QString chunkId(const std::string& bytes);
 std::string chunkTarget(const std::string& bytes);
 
-/// The public key, in hexadecimal, of every signature made here.
 QString signingKey();
-/// The signature file of these manifest bytes.
 std::string signatureOf(const std::string& manifest);
 
 /// The manifest of a build, and what the server answers about it.
 QJsonObject tideManifest(const QString& channel, const TideFiles& files);
 QJsonObject tideDescriptor(const FakeServer& server, const QString& build, const TideFiles& files);
 
-/// Makes the server carry these manifest bytes and their signature.
 void serveManifest(FakeServer& server, const std::string& manifest);
 
 /// Makes the server carry the build in the channel: the channel's reply, the descriptor,

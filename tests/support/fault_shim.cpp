@@ -10,7 +10,8 @@
 // count once at its start and once for each kWriteStep bytes.
 
 #include <dlfcn.h>
-#include <fcntl.h>
+// Without the declarations of open(), whose mode is left out by most callers.
+#include <linux/fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
@@ -19,7 +20,6 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -73,20 +73,15 @@ Plan& plan() {
     return instance;
 }
 
-/// The function of that name that the program would have called.
 template <typename Function>
 Function* real(const char* name) {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
 /// Counts the call and makes it, unless it is to fail.
-template <typename Function, typename... Arguments>
+template <typename... Arguments>
 int counted(const char* name, Arguments... arguments) {
-    return plan().pass(name) ? real<Function>(name)(arguments...) : -1;
-}
-
-bool creates(int flags) {
-    return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+    return plan().pass(name) ? real<int(Arguments...)>(name)(arguments...) : -1;
 }
 
 /// Whether a write of `size` bytes at `position` may go on; other than regular files
@@ -101,19 +96,11 @@ bool passWrite(const char* name, int file, off_t position, std::size_t size) {
     return plan().pass(name, steps + (position == 0 ? 1 : 0));
 }
 
-/// open() and open64() by name.
-int openNamed(const char* name, const char* path, int flags, mode_t mode) {
-    if (creates(flags) && !plan().pass(name)) {
-        return -1;
-    }
-    return real<int(const char*, int, ...)>(name)(path, flags, mode);
-}
-
-int openAtNamed(const char* name, int folder, const char* path, int flags, mode_t mode) {
-    if (creates(flags) && !plan().pass(name)) {
-        return -1;
-    }
-    return real<int(int, const char*, int, ...)>(name)(folder, path, flags, mode);
+/// open() and its like by name; the mode has a meaning only where a file is created.
+template <typename... Arguments>
+int opened(const char* name, int flags, Arguments... arguments) {
+    const bool creates = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+    return creates && !plan().pass(name) ? -1 : real<int(Arguments...)>(name)(arguments...);
 }
 
 std::FILE* openStream(const char* name, const char* path, const char* mode) {
@@ -123,47 +110,22 @@ std::FILE* openStream(const char* name, const char* path, const char* mode) {
     return real<std::FILE*(const char*, const char*)>(name)(path, mode);
 }
 
-mode_t modeFrom(int flags, std::va_list& arguments) {
-    return creates(flags) ? va_arg(arguments, mode_t) : mode_t{0};
-}
-
 }  // namespace
 
 extern "C" {
 
-int open(const char* path, int flags, ...) {
-    std::va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeFrom(flags, arguments);
-    va_end(arguments);
-    return openNamed("open", path, flags, mode);
+int open(const char* path, int flags, mode_t mode) {
+    return opened("open", flags, path, flags, mode);
 }
 
-int open64(const char* path, int flags, ...) {
-    std::va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeFrom(flags, arguments);
-    va_end(arguments);
-    return openNamed("open64", path, flags, mode);
+int open64(const char* path, int flags, mode_t mode) {
+    return opened("open64", flags, path, flags, mode);
 }
 
-int openat(int folder, const char* path, int flags, ...) {
-    std::va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeFrom(flags, arguments);
-    va_end(arguments);
-    return openAtNamed("openat", folder, path, flags, mode);
+int openat(int folder, const char* path, int flags, mode_t mode) {
+    return opened("openat", flags, folder, path, flags, mode);
 }
 
-int openat64(int folder, const char* path, int flags, ...) {
-    std::va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = modeFrom(flags, arguments);
-    va_end(arguments);
-    return openAtNamed("openat64", folder, path, flags, mode);
-}
-
-/// The standard library's streams open their files by this.
 std::FILE* fopen(const char* path, const char* mode) {
     return openStream("fopen", path, mode);
 }
@@ -179,13 +141,6 @@ ssize_t write(int file, const void* bytes, std::size_t size) {
                : -1;
 }
 
-ssize_t pwrite(int file, const void* bytes, std::size_t size, off_t position) {
-    return passWrite("pwrite", file, position, size)
-               ? real<ssize_t(int, const void*, std::size_t, off_t)>("pwrite")(file, bytes, size,
-                                                                               position)
-               : -1;
-}
-
 ssize_t writev(int file, const iovec* parts, int count) {
     std::size_t size = 0;
     for (int part = 0; part < count; ++part) {
@@ -196,8 +151,6 @@ ssize_t writev(int file, const iovec* parts, int count) {
                : -1;
 }
 
-/// The C library writes a stream's lines by an inner call, so that printing is caught
-/// here.
 int fflush(std::FILE* stream) {
     if ((stream == stdout || stream == stderr) && !plan().pass("fflush")) {
         return EOF;
@@ -217,75 +170,64 @@ int fdatasync(int) {
 }
 
 int ftruncate(int file, off_t size) noexcept {
-    return counted<int(int, off_t)>("ftruncate", file, size);
+    return counted("ftruncate", file, size);
 }
 
 int ftruncate64(int file, off64_t size) noexcept {
-    return counted<int(int, off64_t)>("ftruncate64", file, size);
+    return counted("ftruncate64", file, size);
 }
 
 int truncate(const char* path, off_t size) noexcept {
-    return counted<int(const char*, off_t)>("truncate", path, size);
+    return counted("truncate", path, size);
 }
 
 int truncate64(const char* path, off64_t size) noexcept {
-    return counted<int(const char*, off64_t)>("truncate64", path, size);
+    return counted("truncate64", path, size);
 }
 
 int rename(const char* from, const char* to) noexcept {
-    return counted<int(const char*, const char*)>("rename", from, to);
-}
-
-int renameat(int fromFolder, const char* from, int toFolder, const char* to) noexcept {
-    return counted<int(int, const char*, int, const char*)>("renameat", fromFolder, from, toFolder,
-                                                            to);
+    return counted("rename", from, to);
 }
 
 int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
               unsigned int flags) noexcept {
-    return counted<int(int, const char*, int, const char*, unsigned int)>(
-        "renameat2", fromFolder, from, toFolder, to, flags);
+    return counted("renameat2", fromFolder, from, toFolder, to, flags);
 }
 
 int link(const char* from, const char* to) noexcept {
-    return counted<int(const char*, const char*)>("link", from, to);
+    return counted("link", from, to);
 }
 
 int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
-    return counted<int(int, const char*, int, const char*, int)>("linkat", fromFolder, from,
-                                                                 toFolder, to, flags);
+    return counted("linkat", fromFolder, from, toFolder, to, flags);
 }
 
 int unlink(const char* path) noexcept {
-    return counted<int(const char*)>("unlink", path);
+    return counted("unlink", path);
 }
 
 int unlinkat(int folder, const char* path, int flags) noexcept {
-    return counted<int(int, const char*, int)>("unlinkat", folder, path, flags);
+    return counted("unlinkat", folder, path, flags);
 }
 
 int rmdir(const char* path) noexcept {
-    return counted<int(const char*)>("rmdir", path);
+    return counted("rmdir", path);
 }
 
 int remove(const char* path) noexcept {
-    return counted<int(const char*)>("remove", path);
+    return counted("remove", path);
 }
 
 int mkdir(const char* path, mode_t mode) noexcept {
-    return counted<int(const char*, mode_t)>("mkdir", path, mode);
-}
-
-int mkdirat(int folder, const char* path, mode_t mode) noexcept {
-    return counted<int(int, const char*, mode_t)>("mkdirat", folder, path, mode);
+    return counted("mkdir", path, mode);
 }
 
 int chmod(const char* path, mode_t mode) noexcept {
-    return counted<int(const char*, mode_t)>("chmod", path, mode);
+    return counted("chmod", path, mode);
 }
 
 int fchmod(int file, mode_t mode) noexcept {
-    return counted<int(int, mode_t)>("fchmod", file, mode);
+    return counted("fchmod", file, mode);
 }
 
 }  // extern "C"

@@ -17,11 +17,8 @@ struct Fault {
     int error = 0;
 };
 
-/// How such a run ended.
 struct FaultyOutcome : Outcome {
-    /// Calls counted up to the end; 0 for a process that was killed.
-    int calls = 0;
-    /// Name of the call that failed, or "none".
+    int calls = 0;  ///< counted up to the end; 0 for a process that was killed
     std::string failed = "none";
 
     bool wasKilled() const { return code == -9; }

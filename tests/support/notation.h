@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <string>
 
+#include "support/qt_printers.h"
+
 /// Short forms in which tables of cases stay readable.
 
 namespace quorvelle::testing {

@@ -1,11 +1,23 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <QString>
 
 #include "support/fake_server.h"
 #include "support/outcomes.h"
 
 namespace quorvelle::testing {
+
+/// A server that a configuration names, with the token "t".
+struct ServerTest : ::testing::Test {
+    ServerTest() {
+        box.writeConfig({{"schema_version", 2}, {"server", server.url()}, {"token", "t"}});
+    }
+
+    FakeServer server;
+    Sandbox box;
+};
 
 /// Runs the commands of a table that make one request each, with the real program, and
 /// checks of each: the request as sent, the text, the reply as JSON, a refusal by the
@@ -17,7 +29,8 @@ namespace quorvelle::testing {
 /// In the text "\n" ends a line and SERVER stands for the server's URL.
 void checkOneRequestCommands(const QString& table);
 
-/// Expects the usage text of each of the lines, with a server configured and no request.
+/// Expects the usage text of each command of a table, with a server configured and no
+/// request.
 void checkUsageLines(const QString& lines);
 
 }  // namespace quorvelle::testing

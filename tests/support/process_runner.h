@@ -8,7 +8,6 @@
 
 namespace quorvelle::testing {
 
-/// What a finished program left behind.
 struct Outcome {
     /// The exit code, or minus the signal number of a process that was killed.
     int code = 0;
@@ -25,34 +24,27 @@ class Sandbox {
 public:
     Sandbox();
 
-    /// An absolute path below the sandbox; nothing is made there.
     QString path(const QString& relative) const;
     QString configPath() const { return path(QStringLiteral("config/config.json")); }
 
-    /// Runs `quorvelle` with the arguments to its end.
     Outcome run(const QStringList& args) const;
-    /// Runs any program in the sandbox's environment and folder.
     Outcome runProgram(const QString& program, const QStringList& args) const;
 
-    /// Writes a file below the sandbox, making its folders.
     void write(const QString& relative, const QByteArray& bytes) const;
     /// A file's bytes; "(missing)" when there is none.
     QByteArray read(const QString& relative) const;
     /// Every file below a folder of the sandbox as "path=content", sorted; folders that
     /// are empty as "path/". "(missing)" alone when the folder is missing.
     QStringList tree(const QString& relative) const;
-    /// The configuration document as it stands on disk.
     QJsonObject config() const;
     void writeConfig(const QJsonObject& document) const;
 
-    /// The environment of the runs, to be changed by a test.
     QProcessEnvironment environment;
 
 private:
     QTemporaryDir folder;
 };
 
-/// The path of the program under test.
 QString quorvelleProgram();
 
 }  // namespace quorvelle::testing

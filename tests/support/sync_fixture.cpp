@@ -2,8 +2,6 @@
 
 #include <QDir>
 
-#include "support/qt_printers.h"
-
 namespace quorvelle::testing {
 
 SyncTest::SyncTest() {

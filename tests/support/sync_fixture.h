@@ -33,11 +33,8 @@ protected:
         expectResult(run(words), result, progress, message);
     }
 
-    /// The lines of a download of these files, up to the last of them.
     static QStringList fetching(const QString& build, const QStringList& paths, int count = 0);
-    /// The same and the activation.
     static QStringList whole(const QString& build, const QStringList& paths);
-    /// The lines of an activation without a download.
     static QStringList retrying(const QString& build);
     static QString activating(const QString& build);
 
@@ -48,7 +45,6 @@ protected:
     static QString notActivated(const QString& build);
     static QString upToDate(const QString& build);
 
-    /// Every file of the install directory; every entry of the state folder.
     QStringList installed() const { return box.tree("apps/app"); }
     QStringList state() const;
     QByteArray stateBytes(const char* suffix) const;

@@ -11,7 +11,6 @@
 #include "support/fake_tide.h"
 #include "support/faulty_run.h"
 #include "support/notation.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 
@@ -19,29 +18,20 @@ namespace {
 
 using Files = std::vector<BuildFile>;
 
-constexpr int kLineBytes = 16;
-
-QByteArray twoMebibytes(const char (&line)[kLineBytes + 1]) {
-    return QByteArray(line).repeated(2 * 1024 * 1024 / kLineBytes);
+QByteArray twoMebibytes(const QByteArray& line) {
+    return line.repeated(2 * 1024 * 1024 / int(line.size()));
 }
 
-const Files& build1() {
-    static const Files files{{"bin/same", "same"},
-                             {"data/big", twoMebibytes("an old big line\n")},
-                             {"data/deep/empty", ""},
-                             {"data/gone/old", "removed"},
-                             {"readme", "one"}};
-    return files;
-}
-
-const Files& build2() {
-    static const Files files{{"bin/new/added", "added"},
-                             {"bin/same", "same"},
-                             {"data/big", twoMebibytes("a newer big one\n")},
-                             {"data/deep/empty", ""},
-                             {"readme", "two"}};
-    return files;
-}
+const Files kBuild1{{"bin/same", "same"},
+                    {"data/big", twoMebibytes("an old big line\n")},
+                    {"data/deep/empty", ""},
+                    {"data/gone/old", "removed"},
+                    {"readme", "one"}};
+const Files kBuild2{{"bin/new/added", "added"},
+                    {"bin/same", "same"},
+                    {"data/big", twoMebibytes("a newer big one\n")},
+                    {"data/deep/empty", ""},
+                    {"readme", "two"}};
 
 /// Each file in chunks of 640 KiB.
 TideFiles inChunks(const Files& files) {
@@ -63,30 +53,20 @@ void writeFiles(const Sandbox& sandbox, const QString& folder, const Files& file
     }
 }
 
-QStringList treeOf(const Files& files) {
-    QStringList lines;
-    for (const auto& [path, bytes] : files) {
-        lines.append(path + u'=' + QString::fromUtf8(bytes));
-    }
-    return lines;
-}
-
 std::string holding(const Sandbox& sandbox, const QString& folder) {
     const QStringList tree = sandbox.tree(folder);
-    if (tree == treeOf(build1())) {
-        return "build 1";
+    for (const auto& [name, files] : {std::pair{"build 1", kBuild1}, {"build 2", kBuild2}}) {
+        QStringList lines;
+        for (const auto& [path, bytes] : files) {
+            lines.append(path + u'=' + QString::fromUtf8(bytes));
+        }
+        if (tree == lines) {
+            return name;
+        }
     }
-    if (tree == treeOf(build2())) {
-        return "build 2";
-    }
-    if (tree == QStringList("(missing)")) {
-        return "nothing";
-    }
-    std::string text = "a mixture:";
-    for (const QString& line : tree) {
-        text += ' ' + line.left(40).simplified().toStdString();
-    }
-    return text;
+    return tree == QStringList("(missing)")
+               ? "nothing"
+               : "a mixture: " + tree.join(' ').left(400).simplified().toStdString();
 }
 
 /// Names in a folder. A save that was killed just before its rename leaves a temporary
@@ -102,9 +82,9 @@ QStringList namesIn(const Sandbox& sandbox, const QString& folder) {
 
 SyncWorld::SyncWorld(Engine syncEngine) : engine(syncEngine) {
     if (engine == Engine::kTide) {
-        publishTide(server, "stable", "b2", inChunks(build2()), ChunkForm::kZstd);
+        publishTide(server, "stable", "b2", inChunks(kBuild2), ChunkForm::kZstd);
     } else {
-        publish(server, "stable", "b2", build2());
+        publish(server, "stable", "b2", kBuild2);
     }
 }
 
@@ -123,12 +103,12 @@ void SyncWorld::prepare(const Sandbox& sandbox, Start start) const {
         return;
     }
     const QString state = start == Start::kLegacy ? "games/app" : "games/.quorvelle/app";
-    writeFiles(sandbox, "games/app", build1());
+    writeFiles(sandbox, "games/app", kBuild1);
     sandbox.write(state + ".installed.json", R"({"build": "b1", "channel": "stable"})");
     if (start == Start::kBuild1) {
         return;
     }
-    writeFiles(sandbox, state + ".staging", build2());
+    writeFiles(sandbox, state + ".staging", kBuild2);
     sandbox.write(state + ".staged.json", R"({"build": "b2", "channel": "stable"})");
     writeFiles(sandbox, state + ".old", {{"sub/left", "over"}});
     if (engine == Engine::kTide) {

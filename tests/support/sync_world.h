@@ -24,10 +24,8 @@ class SyncWorld {
 public:
     explicit SyncWorld(Engine engine);
 
-    /// Lays out the starting state, with the subscription "app", in an empty sandbox.
     void prepare(const Sandbox& sandbox, Start start) const;
 
-    /// Lets the download of build 2 fail at a file in its middle.
     void breakDownload();
 
     FakeServer server;
@@ -41,7 +39,6 @@ private:
 /// ..." in the same words.
 std::string standing(const Sandbox& sandbox);
 
-/// What the staging directory holds, in the words of standing().
 std::string stagedFiles(const Sandbox& sandbox);
 
 /// Fails the test unless an unhindered sync brings build 2 with its marker and leaves

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QByteArray>
+#include <QCoreApplication>
+#include <QNetworkAccessManager>
 #include <QString>
 
+#include "support/fake_server.h"
 #include "support/process_runner.h"
 
 namespace quorvelle::testing {
@@ -35,6 +38,21 @@ struct TemporaryConfig {
     Sandbox sandbox = {};
     ScopedVariable folder{"QUORVELLE_CONFIG_DIR", sandbox.path("config").toUtf8()};
     ScopedVariable token{"QUORVELLE_TOKEN", {}};
+};
+
+/// A server for the blocking request calls of this process, with a configuration of its
+/// own. At its end it also ends the connections that those calls keep open, for which
+/// the server would wait.
+struct ApiServer {
+    TemporaryConfig config = {};
+    FakeServer server = {};
+
+    ApiServer() = default;
+    ~ApiServer() {
+        qDeleteAll(QCoreApplication::instance()->findChildren<QNetworkAccessManager*>());
+    }
+    ApiServer(const ApiServer&) = delete;
+    ApiServer& operator=(const ApiServer&) = delete;
 };
 
 }  // namespace quorvelle::testing

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "support/fake_tide.h"
-#include "support/qt_printers.h"
 #include "support/sync_fixture.h"
 
 namespace quorvelle::testing {
@@ -36,13 +35,11 @@ protected:
         }
         return lines;
     }
-    /// The same and the activation.
     static QStringList whole(const QString& build, const QString& steps,
                              const QStringList& check = {}) {
         return downloading(steps, check) + QStringList(activating(build));
     }
 
-    /// Build b1 in place, its conversation forgotten.
     void installOne() {
         publishTide(server, "stable", "b1", kOne);
         expectSync("synced", whole("b1", kThreeChunks), retried("b1"));
@@ -66,7 +63,6 @@ protected:
         server.forget();
     }
 
-    /// Gives the subscription one more key.
     void subscribeWith(const QString& key, const QJsonValue& value) {
         QJsonObject entry = subscription("app", "stable");
         entry.insert(key, value);

