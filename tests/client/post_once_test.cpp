@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "client/requests.h"
-#include "support/api_server.h"
 #include "support/raw_server.h"
+#include "support/temporary_config.h"
 
 namespace quorvelle::testing {
 
