@@ -4,11 +4,15 @@
 
 namespace quorvelle {
 
-bool openBrowser(const QString& url) {
+bool isWebUrl(const QString& url) {
     const QUrl parsed(url);
-    const bool isWeb =
-        parsed.scheme() == QStringLiteral("http") || parsed.scheme() == QStringLiteral("https");
-    return isWeb && parsed.isValid() && startBrowser(parsed.toString(QUrl::FullyEncoded));
+    return parsed.isValid() && !parsed.host().isEmpty() &&
+           (parsed.scheme() == QStringLiteral("http") ||
+            parsed.scheme() == QStringLiteral("https"));
+}
+
+bool openBrowser(const QString& url) {
+    return isWebUrl(url) && startBrowser(QUrl(url).toString(QUrl::FullyEncoded));
 }
 
 }  // namespace quorvelle

@@ -4,6 +4,9 @@
 
 namespace quorvelle {
 
+/// Whether the text is an http or https URL.
+bool isWebUrl(const QString& url);
+
 /// Opens the person's default browser at an http or https URL and returns at once. Any
 /// other URL is left alone, for the system would open files and programs by it. False when
 /// nothing was started.

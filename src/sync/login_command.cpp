@@ -38,6 +38,11 @@ int loginCommand(QStringList args) {
         return printUsage();
     }
     const QString server = withoutTrailingSlashes(args.at(0));
+    if (!isWebUrl(server)) {
+        // Nobody could open the link, and five minutes would pass before that showed.
+        printError(QStringLiteral("'%1' is no http or https address").arg(server));
+        return kExitUsage;
+    }
     SsoLogin login;
     QString url;
     QString error;

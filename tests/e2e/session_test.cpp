@@ -99,6 +99,9 @@ TEST_F(Session, JoinNamesThisMachineAndReportsRefusals) {
         SCOPED_TRACE(line);
         expectUsage(box, args(line));
     }
+    expectError(box, args("login ftp://x"), 1, "'ftp://x' is no http or https address");
+    expectError(box, args("login servers.example/"), 1,
+                "'servers.example' is no http or https address");
 }
 
 TEST_F(Session, ReconcileAsksEveryServer) {
