@@ -6,7 +6,15 @@ target_compile_options(quorvelle_options INTERFACE
   $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror>
   $<$<CXX_COMPILER_ID:MSVC>:/W4 /WX /utf-8 /permissive->)
 target_compile_definitions(quorvelle_options INTERFACE
-  QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING)
+  QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING
+  # Neither macros named min and max nor the old sockets with <windows.h>.
+  $<$<PLATFORM_ID:Windows>:NOMINMAX WIN32_LEAN_AND_MEAN>)
+
+# Several files compiled as one look to the compiler as if they included each other.
+if(CMAKE_UNITY_BUILD)
+  target_compile_options(quorvelle_options INTERFACE
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endif()
 
 if(QUORVELLE_SANITIZE)
   target_compile_options(quorvelle_options INTERFACE

@@ -11,7 +11,7 @@ namespace quorvelle {
 
 namespace {
 
-const QString kPath = QStringLiteral("/api/sso/config");
+const QString kConfigPath = QStringLiteral("/api/sso/config");
 
 QString ssoText(const QString& server, const QJsonObject& config) {
     if (!config.value(u"configured").toBool()) {
@@ -25,7 +25,7 @@ QString ssoText(const QString& server, const QJsonObject& config) {
 }
 
 int showSso(const QString& server) {
-    const Reply reply = getJson(server, kPath, QStringLiteral("sso show"));
+    const Reply reply = getJson(server, kConfigPath, QStringLiteral("sso show"));
     return finish(reply, ssoText(server, reply.object));
 }
 
@@ -48,7 +48,7 @@ int setSso(const QString& server, QStringList& args) {
         printError(QStringLiteral("sso set needs --issuer --client-id --client-secret"));
         return kExitUsage;
     }
-    const Reply reply = putJson(server, kPath, QStringLiteral("sso set"),
+    const Reply reply = putJson(server, kConfigPath, QStringLiteral("sso set"),
                                 {{QStringLiteral("issuer"), issuer},
                                  {QStringLiteral("client_id"), clientId},
                                  {QStringLiteral("client_secret"), secret},
@@ -59,7 +59,7 @@ int setSso(const QString& server, QStringList& args) {
 }
 
 int clearSso(const QString& server) {
-    const Reply reply = deleteResource(server, kPath, QStringLiteral("sso clear"));
+    const Reply reply = deleteResource(server, kConfigPath, QStringLiteral("sso clear"));
     return finish(reply, QStringLiteral("SSO cleared on %1\n").arg(server));
 }
 

@@ -13,7 +13,7 @@ namespace quorvelle {
 
 namespace {
 
-const QString kPath = QStringLiteral("/api/sso/mapping");
+const QString kMappingPath = QStringLiteral("/api/sso/mapping");
 const QString kRoles = QStringLiteral("roles");
 const QString kGroups = QStringLiteral("groups");
 
@@ -49,13 +49,13 @@ QString mappingText(const QString& server, const QJsonObject& reply) {
 }
 
 int listMapping(const QString& server) {
-    const Reply reply = getJson(server, kPath, QStringLiteral("sso map list"));
+    const Reply reply = getJson(server, kMappingPath, QStringLiteral("sso map list"));
     return finish(reply, mappingText(server, reply.object));
 }
 
 int changeMapping(const QString& server, const Change& change) {
     const QString label = QStringLiteral("sso map");
-    const Reply current = getJson(server, kPath, label);
+    const Reply current = getJson(server, kMappingPath, label);
     if (!current.ok) {
         return kExitFailed;
     }
@@ -69,7 +69,8 @@ int changeMapping(const QString& server, const Change& change) {
     if (!change(mapping)) {
         return kExitUsage;
     }
-    return finish(putJson(server, kPath, label, mapping), QStringLiteral("Mapping saved.\n"));
+    return finish(putJson(server, kMappingPath, label, mapping),
+                  QStringLiteral("Mapping saved.\n"));
 }
 
 /// Sets one entry of the mapping's object of that name.

@@ -10,7 +10,7 @@ namespace quorvelle {
 
 namespace {
 
-const QString kPath = QStringLiteral("/api/storage");
+const QString kStoragePath = QStringLiteral("/api/storage");
 
 QString storageText(const QString& server, const QJsonObject& storage) {
     if (!storage.value(u"configured").toBool()) {
@@ -23,7 +23,7 @@ QString storageText(const QString& server, const QJsonObject& storage) {
 }
 
 int showStorage(const QString& server) {
-    const Reply reply = getJson(server, kPath, QStringLiteral("storage show"));
+    const Reply reply = getJson(server, kStoragePath, QStringLiteral("storage show"));
     return finish(reply, storageText(server, reply.object));
 }
 
@@ -45,13 +45,14 @@ int setStorage(const QString& server, QStringList& args) {
             QStringLiteral("storage set needs --endpoint --bucket --access-key --secret-key"));
         return kExitUsage;
     }
-    const Reply reply = putJson(server, kPath, QStringLiteral("storage set"), options.json());
+    const Reply reply =
+        putJson(server, kStoragePath, QStringLiteral("storage set"), options.json());
     return finish(reply, QStringLiteral("Build storage connected: bucket '%1'\n")
                              .arg(reply.object.value(u"bucket").toString()));
 }
 
 int forgetStorage(const QString& server) {
-    const Reply reply = deleteResource(server, kPath, QStringLiteral("storage forget"));
+    const Reply reply = deleteResource(server, kStoragePath, QStringLiteral("storage forget"));
     return finish(reply, QStringLiteral("Build storage forgotten on %1\n").arg(server));
 }
 

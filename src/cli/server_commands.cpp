@@ -13,7 +13,7 @@ namespace quorvelle {
 namespace {
 
 /// Saves the change; prints why when that fails.
-bool saved(config::Change& change) {
+bool savedServers(config::Change& change) {
     const bool done = change.save();
     if (!done) {
         printError(QStringLiteral("could not save config"));
@@ -32,7 +32,7 @@ int setServerRootCommand(QStringList args) {
     }
     const QString root = absolutePath(args.at(1));
     const int repointed = config::repointServer(change.document, url, root);
-    if (!saved(change)) {
+    if (!savedServers(change)) {
         return kExitFailed;
     }
     printResult({{QStringLiteral("server"), url},
@@ -50,7 +50,7 @@ int setServerTokenCommand(QStringList args) {
     const QString root = config::findServer(change.document, url).value(u"install_root").toString();
     config::upsertServer(change.document, url, args.at(1), root);
     config::setSubscriptionTokens(change.document, url, args.at(1));
-    if (!saved(change)) {
+    if (!savedServers(change)) {
         return kExitFailed;
     }
     printResult({{QStringLiteral("server"), url}},

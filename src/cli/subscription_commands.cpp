@@ -18,7 +18,7 @@ namespace {
 const QString kSubscriptions = QStringLiteral("subscriptions");
 
 /// Saves the change; prints why when that fails.
-bool saved(config::Change& change) {
+bool savedSubscriptions(config::Change& change) {
     const bool done = change.save();
     if (!done) {
         printError(config::couldNotWrite());
@@ -65,7 +65,7 @@ int changeSetting(const QStringList& args, const Setting& setting) {
     entry.insert(setting.key, *value);
     entries.replace(at, entry);
     change.document.insert(kSubscriptions, entries);
-    if (!saved(change)) {
+    if (!savedSubscriptions(change)) {
         return kExitFailed;
     }
     printResult(entry, setting.changed(name, *value));
@@ -110,7 +110,7 @@ int subscribeCommand(QStringList args) {
             config::findServer(change.document, server).value(u"install_root").toString();
         config::upsertServer(change.document, server, token, root);
     }
-    if (!saved(change)) {
+    if (!savedSubscriptions(change)) {
         return kExitFailed;
     }
     printResult(entry, QStringLiteral("Subscribed:\n  ") + subscriptionLine(entry));
@@ -131,7 +131,7 @@ int unsubscribeCommand(QStringList args) {
     }
     entries.removeAt(at);
     change.document.insert(kSubscriptions, entries);
-    if (!saved(change)) {
+    if (!savedSubscriptions(change)) {
         return kExitFailed;
     }
     printResult({{QStringLiteral("unsubscribed"), name}},

@@ -15,7 +15,7 @@ namespace tide {
 
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{1} << 20;
+constexpr std::size_t kReadSize = std::size_t{1} << 20;
 
 constexpr std::uint64_t lowBits(unsigned count) {
     return count >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
@@ -115,7 +115,7 @@ bool chunkFile(const std::filesystem::path& file, const ChunkerParameters& param
         return fail(err, "cannot open ", utf8Text(file));
     }
     Cutter cutter(parameters, callback, scan);
-    std::vector<char> block(kBlock);
+    std::vector<char> block(kReadSize);
     while (!stream.eof()) {
         stream.read(block.data(), static_cast<std::streamsize>(block.size()));
         if (stream.bad()) {

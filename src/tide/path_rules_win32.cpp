@@ -1,4 +1,3 @@
-#define NOMINMAX
 #include <windows.h>
 
 #include "tide/safe_path.h"

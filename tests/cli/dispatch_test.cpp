@@ -26,13 +26,13 @@ constexpr Command kTable[] = {
     {.words = "list", .handler = note<13>},
 };
 
-struct Ran {
+struct Dispatched {
     int code;
     std::string out;
     std::string err;
 };
 
-Ran run(const QString& line, CommandTable table) {
+Dispatched dispatched(const QString& line, CommandTable table) {
     called.clear();
     ::testing::internal::CaptureStdout();
     ::testing::internal::CaptureStderr();
@@ -55,7 +55,7 @@ TEST(Dispatch, HandsTheFirstMatchingRowWhatFollowsItsWords) {
         --json pack --json open --json now a --json  | 10(a) json
         list --JSON --json=1                         | 13(--JSON --json=1))")) {
         SCOPED_TRACE(row[0].toStdString());
-        const Ran ran = run(row[0], kTable);
+        const Dispatched ran = dispatched(row[0], kTable);
         EXPECT_EQ(ran.code, row[1].left(2).toInt());
         EXPECT_EQ(called, row[1]);
         EXPECT_EQ(ran.out + ran.err, "");

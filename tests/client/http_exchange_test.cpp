@@ -17,14 +17,14 @@ using ::testing::StartsWith;
 
 namespace {
 
-struct Ran {
+struct Exchanged {
     bool ok;
     QJsonObject object;
     /// The failure text in the context "ctx".
     std::string failure;
 };
 
-Ran run(HttpRequest request, HttpExchange::Sink sink = {}) {
+Exchanged run(HttpRequest request, HttpExchange::Sink sink = {}) {
     QNetworkAccessManager network;
     HttpExchange exchange(network, std::move(request));
     if (sink) {
@@ -37,7 +37,7 @@ Ran run(HttpRequest request, HttpExchange::Sink sink = {}) {
     return {exchange.succeeded(), exchange.object(), exchange.failureText("ctx").toStdString()};
 }
 
-Ran get(const QString& url, HttpExchange::Sink sink = {}) {
+Exchanged get(const QString& url, HttpExchange::Sink sink = {}) {
     return run({.method = "GET", .url = QUrl(url), .token = "t"}, std::move(sink));
 }
 
@@ -86,7 +86,7 @@ TEST(HttpExchange, TakesAnyBodyOfASuccess) {
         {"error":"no"} | {'error':'no'})")) {
         SCOPED_TRACE(row[0].toStdString());
         server.on("GET", "/x", answer(299, row[0].toStdString()));
-        const Ran ran = get(server.url() + "/x");
+        const Exchanged ran = get(server.url() + "/x");
         EXPECT_TRUE(ran.ok) << ran.failure;
         EXPECT_EQ(text(ran.object), row[1].toStdString());
     }
@@ -106,7 +106,7 @@ TEST(HttpExchange, SaysWhatTheServerSaidOfAFailure) {
         500 |                                 | ...)")) {
         SCOPED_TRACE(row[1].toStdString());
         server.on("GET", "/x", answer(row[0].toInt(), row[1].toStdString()));
-        const Ran ran = get(server.url() + "/x");
+        const Exchanged ran = get(server.url() + "/x");
         EXPECT_FALSE(ran.ok);
         const std::string start = "ctx failed (HTTP " + row[0].toStdString() + "): ";
         if (row[2] == "...") {
@@ -138,7 +138,7 @@ TEST(HttpExchange, TellsAWholeReplyFromOneCutShort) {
         // The network layer asks again when it got nothing.
         const std::vector replies(8, QString(row[0]).replace("~", "\r\n").toStdString());
         const RawServer server(replies);
-        const Ran ran = get(server.url() + "/x");
+        const Exchanged ran = get(server.url() + "/x");
         EXPECT_EQ(ran.ok, row[1].isEmpty()) << ran.failure;
         EXPECT_THAT(ran.failure, StartsWith(row[1].toStdString()));
         if (!row[1].isEmpty()) {
@@ -160,7 +160,7 @@ TEST(HttpExchange, NoticesThatACompressedStreamIsCutShortOrDamaged) {
           "Content-Length: 99999\r\n\r\n" + packed}) {
         const RawServer server(std::vector(8, kDeflated + reply));
         std::string got;
-        const Ran ran = get(server.url() + "/x", into(got));
+        const Exchanged ran = get(server.url() + "/x", into(got));
         EXPECT_FALSE(ran.ok);
         EXPECT_THAT(ran.failure, StartsWith("ctx failed (HTTP 200): "));
     }
@@ -176,7 +176,7 @@ TEST(HttpExchange, UnpacksWhatAServerPackedUnasked) {
     std::string got;
     EXPECT_TRUE(get(server.url() + "/x", into(got)).ok);
     EXPECT_TRUE(got == kLargeObject) << got.size();
-    const Ran ran = get(server.url() + "/x");
+    const Exchanged ran = get(server.url() + "/x");
     EXPECT_EQ(ran.object["a"].toString().size(), 11 << 20) << ran.failure;
 }
 
@@ -211,7 +211,7 @@ TEST(HttpExchange, DoesNotTurnAChangeIntoARead) {
         for (const int status : {301, 302, 303}) {
             FakeServer server;
             server.on(method, "/old", redirectTo("/new", status));
-            const Ran ran = run({.method = method, .url = QUrl(server.url() + "/old")});
+            const Exchanged ran = run({.method = method, .url = QUrl(server.url() + "/old")});
             EXPECT_FALSE(ran.ok);
             EXPECT_EQ(ran.failure, "ctx failed (HTTP " + std::to_string(status) +
                                        "): the server redirects to \"/new\"");
@@ -249,7 +249,7 @@ TEST(HttpExchange, EndsARedirectLoop) {
     FakeServer server;
     server.on("GET", "/a", redirectTo("/b", 302));
     server.on("GET", "/b", redirectTo("/a", 302));
-    const Ran ran = get(server.url() + "/a");
+    const Exchanged ran = get(server.url() + "/a");
     EXPECT_THAT(ran.failure, StartsWith("ctx failed (HTTP 302): "));
     EXPECT_LE(server.lines().size(), 25U);
 }
@@ -260,10 +260,10 @@ TEST(HttpExchange, SpeaksHttpOnly) {
                                "data:application/json,{}", "", "http://[broken"}) {
         SCOPED_TRACE(target);
         server.on("GET", "/x", redirectTo(target, 302));
-        const Ran redirected = get(server.url() + "/x");
+        const Exchanged redirected = get(server.url() + "/x");
         EXPECT_FALSE(redirected.ok);
         EXPECT_THAT(redirected.failure, StartsWith("ctx failed (HTTP 302): "));
-        const Ran direct = get(target);
+        const Exchanged direct = get(target);
         EXPECT_FALSE(direct.ok);
         EXPECT_THAT(direct.failure, StartsWith("ctx failed: "));
     }

@@ -10,7 +10,7 @@ namespace tide {
 namespace {
 
 std::string vectorFile(const std::string& name) {
-    std::ifstream file(std::string(QUORVELLE_TEST_DATA) + "/signatures/" + name, std::ios::binary);
+    std::ifstream file(std::string(QUORVELLE_TEST_DATA "/signatures/") + name, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
