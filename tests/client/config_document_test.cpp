@@ -5,6 +5,7 @@
 #include <QDir>
 
 #include "support/notation.h"
+#include "support/platform.h"
 #include "support/temporary_config.h"
 
 namespace quorvelle::testing {
@@ -71,12 +72,14 @@ TEST(ConfigInstallRoot, IsTheFirstOneGivenMadeAbsolute) {
     const QJsonObject document =
         json("{'servers':[{'install_root':'/games','server':'a'},{'server':'b'}]}");
     for (const QStringList& row : rows(R"(
-        a   | /given     | /given
-        a   |            | /games
-        a/  |            | /home/ada/Quorvelle-Builds
-        b   |            | /home/ada/Quorvelle-Builds
-        b   | /x/../y    | /y)")) {
-        EXPECT_EQ(config::installRootFor(document, row[0], row[1]), row[2]) << row[0].toStdString();
+        a   | /given     | DRIVE/given
+        a   |            | DRIVE/games
+        a/  |            | HOME/Quorvelle-Builds
+        b   |            | HOME/Quorvelle-Builds
+        b   | /x/../y    | DRIVE/y)")) {
+        const QString root =
+            QString(row[2]).replace("DRIVE", drive()).replace("HOME", homeFolder("/home/ada"));
+        EXPECT_EQ(config::installRootFor(document, row[0], row[1]), root) << row[0].toStdString();
     }
     EXPECT_EQ(config::installRootFor(document, "a", "x/y"), QDir::currentPath() + "/x/y");
 }

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -20,9 +21,9 @@ const char kJoined[] = R"({"schema_version":2,"server":"http://d","token":"top",
    "self_heal":7}]})";
 
 const char kAppLine[] =
-    "app: stable @ http://h -> /games/stable  (the global default, self-heal default)\n";
-const char kKitLine[] = "kit: kit @ http://h -> /kit  (every 90s, self-heal full)  [managed]\n";
-const char kOddLine[] = "odd: c @ http://o -> /o  (manual (no auto-sync), self-heal default)\n";
+    "app: stable @ http://h -> `/games/stable`  (the global default, self-heal default)\n";
+const char kKitLine[] = "kit: kit @ http://h -> `/kit`  (every 90s, self-heal full)  [managed]\n";
+const char kOddLine[] = "odd: c @ http://o -> `/o`  (manual (no auto-sync), self-heal default)\n";
 
 /// Sets the value at a path such as "servers/0/token"; null takes an array's element out.
 void change(QJsonObject& document, const QString& path, const QJsonValue& value) {
@@ -46,7 +47,8 @@ void change(QJsonObject& document, const QString& path, const QJsonValue& value)
 }
 
 /// A command and all that it does in both modes. "{box}" stands for the sandbox's folder,
-/// where the commands run.
+/// where the commands run, and "{drive}" for the drive it is on, if drives have names. A
+/// path in backquotes is shown with the separators of the platform.
 struct Command {
     QStringList words;
     /// Text mode: standard output of a success, else the line on standard error.
@@ -58,24 +60,37 @@ struct Command {
     QString environmentToken = {};
 };
 
+QString shown(const QString& text) {
+    QStringList parts = text.split(u'`');
+    for (int i = 1; i < parts.size(); i += 2) {
+        parts[i] = QDir::toNativeSeparators(parts[i]);
+    }
+    return parts.join(QString());
+}
+
 void check(const Command& command) {
     SCOPED_TRACE(command.words.join(u' ').toStdString());
     const bool fails = command.json.isEmpty();
     for (const bool asJson : {false, true}) {
         Sandbox box;
-        const auto placed = [&](QString text) { return text.replace("{box}", box.path({})); };
+        const QString folder = box.path({});
+        const auto placed = [&](QString text) {
+            return text.replace("{box}", folder).replace("{drive}", folder.section(u'/', 0, 0));
+        };
         box.environment.insert("QUORVELLE_TOKEN", command.environmentToken);
+        QStringList words = command.words;
+        words.replaceInStrings("{drive}", placed("{drive}"));
         if (!command.before.isEmpty()) {
             box.write("config/config.json", command.before);
         }
         if (fails) {
-            expectError(box, command.words, 1, command.said);
+            expectError(box, words, 1, command.said);
         } else if (asJson) {
-            const Outcome got = box.run(command.words + QStringList("--json"));
+            const Outcome got = box.run(words + QStringList("--json"));
             EXPECT_EQ(got.json(), object(placed(command.json)));
             EXPECT_EQ(got.err + QString::number(got.code), QString("0"));
         } else {
-            expectOutcome(box.run(command.words), 0, placed(command.said));
+            expectOutcome(box.run(words), 0, shown(placed(command.said)));
         }
         if (command.changes.isEmpty()) {
             EXPECT_EQ(box.read("config/config.json"),
@@ -98,7 +113,7 @@ QStringList typed(const QString& line) {
 
 TEST(LocalCommands, List) {
     const QString kit = QString("  ") + kAppLine + "  " + kKitLine + "  " + kOddLine;
-    const QString file = "\nConfig file: {box}/config/config.json\n";
+    const QString file = "\nConfig file: `{box}/config/config.json`\n";
     check({args("config list x"),
            "server = http://d\ntoken = (set)\n\nSubscriptions:\n" + kit + file, kJoined});
     for (const char* before : {"", R"({"schema_version":2,"token":""})"}) {
@@ -149,9 +164,9 @@ config get token | top | {'token':'top'} | {}
 config set server ~http://N// | server =  http://N// | {'server':' http://N//'} | {'server':' http://N//'}
 config set token 100%1 | token = 100%1 | {'token':'100%1'} | {'token':'100%1'}
 config set token Ünïcode~日本 | token = Ünïcode 日本 | {'token':'Ünïcode 日本'} | {'token':'Ünïcode 日本'}
-server set-root http://h /n | Install root for http://h is now /n (2 | {'server':'http://h','install_root':'/n','repointed':2} | {'servers/0/install_root':'/n','subscriptions/0/dir':'/n/stable','subscriptions/1/dir':'/n/kit'}
-server set-root http://h// sub | Install root for http://h is now {box}/sub (2 | {'server':'http://h','install_root':'{box}/sub','repointed':2} | {'servers/0/install_root':'{box}/sub','subscriptions/0/dir':'{box}/sub/stable','subscriptions/1/dir':'{box}/sub/kit'}
-server set-root http://s /n | Install root for http://s/ is now /n (0 | {'server':'http://s/','install_root':'/n','repointed':0} | {'servers/1/install_root':'/n'}
+server set-root http://h {drive}/n | Install root for http://h is now `{drive}/n` (2 | {'server':'http://h','install_root':'{drive}/n','repointed':2} | {'servers/0/install_root':'{drive}/n','subscriptions/0/dir':'{drive}/n/stable','subscriptions/1/dir':'{drive}/n/kit'}
+server set-root http://h// sub | Install root for http://h is now `{box}/sub` (2 | {'server':'http://h','install_root':'{box}/sub','repointed':2} | {'servers/0/install_root':'{box}/sub','subscriptions/0/dir':'{box}/sub/stable','subscriptions/1/dir':'{box}/sub/kit'}
+server set-root http://s {drive}/n | Install root for http://s/ is now `{drive}/n` (0 | {'server':'http://s/','install_root':'{drive}/n','repointed':0} | {'servers/1/install_root':'{drive}/n'}
 server set-token http://h/ new | Token stored for http://h | {'server':'http://h'} | {'servers/0/token':'new','subscriptions/0/token':'new','subscriptions/1/token':'new'}
 server set-token http://o// %1 | Token stored for http://o | {'server':'http://o'} | {'servers/2':{'server':'http://o','token':'%1','install_root':''},'subscriptions/2/token':'%1'}
 unsubscribe kit | Unsubscribed 'kit' (installed files stay on disk) | {'unsubscribed':'kit'} | {'subscriptions/1':null})")) {
@@ -192,7 +207,7 @@ http://n Ünïcode~日本 | the global default, self-heal default | {} | {} |)")
         QJsonObject changes = json(row[3].toUtf8());
         changes["subscriptions/3"] = entry;
         check({QStringList("subscribe") + words + args("--dir in"),
-               QString("Subscribed:\n  %1: %2 @ %3 -> {box}/in  (%4)\n")
+               QString("Subscribed:\n  %1: %2 @ %3 -> `{box}/in`  (%4)\n")
                    .arg(entry["name"].toString(), words[1], entry["server"].toString(), row[1]),
                QJsonDocument(entry).toJson(), changes, kJoined, row[4]});
     }

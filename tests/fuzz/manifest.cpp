@@ -42,8 +42,9 @@ void expectSafeNames(const std::vector<ManifestFile>& files) {
     const std::filesystem::path root = "/root";
     std::set<std::string> paths;
     for (const ManifestFile& file : files) {
-        const std::string joined = utf8Text((root / utf8Path(file.path)).lexically_normal());
-        expect(joined == "/root/" + file.path, "a path names one place below the directory");
+        const std::filesystem::path joined = (root / utf8Path(file.path)).lexically_normal();
+        expect(joined == utf8Path("/root/" + file.path),
+               "a path names one place below the directory");
         expect(paths.insert(file.path).second, "paths are distinct");
     }
     for (const std::string& path : paths) {

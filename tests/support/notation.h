@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDir>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QList>
@@ -28,6 +29,11 @@ inline QList<QStringList> rows(const QString& table) {
         }
     }
     return result;
+}
+
+/// What stands before the first "/" of an absolute path: nothing, or the current drive.
+inline QString drive() {
+    return QDir::currentPath().section(u'/', 0, 0);
 }
 
 /// A JSON object written with ' in the place of ".

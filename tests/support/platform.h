@@ -25,6 +25,9 @@ bool isOwnersAlone(const QString& path);
 /// Lets others read a file that they could not.
 void openToOthers(const QString& path);
 
+/// The home folder of a program whose environment has HOME set to a folder.
+QString homeFolder(const QString& home);
+
 /// While it exists, others cannot do something with a file or directory.
 class Held {
 public:

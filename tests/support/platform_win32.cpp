@@ -73,6 +73,11 @@ void openToOthers(const QString& path) {
     LocalFree(list);
 }
 
+// That of the user, whatever the environment holds.
+QString homeFolder(const QString&) {
+    return QDir::homePath();
+}
+
 struct Held::Hold {
     HANDLE handle;
 };
