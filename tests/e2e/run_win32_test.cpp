@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <QDir>
+#include <QFileInfo>
+
 #include "support/fake_server.h"
 #include "support/notation.h"
 #include "support/outcomes.h"
@@ -8,10 +11,14 @@
 namespace quorvelle::testing {
 namespace {
 
-TEST(RunOnWindows, HandsWholeArgumentsToABatchFile) {
+/// The batch file hands its arguments on to a program that stores the last one.
+TEST(RunOnWindows, HandsWholeArgumentsToABatchFileAndWhatItStarts) {
     FakeServer server;
     const Sandbox box;
-    box.write("my app/my tool.bat", "@echo off\r\necho %1 %2 %3\r\nexit /b 3\r\n");
+    const QString program =
+        QDir::toNativeSeparators(QFileInfo(quorvelleProgram()).absoluteFilePath());
+    box.write("my app/my tool.bat",
+              "@\"" + program.toUtf8() + "\" config set token %*\r\n@exit /b 3\r\n");
     server.onJson("GET", "/api/channels/c",
                   json("{'launch_targets':[{'label':'T','exe':'my tool.bat'}]}"));
     box.writeConfig({{"schema_version", 2},
@@ -19,9 +26,13 @@ TEST(RunOnWindows, HandsWholeArgumentsToABatchFile) {
                                                               {"server", server.url()},
                                                               {"channel", "c"},
                                                               {"dir", box.path("my app")}}}}});
-    const Outcome got = box.run({"run", "--wait", "app", "--", "a b", "c&d", "e"});
-    EXPECT_EQ(got.code, 3) << got.err.toStdString();
-    EXPECT_EQ(got.out, "\"a b\" \"c&d\" e\r\n");
+    for (const char* argument :
+         {"plain", "a b", "c&d", "<|>^", R"(")", R"(C:\a b\)", R"(a\\"b\")", "größe=日本"}) {
+        SCOPED_TRACE(argument);
+        const Outcome got = box.run({"run", "--wait", "app", "--", argument});
+        EXPECT_EQ(got.code, 3) << got.err.toStdString();
+        EXPECT_EQ(box.config()["token"].toString(), QString(argument));
+    }
 }
 
 }  // namespace

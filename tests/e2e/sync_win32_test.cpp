@@ -30,6 +30,16 @@ TEST_P(WindowsSync, IsNotStoppedByReadOnlyFiles) {
     EXPECT_EQ(state(), QStringList("app.installed.json"));
 }
 
+TEST_P(WindowsSync, TakesShortcutsForFiles) {
+    publish(server, "stable", "b1", {{"Play.lnk", "one"}, {"d/Play.lnk", "one"}});
+    expectSync("synced", whole("b1", {"Play.lnk", "d/Play.lnk"}), synced("b1", 2, 6));
+    EXPECT_EQ(installed(), (QStringList{"Play.lnk=one", "d/Play.lnk=one"}));
+    publish(server, "stable", "b2", {{"Play.lnk", "two"}});
+    expectSync("synced", whole("b2", {"Play.lnk"}), synced("b2", 1, 3));
+    EXPECT_EQ(installed(), QStringList("Play.lnk=two"));
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
+}
+
 TEST_P(WindowsSync, InstallsPathsOfAnyLength) {
     const QString path = QString(200, u'a') + u'/' + QString(200, u'b') + "/file";
     publish(server, "stable", "b1", {{path, "one"}});

@@ -79,7 +79,8 @@ QStringList Sandbox::tree(const QString& relative) const {
         const QString entry = entries.next();
         const QString name = root.relativeFilePath(entry);
         if (entries.fileInfo().isDir() && !entries.fileInfo().isSymLink()) {
-            if (QDir(entry).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)) {
+            if (QDir(entry).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System |
+                                    QDir::NoDotAndDotDot)) {
                 result.append(name + u'/');
             }
         } else {
