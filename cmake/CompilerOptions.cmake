@@ -10,7 +10,8 @@ target_compile_definitions(quorvelle_options INTERFACE
   # Neither macros named min and max nor the old sockets with <windows.h>.
   $<$<PLATFORM_ID:Windows>:NOMINMAX WIN32_LEAN_AND_MEAN>)
 
-# Several files compiled as one look to the compiler as if they included each other.
+# Several files of a folder compiled as one save half the time; names in their unnamed
+# namespaces have to differ for it. To the compiler they look as if they included each other.
 if(CMAKE_UNITY_BUILD)
   target_compile_options(quorvelle_options INTERFACE
     $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
