@@ -114,8 +114,6 @@ void HttpExchange::send() {
         reply = manager.get(outgoing);
     } else if (request.method == "DELETE") {
         reply = manager.deleteResource(outgoing);
-    } else if (request.method == "POST") {
-        reply = manager.post(outgoing, request.body);
     } else {
         reply = manager.put(outgoing, request.body);
     }

@@ -56,6 +56,12 @@ FakeServer::Answer answer(int status, const std::string& body, const char* type 
     };
 }
 
+/// A reply with "~" for its line ends, as often as the network layer asks: again when it got
+/// nothing.
+std::vector<std::string> replies(const QString& reply) {
+    return std::vector(8, QString(reply).replace("~", "\r\n").toStdString());
+}
+
 /// 11 MiB that compress to a few KiB.
 const std::string kLargeObject = "{\"a\":\"" + std::string(11 << 20, 'x') + "\"}";
 
@@ -135,16 +141,22 @@ TEST(HttpExchange, TellsAWholeReplyFromOneCutShort) {
                                                               | ctx failed:
         220 smtp ready~~                                      | ctx failed)")) {
         SCOPED_TRACE(row[0].toStdString());
-        // The network layer asks again when it got nothing.
-        const std::vector replies(8, QString(row[0]).replace("~", "\r\n").toStdString());
-        const RawServer server(replies);
+        const RawServer server(replies(row[0]));
         const Exchanged ran = get(server.url() + "/x");
         EXPECT_EQ(ran.ok, row[1].isEmpty()) << ran.failure;
         EXPECT_THAT(ran.failure, StartsWith(row[1].toStdString()));
-        if (!row[1].isEmpty()) {
-            const RawServer resetting(replies, RawServer::Ending::kReset);
-            EXPECT_FALSE(get(resetting.url() + "/x").ok) << "reset";
-        }
+    }
+}
+
+TEST(HttpExchange, FailsWhenTheConnectionIsReset) {
+    for (const char* reply :
+         {"HTTP/1.1 200 OK~Content-Length: 8~~{\"a\":1}", "HTTP/1.1 200 OK~Content-Encoding: br~~x",
+          "HTTP/1.1 200 OK~Content-Le", "220 smtp ready~~", ""}) {
+        SCOPED_TRACE(reply);
+        const RawServer server(replies(reply), RawServer::Ending::kReset);
+        const Exchanged ran = get(server.url() + "/x");
+        EXPECT_FALSE(ran.ok);
+        EXPECT_THAT(ran.failure, StartsWith("ctx failed"));
     }
 }
 
