@@ -11,8 +11,10 @@ static_assert(std::accumulate(kWaits.begin(), kWaits.end(), DWORD{0}) == 2000);
 constexpr DWORD kUnmarked = FILE_ATTRIBUTE_NORMAL;
 
 bool passes(DWORD error) {
+    // What was removed from a directory can stay in it until its last opener closes it.
     return error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION ||
-           error == ERROR_ACCESS_DENIED || error == ERROR_DELETE_PENDING;
+           error == ERROR_ACCESS_DENIED || error == ERROR_DELETE_PENDING ||
+           error == ERROR_DIR_NOT_EMPTY;
 }
 
 }  // namespace

@@ -123,6 +123,7 @@ TEST(Patience, IsForFilesInUseAndEndsAfterTwoSeconds) {
     for (const Row& row : {Row{"at once", ERROR_SHARING_VIOLATION, 0, 1, 0},
                            Row{"scanned", ERROR_SHARING_VIOLATION, 3, 4, 0},
                            Row{"denied for a moment", ERROR_ACCESS_DENIED, 1, 2, 0},
+                           Row{"emptied a moment ago", ERROR_DIR_NOT_EMPTY, 2, 3, 0},
                            Row{"in use", ERROR_SHARING_VIOLATION, 99, all, ERROR_SHARING_VIOLATION},
                            Row{"missing", ERROR_FILE_NOT_FOUND, 99, 1, ERROR_FILE_NOT_FOUND}}) {
         SCOPED_TRACE(row.name);
