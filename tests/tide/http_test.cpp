@@ -77,7 +77,8 @@ TEST_F(HttpGetTest, SendsTheTokenToTheFirstOriginAlone) {
 }
 
 TEST_F(HttpGetTest, RefusesOtherSchemesAndEndlessRedirects) {
-    for (const char* target : {"file:///etc/hostname", "ftp://127.0.0.1/x", "gopher://127.0.0.1/"}) {
+    for (const char* target :
+         {"file:///etc/hostname", "ftp://127.0.0.1/x", "gopher://127.0.0.1/"}) {
         expectFailure(get(target), "curl: Unsupported protocol");
         server.on("GET", "/start", redirectTo(target));
         expectFailure(get(url("/start")), "curl: Unsupported protocol");
