@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/console/command.h"
+#include "console/command.h"
 
 namespace quorvelle {
 

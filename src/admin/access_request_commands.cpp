@@ -2,10 +2,10 @@
 
 #include "admin/invite.h"
 #include "admin/server_command.h"
-#include "cli/console/arguments.h"
-#include "cli/console/output.h"
-#include "cli/console/usage.h"
 #include "client/addresses.h"
+#include "console/arguments.h"
+#include "console/output.h"
+#include "console/usage.h"
 
 namespace quorvelle {
 

@@ -1,6 +1,6 @@
 #include "admin/bucket_options.h"
 
-#include "cli/console/arguments.h"
+#include "console/arguments.h"
 
 namespace quorvelle {
 

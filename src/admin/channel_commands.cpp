@@ -1,7 +1,7 @@
 #include "admin/channel_commands.h"
 
 #include "admin/server_command.h"
-#include "cli/console/usage.h"
+#include "console/usage.h"
 
 namespace quorvelle {
 

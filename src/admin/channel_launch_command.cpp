@@ -5,10 +5,10 @@
 #include <optional>
 
 #include "admin/server_command.h"
-#include "cli/console/arguments.h"
-#include "cli/console/exit_code.h"
-#include "cli/console/output.h"
-#include "cli/console/usage.h"
+#include "console/arguments.h"
+#include "console/exit_code.h"
+#include "console/output.h"
+#include "console/usage.h"
 #include "launch/target_list.h"
 
 namespace quorvelle {

@@ -3,9 +3,9 @@
 #include <QRegularExpression>
 
 #include "admin/server_command.h"
-#include "cli/console/exit_code.h"
-#include "cli/console/output.h"
-#include "cli/console/usage.h"
+#include "console/exit_code.h"
+#include "console/output.h"
+#include "console/usage.h"
 
 namespace quorvelle {
 

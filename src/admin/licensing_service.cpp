@@ -1,8 +1,8 @@
 #include "admin/licensing_service.h"
 
-#include "cli/console/output.h"
 #include "client/addresses.h"
 #include "client/requests.h"
+#include "console/output.h"
 
 namespace quorvelle {
 

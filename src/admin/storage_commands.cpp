@@ -2,9 +2,9 @@
 
 #include "admin/bucket_options.h"
 #include "admin/server_command.h"
-#include "cli/console/exit_code.h"
-#include "cli/console/output.h"
-#include "cli/console/usage.h"
+#include "console/exit_code.h"
+#include "console/output.h"
+#include "console/usage.h"
 
 namespace quorvelle {
 

@@ -1,8 +1,8 @@
 #include "admin/token_command.h"
 
 #include "admin/server_command.h"
-#include "cli/console/arguments.h"
-#include "cli/console/usage.h"
+#include "console/arguments.h"
+#include "console/usage.h"
 
 namespace quorvelle {
 

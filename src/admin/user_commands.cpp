@@ -3,8 +3,8 @@
 #include "admin/membership.h"
 #include "admin/roles.h"
 #include "admin/server_command.h"
-#include "cli/console/arguments.h"
-#include "cli/console/usage.h"
+#include "console/arguments.h"
+#include "console/usage.h"
 
 namespace quorvelle {
 

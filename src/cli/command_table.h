@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cli/console/command.h"
+#include "console/command.h"
 
 namespace quorvelle {
 

@@ -2,12 +2,12 @@
 
 #include <QDir>
 
-#include "cli/console/exit_code.h"
-#include "cli/console/output.h"
-#include "cli/console/usage.h"
 #include "client/config_document.h"
 #include "client/config_file.h"
 #include "client/subscription.h"
+#include "console/exit_code.h"
+#include "console/output.h"
+#include "console/usage.h"
 
 namespace quorvelle {
 

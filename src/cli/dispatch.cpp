@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "cli/console/arguments.h"
-#include "cli/console/output.h"
-#include "cli/console/usage.h"
+#include "console/arguments.h"
+#include "console/output.h"
+#include "console/usage.h"
 
 namespace quorvelle {
 

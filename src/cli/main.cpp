@@ -1,9 +1,9 @@
 #include <QCoreApplication>
 
 #include "cli/command_table.h"
-#include "cli/console/console.h"
-#include "cli/console/usage.h"
 #include "cli/dispatch.h"
+#include "console/console.h"
+#include "console/usage.h"
 #include "source_version.h"
 #include "tide/engine.h"
 

@@ -2,11 +2,11 @@
 
 #include <QDir>
 
-#include "cli/console/exit_code.h"
-#include "cli/console/output.h"
 #include "client/config_document.h"
 #include "client/config_file.h"
 #include "client/subscription.h"
+#include "console/exit_code.h"
+#include "console/output.h"
 
 namespace quorvelle {
 

@@ -2,8 +2,8 @@
 
 #include <QCoreApplication>
 
-#include "cli/console/exit_code.h"
-#include "cli/console/output.h"
+#include "console/exit_code.h"
+#include "console/output.h"
 
 namespace quorvelle {
 

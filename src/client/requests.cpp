@@ -7,9 +7,9 @@
 #include <QPointer>
 #include <utility>
 
-#include "cli/console/output.h"
 #include "client/http_exchange.h"
 #include "client/server_option.h"
+#include "console/output.h"
 
 namespace quorvelle {
 

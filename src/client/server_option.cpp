@@ -1,10 +1,10 @@
 #include "client/server_option.h"
 
-#include "cli/console/arguments.h"
-#include "cli/console/output.h"
 #include "client/config_document.h"
 #include "client/config_file.h"
 #include "client/url.h"
+#include "console/arguments.h"
+#include "console/output.h"
 
 namespace quorvelle {
 

@@ -2,12 +2,12 @@
 
 #include <QDir>
 
-#include "cli/console/arguments.h"
-#include "cli/console/exit_code.h"
-#include "cli/console/output.h"
-#include "cli/console/usage.h"
 #include "client/config_document.h"
 #include "client/config_file.h"
+#include "console/arguments.h"
+#include "console/exit_code.h"
+#include "console/output.h"
+#include "console/usage.h"
 #include "launch/admin_targets.h"
 #include "launch/launch_spec.h"
 #include "launch/launch_target.h"

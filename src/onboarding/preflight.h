@@ -3,7 +3,7 @@
 #include <QString>
 #include <optional>
 
-#include "cli/console/exit_code.h"
+#include "console/exit_code.h"
 #include "onboarding/cloudflare_api.h"
 
 /// What a run finds out at Cloudflare before it changes anything.

@@ -5,12 +5,12 @@
 #include <QRandomGenerator>
 #include <QTimer>
 
-#include "cli/console/arguments.h"
-#include "cli/console/exit_code.h"
-#include "cli/console/output.h"
-#include "cli/console/usage.h"
 #include "client/addresses.h"
 #include "client/server_option.h"
+#include "console/arguments.h"
+#include "console/exit_code.h"
+#include "console/output.h"
+#include "console/usage.h"
 #include "onboarding/bucket_rules.h"
 #include "onboarding/interrupts.h"
 #include "onboarding/operator_token.h"

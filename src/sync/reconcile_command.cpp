@@ -3,9 +3,9 @@
 #include <QEventLoop>
 #include <QJsonArray>
 
-#include "cli/console/exit_code.h"
-#include "cli/console/output.h"
 #include "client/config_file.h"
+#include "console/exit_code.h"
+#include "console/output.h"
 #include "sync/reconciler.h"
 
 namespace quorvelle {

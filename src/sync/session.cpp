@@ -2,9 +2,9 @@
 
 #include <QStringList>
 
-#include "cli/console/output.h"
 #include "client/config_document.h"
 #include "client/config_file.h"
+#include "console/output.h"
 
 namespace quorvelle {
 

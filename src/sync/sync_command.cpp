@@ -3,12 +3,12 @@
 #include <QEventLoop>
 #include <algorithm>
 
-#include "cli/console/arguments.h"
-#include "cli/console/exit_code.h"
-#include "cli/console/output.h"
-#include "cli/console/usage.h"
 #include "client/config_document.h"
 #include "client/config_file.h"
+#include "console/arguments.h"
+#include "console/exit_code.h"
+#include "console/output.h"
+#include "console/usage.h"
 #include "sync/syncer.h"
 
 namespace quorvelle {

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "cli/console/output.h"
+#include "console/output.h"
 #include "support/notation.h"
 
 namespace quorvelle::testing {

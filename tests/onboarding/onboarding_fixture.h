@@ -5,7 +5,7 @@
 #include <map>
 #include <set>
 
-#include "cli/console/output.h"
+#include "console/output.h"
 #include "onboarding/storage_init_command.h"
 #include "support/fake_cloudflare.h"
 #include "support/notation.h"

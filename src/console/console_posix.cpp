@@ -5,8 +5,8 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "cli/console/console.h"
-#include "cli/console/output.h"
+#include "console/console.h"
+#include "console/output.h"
 
 namespace quorvelle {
 

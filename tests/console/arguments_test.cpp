@@ -1,4 +1,4 @@
-#include "cli/console/arguments.h"
+#include "console/arguments.h"
 
 #include <gmock/gmock.h>
 

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-#include "cli/console/command.h"
+#include "console/command.h"
 
 namespace quorvelle {
 

@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "cli/console/console.h"
-#include "cli/console/output.h"
+#include "console/console.h"
+#include "console/output.h"
 
 namespace quorvelle {
 

@@ -1,4 +1,4 @@
-#include "cli/console/output.h"
+#include "console/output.h"
 
 #include <QByteArray>
 #include <QJsonDocument>

@@ -1,9 +1,9 @@
-#include "cli/console/usage.h"
+#include "console/usage.h"
 
 #include <QCoreApplication>
 
-#include "cli/console/exit_code.h"
-#include "cli/console/output.h"
+#include "console/exit_code.h"
+#include "console/output.h"
 
 namespace quorvelle {
 

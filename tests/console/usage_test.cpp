@@ -1,4 +1,4 @@
-#include "cli/console/usage.h"
+#include "console/usage.h"
 
 #include <gmock/gmock.h>
 
