@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "files/utf8_path.h"
 #include "tide/chunker.h"
 #include "tide/local_index.h"
-#include "tide/utf8_path.h"
 
 /// One run of one function of the engine over what is on disk, for scripts that compare
 /// it with other programs:
@@ -36,13 +36,13 @@ int report(const std::function<std::size_t()>& run) {
 std::size_t countChunks(const char* file) {
     std::size_t chunks = 0;
     const bool whole = tide::chunkFile(
-        tide::utf8Path(file), {}, [&](const tide::Chunk&) { ++chunks; }, nullptr);
+        files::utf8Path(file), {}, [&](const tide::Chunk&) { ++chunks; }, nullptr);
     return whole ? chunks : 0;
 }
 
 std::size_t countIndexed(const char* directory, unsigned threads) {
     tide::LocalIndex index;
-    tide::buildLocalIndex(tide::utf8Path(directory), index, threads);
+    tide::buildLocalIndex(files::utf8Path(directory), index, threads);
     return index.size();
 }
 

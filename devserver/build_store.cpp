@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "data_folder.h"
+#include "files/safe_path.h"
 #include "names.h"
 
 namespace quorvelle::devserver {
@@ -73,7 +74,7 @@ std::optional<Refusal> BuildStore::refusalLocked(const QString& build, const QSt
     if (!fileNameFor(build)) {
         return Refusal{400, "the build id is too long"};
     }
-    if (!isSafePath(path)) {
+    if (!files::isSafeRelativePath(path.toStdString())) {
         return Refusal{400, QString("'%1' is not a safe file path").arg(path)};
     }
     if (finalized_.contains(build)) {
@@ -177,7 +178,7 @@ Reply BuildStore::file(const QString& build, const QString& path) const {
         return unknownBuild(build);
     }
     const QString file = folder_.filePath(*fileNameFor(build) + "/files/" + path);
-    if (!isSafePath(path) || !QFileInfo(file).isFile()) {
+    if (!files::isSafeRelativePath(path.toStdString()) || !QFileInfo(file).isFile()) {
         return Refusal{404, QString("no file '%1' in build '%2'").arg(path, build)};
     }
     return FileBytes{file};

@@ -1,13 +1,10 @@
 #include "names.h"
 
 #include <QStringDecoder>
-#include <algorithm>
 
 namespace quorvelle::devserver {
 namespace {
 
-constexpr qsizetype kMaxPathLength = 1024;
-constexpr qsizetype kMaxPartBytes = 255;
 // Leaves room for a suffix below the usual limit of 255 bytes.
 constexpr qsizetype kMaxFileNameLength = 240;
 
@@ -56,17 +53,6 @@ std::optional<QString> fileNameFor(const QString& name) {
         return std::nullopt;
     }
     return QString::fromLatin1(encoded);
-}
-
-bool isSafePath(const QString& path) {
-    if (path.size() > kMaxPathLength || path.contains('\\') || path.contains(QChar(0))) {
-        return false;
-    }
-    const QStringList parts = path.split('/');
-    return std::none_of(parts.begin(), parts.end(), [](const QString& part) {
-        return part.isEmpty() || part == "." || part == ".." ||
-               part.toUtf8().size() > kMaxPartBytes;
-    });
 }
 
 }  // namespace quorvelle::devserver

@@ -26,8 +26,4 @@ std::optional<Target> parseTarget(const std::string& raw);
 /// the name is too long for a file system to hold.
 std::optional<QString> fileNameFor(const QString& name);
 
-/// Whether a file's path within a build stays within it on every platform the
-/// client runs on.
-bool isSafePath(const QString& path);
-
 }  // namespace quorvelle::devserver

@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "client/config_document.h"
-#include "client/save_file.h"
+#include "files/save_file.h"
 
 namespace quorvelle::config {
 

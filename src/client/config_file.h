@@ -3,7 +3,7 @@
 #include <QJsonObject>
 #include <QString>
 
-#include "client/process_lock.h"
+#include "files/process_lock.h"
 
 /// The client's one configuration file, config.json: indented JSON in UTF-8,
 /// readable by its owner alone. Its document is described in config_document.h.

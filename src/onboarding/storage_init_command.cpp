@@ -11,11 +11,11 @@
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "files/secret_file.h"
 #include "onboarding/bucket_rules.h"
 #include "onboarding/interrupts.h"
 #include "onboarding/operator_token.h"
 #include "onboarding/report.h"
-#include "onboarding/secret_file.h"
 
 namespace quorvelle {
 

@@ -4,7 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include "client/save_file.h"
+#include "files/save_file.h"
 #include "sync/state_folder.h"
 
 namespace quorvelle {

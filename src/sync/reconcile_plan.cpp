@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "client/config_document.h"
-#include "sync/safe_path.h"
+#include "files/safe_path.h"
 
 namespace quorvelle {
 
@@ -13,7 +13,7 @@ namespace {
 constexpr int kDefaultSetting = -1;
 
 bool canBeFolderName(const QString& channel) {
-    return isSafeRelativePath(channel) && !channel.contains(u'/') && staysInside(channel) &&
+    return files::isSafeRelativePath(channel.toStdString()) && !channel.contains(u'/') &&
            // The folder beside the install directories that holds their state.
            channel.compare(QStringLiteral(".quorvelle"), Qt::CaseInsensitive) != 0;
 }

@@ -3,7 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include "sync/file_tree.h"
+#include "files/file_tree.h"
 
 namespace quorvelle {
 

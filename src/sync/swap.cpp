@@ -2,8 +2,8 @@
 
 #include <QFile>
 
-#include "client/save_file.h"
-#include "sync/file_tree.h"
+#include "files/file_tree.h"
+#include "files/save_file.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "client/server_option.h"
-#include "sync/file_tree.h"
+#include "files/file_tree.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
 #include "sync/swap.h"

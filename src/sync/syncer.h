@@ -10,9 +10,9 @@
 #include <optional>
 
 #include "client/http_exchange.h"
-#include "client/process_lock.h"
-#include "client/save_file.h"
 #include "client/url.h"
+#include "files/process_lock.h"
+#include "files/save_file.h"
 #include "sync/tide_job.h"
 
 namespace quorvelle {

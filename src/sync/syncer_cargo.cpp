@@ -1,9 +1,9 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include "sync/file_tree.h"
+#include "files/file_tree.h"
+#include "files/safe_path.h"
 #include "sync/markers.h"
-#include "sync/safe_path.h"
 #include "sync/state_folder.h"
 #include "sync/syncer.h"
 
@@ -68,7 +68,7 @@ void Syncer::fetchNextFile() {
         return;
     }
     const QString path = pathOf(files.at(fileIndex));
-    if (!isSafeRelativePath(path) || !staysInside(path)) {
+    if (!files::isSafeRelativePath(path.toStdString())) {
         endFailed(named(QStringLiteral("manifest contains an unsafe path: %1").arg(path)));
         return;
     }

@@ -4,8 +4,8 @@
 #include <QtConcurrent/QtConcurrentRun>
 #include <utility>
 
-#include "client/save_file.h"
-#include "sync/file_tree.h"
+#include "files/file_tree.h"
+#include "files/save_file.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
 #include "sync/syncer.h"

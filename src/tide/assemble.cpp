@@ -7,15 +7,15 @@
 #include <utility>
 #include <vector>
 
+#include "files/disk.h"
+#include "files/utf8_path.h"
 #include "tide/chunk_reader.h"
 #include "tide/chunk_source.h"
-#include "tide/disk.h"
 #include "tide/error.h"
 #include "tide/local_index.h"
 #include "tide/manifest.h"
 #include "tide/part_file.h"
 #include "tide/target_tree.h"
-#include "tide/utf8_path.h"
 
 namespace tide {
 
@@ -56,7 +56,7 @@ public:
 private:
     bool assemble(const ManifestFile& file, std::string* err) {
         if (!target.makeWay(file)) {
-            return fail(err, "cannot open ", utf8Text(target.part(file)));
+            return fail(err, "cannot open ", files::utf8Text(target.part(file)));
         }
         const bool inPlace = holdsFile(target.destination(file), file);
         if (inPlace || shareUnchanged(file)) {
@@ -77,20 +77,20 @@ private:
     /// Makes the part a second name of the same file in the reuse directory, when that
     /// holds all its bytes.
     bool shareUnchanged(const ManifestFile& file) {
-        const fs::path unchanged = reuse / utf8Path(file.path);
+        const fs::path unchanged = reuse / files::utf8Path(file.path);
         if (!sharing || reuse.empty() || !source.indexKnowsAll(file) ||
             !holdsFile(unchanged, file)) {
             return false;
         }
         keepLeftover(file);
-        sharing = shareFile(unchanged, target.part(file));
+        sharing = files::shareFile(unchanged, target.part(file));
         return sharing;
     }
 
     bool write(const ManifestFile& file, std::string* err) {
         std::vector<fs::path> lookalikes{target.destination(file)};
         if (!reuse.empty()) {
-            lookalikes.push_back(reuse / utf8Path(file.path));
+            lookalikes.push_back(reuse / files::utf8Path(file.path));
         }
         const LeadingChunks kept = resumable(file);
         if (kept.count == 0) {
@@ -101,7 +101,7 @@ private:
         PartFile part = kept.count > 0 ? PartFile::resume(target.part(file), kept.bytes)
                                        : PartFile::create(target.part(file));
         if (!part.isOpen()) {
-            return fail(err, "cannot open ", utf8Text(target.part(file)));
+            return fail(err, "cannot open ", files::utf8Text(target.part(file)));
         }
         for (std::size_t i = 0; i < kept.count; ++i) {
             report(file.chunks[i]);
@@ -117,7 +117,7 @@ private:
                 return false;
             }
             if (!part.append(bytes)) {
-                return fail(err, "write failed for ", utf8Text(target.destination(file)));
+                return fail(err, "write failed for ", files::utf8Text(target.destination(file)));
             }
             report(file.chunks[i]);
         }
@@ -125,7 +125,7 @@ private:
     }
 
     bool finish(const ManifestFile& file, PartFile& part, std::string* err) {
-        const std::string name = utf8Text(target.destination(file));
+        const std::string name = files::utf8Text(target.destination(file));
         if (!part.close()) {
             return fail(err, "write failed for ", name);
         }
@@ -137,11 +137,11 @@ private:
     /// chunks, or when writing into it would write into another file.
     LeadingChunks resumable(const ManifestFile& file) const {
         const fs::path part = target.part(file);
-        if (!isUnsharedFile(part)) {
+        if (!files::isUnsharedFile(part)) {
             return {};
         }
         const LeadingChunks leading = leadingChunks(part, file.chunks);
-        const std::uint64_t size = fileSize(part).value_or(0);
+        const std::uint64_t size = files::fileSize(part).value_or(0);
         const bool torn = leading.count < file.chunks.size() && size > leading.bytes &&
                           size - leading.bytes < file.chunks[leading.count].length;
         return torn || size == leading.bytes ? leading : LeadingChunks{};
@@ -151,7 +151,7 @@ private:
     /// still serve. Returns its new name; empty when there was none.
     fs::path keepLeftover(const ManifestFile& file) {
         const fs::path part = target.part(file);
-        if (entryKind(part) == EntryKind::kNothing) {
+        if (files::entryKind(part) == files::EntryKind::kNothing) {
             return {};
         }
         fs::path aside = target.setAside(part);
@@ -172,8 +172,8 @@ private:
     bool flushAll(std::string* err) const {
         for (const ManifestFile& file : files) {
             const fs::path path = target.destination(file);
-            if (!flushToDisk(path)) {
-                return fail(err, "write failed for ", utf8Text(path));
+            if (!files::flushToDisk(path)) {
+                return fail(err, "write failed for ", files::utf8Text(path));
             }
         }
         return true;
@@ -209,8 +209,8 @@ bool downloadAndAssemble(StorageProvider& provider, const std::string& channel,
         !readManifestFiles(manifest, files, err)) {
         return false;
     }
-    const TargetTree target(utf8Path(targetDirectory), files);
-    const fs::path reuse = utf8Path(reuseDirectory);
+    const TargetTree target(files::utf8Path(targetDirectory), files);
+    const fs::path reuse = files::utf8Path(reuseDirectory);
     LocalIndex index;
     buildLocalIndex(target.root(), index);
     if (!reuse.empty()) {

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string_view>
 
+#include "files/disk.h"
 #include "tide/blake3_hash.h"
-#include "tide/disk.h"
 #include "tide/limits.h"
 
 namespace tide {
@@ -17,9 +17,9 @@ constexpr std::uint64_t kBlock = std::uint64_t{1} << 20;
 }  // namespace
 
 ChunkReader::ChunkReader(const std::filesystem::path& file) {
-    if (const std::optional<std::uint64_t> found = fileSize(file); found) {
+    if (const std::optional<std::uint64_t> found = files::fileSize(file); found) {
         size = *found;
-        stream.open(openable(file), std::ios::binary);
+        stream.open(files::openable(file), std::ios::binary);
     }
 }
 
@@ -71,7 +71,7 @@ LeadingChunks leadingChunks(const std::filesystem::path& file,
 }
 
 bool holdsFile(const std::filesystem::path& path, const ManifestFile& file) {
-    if (entryKind(path) != EntryKind::kFile || fileSize(path) != file.size) {
+    if (files::entryKind(path) != files::EntryKind::kFile || files::fileSize(path) != file.size) {
         return false;
     }
     const LeadingChunks found = leadingChunks(path, file.chunks);

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
+#include "files/disk.h"
+#include "files/utf8_path.h"
 #include "tide/blake3_hash.h"
-#include "tide/disk.h"
 #include "tide/error.h"
-#include "tide/utf8_path.h"
 
 namespace tide {
 
@@ -110,16 +110,16 @@ bool chunkFile(const std::filesystem::path& file, const ChunkerParameters& param
     if (parameters.maximum == 0 || parameters.maximum < parameters.minimum) {
         return fail(err, "bad chunker parameters");
     }
-    std::ifstream stream(openable(file), std::ios::binary);
+    std::ifstream stream(files::openable(file), std::ios::binary);
     if (!stream.is_open()) {
-        return fail(err, "cannot open ", utf8Text(file));
+        return fail(err, "cannot open ", files::utf8Text(file));
     }
     Cutter cutter(parameters, callback, scan);
     std::vector<char> block(kReadSize);
     while (!stream.eof()) {
         stream.read(block.data(), static_cast<std::streamsize>(block.size()));
         if (stream.bad()) {
-            return fail(err, "read error on ", utf8Text(file));
+            return fail(err, "read error on ", files::utf8Text(file));
         }
         cutter.add(std::string_view(block.data(), static_cast<std::size_t>(stream.gcount())));
     }

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "files/disk.h"
 #include "tide/chunker.h"
-#include "tide/disk.h"
 
 namespace tide {
 
@@ -25,12 +25,12 @@ struct Candidate {
 };
 
 void findFilesBelow(const std::filesystem::path& directory, std::vector<Candidate>& found) {
-    for (const std::filesystem::path& entry : entriesOf(directory)) {
-        const EntryKind kind = entryKind(entry);
-        if (kind == EntryKind::kDirectory) {
+    for (const std::filesystem::path& entry : files::entriesOf(directory)) {
+        const files::EntryKind kind = files::entryKind(entry);
+        if (kind == files::EntryKind::kDirectory) {
             findFilesBelow(entry, found);
-        } else if (kind == EntryKind::kFile) {
-            found.push_back(Candidate{entry, fileSize(entry).value_or(0)});
+        } else if (kind == files::EntryKind::kFile) {
+            found.push_back(Candidate{entry, files::fileSize(entry).value_or(0)});
         }
     }
 }

@@ -2,9 +2,9 @@
 #include <unordered_set>
 #include <utility>
 
+#include "files/safe_path.h"
 #include "tide/error.h"
 #include "tide/manifest.h"
-#include "tide/safe_path.h"
 
 namespace tide {
 
@@ -37,7 +37,7 @@ public:
     // The name that was taken before, or an empty one.
     std::string take(const std::string& path) {
         for (const std::string& name : {path, path + ".part"}) {
-            if (!names.insert(comparablePath(name)).second) {
+            if (!names.insert(files::comparablePath(name)).second) {
                 return name;
             }
         }
@@ -54,7 +54,7 @@ bool readFiles(const Json::Value& list, std::vector<ManifestFile>& files, std::s
     for (const Json::Value& entry : list) {
         ManifestFile file{entry["path"].asString(), unsignedOf(entry["size"]),
                           readChunks(entry["chunks"])};
-        if (!isSafePath(file.path)) {
+        if (!files::isSafeRelativePath(file.path)) {
             return fail(err, "manifest contains an unsafe path: ", file.path);
         }
         if (const std::string twice = taken.take(file.path); !twice.empty()) {

@@ -2,12 +2,12 @@
 
 #include <optional>
 
-#include "tide/disk.h"
+#include "files/disk.h"
 
 namespace tide {
 
 PartFile::PartFile(const std::filesystem::path& file, std::ios::openmode mode, std::uint64_t kept)
-    : path(file), stream(openable(file), mode | std::ios::binary), written(kept) {
+    : path(file), stream(files::openable(file), mode | std::ios::binary), written(kept) {
     stream.seekp(static_cast<std::streamoff>(kept));
 }
 
@@ -30,8 +30,8 @@ bool PartFile::close() {
     if (stream.fail()) {
         return false;
     }
-    const std::optional<std::uint64_t> size = fileSize(path);
-    return size && (*size <= written || truncateFile(path, written));
+    const std::optional<std::uint64_t> size = files::fileSize(path);
+    return size && (*size <= written || files::truncateFile(path, written));
 }
 
 }  // namespace tide

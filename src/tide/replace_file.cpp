@@ -2,23 +2,23 @@
 
 #include <system_error>
 
-#include "tide/disk.h"
+#include "files/disk.h"
+#include "files/utf8_path.h"
 #include "tide/error.h"
-#include "tide/utf8_path.h"
 
 namespace tide {
 
 bool replaceFile(const std::filesystem::path& from, const std::filesystem::path& to, int attempts,
                  const InUseCallback& inUse, const Sleep& sleep, std::string* err) {
-    std::error_code error = renameEntry(from, to);
+    std::error_code error = files::renameEntry(from, to);
     for (int attempt = 1; error && attempt <= attempts; ++attempt) {
         if (inUse) {
-            inUse(utf8Text(to), attempt, attempts);
+            inUse(files::utf8Text(to), attempt, attempts);
         }
         sleep(std::chrono::seconds(1));
-        error = renameEntry(from, to, WhenInUse::kFail);
+        error = files::renameEntry(from, to, files::WhenInUse::kFail);
     }
-    return !error || fail(err, "'", utf8Text(to), "' is in use - could not replace it (",
+    return !error || fail(err, "'", files::utf8Text(to), "' is in use - could not replace it (",
                           error.message(), ")");
 }
 

@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "tide/disk.h"
+#include "files/disk.h"
+#include "files/safe_path.h"
+#include "files/utf8_path.h"
 #include "tide/error.h"
-#include "tide/safe_path.h"
-#include "tide/utf8_path.h"
 
 namespace tide {
 
@@ -29,13 +29,15 @@ std::vector<std::string> foldersAbove(const std::string& path) {
 
 /// Leaves at the path a regular file or nothing.
 bool clearForFile(const fs::path& path) {
-    const EntryKind kind = entryKind(path);
-    return kind == EntryKind::kNothing || kind == EntryKind::kFile || removeTree(path);
+    const files::EntryKind kind = files::entryKind(path);
+    return kind == files::EntryKind::kNothing || kind == files::EntryKind::kFile ||
+           files::removeTree(path);
 }
 
 bool ensureFolder(const fs::path& path) {
-    return isRealDirectory(path) ||
-           (removeTree(path) && (makeDirectory(path) || isRealDirectory(path)));
+    return files::isRealDirectory(path) ||
+           (files::removeTree(path) &&
+            (files::makeDirectory(path) || files::isRealDirectory(path)));
 }
 
 }  // namespace
@@ -43,29 +45,29 @@ bool ensureFolder(const fs::path& path) {
 TargetTree::TargetTree(fs::path targetDirectory, const std::vector<ManifestFile>& files)
     : directory(std::move(targetDirectory)) {
     for (const ManifestFile& file : files) {
-        const std::string path = comparablePath(file.path);
+        const std::string path = files::comparablePath(file.path);
         for (std::string& folder : foldersAbove(path)) {
             folders.insert(std::move(folder));
         }
-        parts.insert(comparablePath(file.path + std::string(kPartSuffix)));
+        parts.insert(files::comparablePath(file.path + std::string(kPartSuffix)));
         listed.insert(path);
     }
 }
 
 fs::path TargetTree::destination(const ManifestFile& file) const {
-    return directory / utf8Path(file.path);
+    return directory / files::utf8Path(file.path);
 }
 
 fs::path TargetTree::part(const ManifestFile& file) const {
-    return directory / utf8Path(file.path + std::string(kPartSuffix));
+    return directory / files::utf8Path(file.path + std::string(kPartSuffix));
 }
 
 bool TargetTree::makeWay(const ManifestFile& file) const {
-    makeDirectories(directory);
+    files::makeDirectories(directory);
     for (const std::string& folder : foldersAbove(file.path)) {
-        const std::string name = comparablePath(folder);
+        const std::string name = files::comparablePath(folder);
         if (listed.contains(name) || parts.contains(name) ||
-            !ensureFolder(directory / utf8Path(folder))) {
+            !ensureFolder(directory / files::utf8Path(folder))) {
             return false;
         }
     }
@@ -77,15 +79,15 @@ fs::path TargetTree::setAside(const fs::path& leftover) const {
         const std::string name = "leftover-" + std::to_string(number);
         fs::path aside = directory / name;
         if (listed.contains(name) || parts.contains(name) || folders.contains(name) ||
-            entryKind(aside) != EntryKind::kNothing) {
+            files::entryKind(aside) != files::EntryKind::kNothing) {
             continue;
         }
-        if (!renameEntry(leftover, aside)) {
+        if (!files::renameEntry(leftover, aside)) {
             return aside;
         }
         break;
     }
-    removeTree(leftover);
+    files::removeTree(leftover);
     return {};
 }
 
@@ -94,15 +96,15 @@ bool TargetTree::removeStrays(std::string* err) const {
 }
 
 bool TargetTree::sweep(const fs::path& folder, const std::string& prefix, std::string* err) const {
-    for (const fs::path& entry : entriesOf(folder)) {
-        const std::string path = comparablePath(prefix + utf8Text(entry.filename()));
-        const bool inside = folders.contains(path) && isRealDirectory(entry);
+    for (const fs::path& entry : files::entriesOf(folder)) {
+        const std::string path = files::comparablePath(prefix + files::utf8Text(entry.filename()));
+        const bool inside = folders.contains(path) && files::isRealDirectory(entry);
         if (inside) {
             if (!sweep(entry, path + "/", err)) {
                 return false;
             }
-        } else if (!listed.contains(path) && !removeTree(entry)) {
-            return fail(err, "cannot remove ", utf8Text(entry));
+        } else if (!listed.contains(path) && !files::removeTree(entry)) {
+            return fail(err, "cannot remove ", files::utf8Text(entry));
         }
     }
     return true;

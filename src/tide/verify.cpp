@@ -4,10 +4,10 @@
 #include <optional>
 #include <vector>
 
+#include "files/disk.h"
+#include "files/utf8_path.h"
 #include "tide/chunk_reader.h"
-#include "tide/disk.h"
 #include "tide/manifest.h"
-#include "tide/utf8_path.h"
 
 namespace tide {
 
@@ -39,7 +39,7 @@ Verdict hashFile(const std::filesystem::path& path, const ManifestFile& file) {
 }
 
 Verdict checkFile(const std::filesystem::path& path, const ManifestFile& file, bool quick) {
-    const std::optional<std::uint64_t> size = fileSize(path);
+    const std::optional<std::uint64_t> size = files::fileSize(path);
     if (!size) {
         return {"missing"};
     }
@@ -58,11 +58,11 @@ bool verifyFiles(const std::string& installDirectory, const Json::Value& manifes
     if (!readManifestFiles(manifest, files, err)) {
         return false;
     }
-    const std::filesystem::path directory = utf8Path(installDirectory);
+    const std::filesystem::path directory = files::utf8Path(installDirectory);
     std::uint64_t done = 0;
     std::uint64_t bytes = 0;
     for (const ManifestFile& file : files) {
-        const Verdict verdict = checkFile(directory / utf8Path(file.path), file, quick);
+        const Verdict verdict = checkFile(directory / files::utf8Path(file.path), file, quick);
         if (!verdict.problem.empty() && issue) {
             issue(file.path, verdict.problem);
         }

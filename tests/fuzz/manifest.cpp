@@ -3,10 +3,10 @@
 #include <filesystem>
 #include <set>
 
+#include "files/utf8_path.h"
 #include "fuzz/promise.h"
 #include "fuzz/targets.h"
 #include "tide/error.h"
-#include "tide/utf8_path.h"
 
 namespace tide::fuzz {
 
@@ -42,8 +42,8 @@ void expectSafeNames(const std::vector<ManifestFile>& files) {
     const std::filesystem::path root = "/root";
     std::set<std::string> paths;
     for (const ManifestFile& file : files) {
-        const std::filesystem::path joined = (root / utf8Path(file.path)).lexically_normal();
-        expect(joined == utf8Path("/root/" + file.path),
+        const std::filesystem::path joined = (root / files::utf8Path(file.path)).lexically_normal();
+        expect(joined == files::utf8Path("/root/" + file.path),
                "a path names one place below the directory");
         expect(paths.insert(file.path).second, "paths are distinct");
     }

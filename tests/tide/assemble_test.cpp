@@ -89,7 +89,7 @@ TEST_F(AssemblyTest, AFileWhereAFolderIsNeededFailsInEitherOrder) {
     for (const Build& build : orders) {
         bucket.publish(build);
         EXPECT_FALSE(assemble());
-        EXPECT_EQ(err, "cannot open " + utf8Text(staging() / "a/b.part"));
+        EXPECT_EQ(err, "cannot open " + files::utf8Text(staging() / "a/b.part"));
     }
 }
 
@@ -97,7 +97,7 @@ TEST_F(AssemblyTest, AFileInUseEndsTheRunAndKeepsItsPlace) {
     bucket.publish({{"f", {"1"}}});
     onChunk = [&](std::uint64_t) { writeFile(staging() / "f/busy", ""); };
     EXPECT_FALSE(assemble());
-    EXPECT_THAT(err, ::testing::StartsWith("'" + utf8Text(staging() / "f") +
+    EXPECT_THAT(err, ::testing::StartsWith("'" + files::utf8Text(staging() / "f") +
                                            "' is in use - could not replace it ("));
     EXPECT_TRUE(fs::exists(staging() / "f/busy"));
 }
@@ -119,7 +119,7 @@ TEST_F(AssemblyTest, EachFailureHasItsText) {
         std::string text;
     };
     const std::string id = blake3Hex("second");
-    const std::string file = utf8Text(staging() / "f");
+    const std::string file = files::utf8Text(staging() / "f");
     const std::string corrupt = "chunk " + id + " failed to decode/verify (corrupt or tampered)";
     const Row rows[] = {
         {"wrong bytes", [](Json::Value&, std::string& object) { object = "Second"; }, corrupt},

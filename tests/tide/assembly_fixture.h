@@ -17,7 +17,7 @@ protected:
         progress.clear();
         bucket.fetched.clear();
         const bool ok = downloadAndAssemble(
-            bucket, "app", utf8Text(staging()), "", "", "", urls,
+            bucket, "app", files::utf8Text(staging()), "", "", "", urls,
             [&](std::uint64_t done, std::uint64_t all, std::int64_t bytes) {
                 progress.push_back(std::to_string(done) + "/" + std::to_string(all) + " " +
                                    std::to_string(bytes));
@@ -25,7 +25,7 @@ protected:
                     onChunk(done);
                 }
             },
-            {}, maxReplaceAttempts, utf8Text(temp / "install"), &err);
+            {}, maxReplaceAttempts, files::utf8Text(temp / "install"), &err);
         EXPECT_EQ(ok, err.empty());
         return ok;
     }
@@ -34,7 +34,7 @@ protected:
     void expectAssembled(const Build& build) const {
         std::set<std::string> files;
         for (const auto& [path, chunks] : build) {
-            EXPECT_TRUE(readFile(staging() / utf8Path(path)) == joined(chunks)) << path;
+            EXPECT_TRUE(readFile(staging() / files::utf8Path(path)) == joined(chunks)) << path;
             for (std::size_t slash = path.find('/'); slash != std::string::npos;
                  slash = path.find('/', slash + 1)) {
                 files.insert(path.substr(0, slash + 1));

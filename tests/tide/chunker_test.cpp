@@ -121,11 +121,11 @@ TEST(ChunkerTest, SaysWhyItFailed) {
     const TempDir temp;
     fs::create_directory(temp / "folder");
     writeFile(temp / "f", "x");
-    const std::string folder = utf8Text(temp / "folder");
+    const std::string folder = files::utf8Text(temp / "folder");
     const auto ignore = [](const Chunk&) {};
     std::string err;
     EXPECT_FALSE(chunkFile(temp / "none", {}, ignore, &err));
-    EXPECT_EQ(err, "cannot open " + utf8Text(temp / "none"));
+    EXPECT_EQ(err, "cannot open " + files::utf8Text(temp / "none"));
     EXPECT_FALSE(chunkFile(temp / "folder", {}, ignore, &err));
     EXPECT_TRUE(err == "read error on " + folder || err == "cannot open " + folder) << err;
     EXPECT_FALSE(chunkFile(temp / "f", {8, 8, 4}, ignore, &err));

@@ -1,6 +1,6 @@
 #include "assembly_fixture.h"
+#include "files/safe_path.h"
 #include "tide/local_index.h"
-#include "tide/safe_path.h"
 #include "tide/verify.h"
 
 namespace tide {
@@ -54,9 +54,9 @@ TEST_F(AssemblyTest, LinksInStagingGoAndWhatTheyLeadToStays) {
 }
 
 TEST(PathRules, TellCaseApartAndKnowNoReservedNames) {
-    EXPECT_NE(comparablePath("a"), comparablePath("A"));
+    EXPECT_NE(files::comparablePath("a"), files::comparablePath("A"));
     for (const char* path : {"...", "a:b", "nul", "a."}) {
-        EXPECT_TRUE(isSafePath(path)) << path;
+        EXPECT_TRUE(files::isSafeRelativePath(path)) << path;
     }
 }
 
@@ -81,7 +81,7 @@ TEST(VerifyLinks, CountAsWhatTheyLeadTo) {
     const auto manifest = testing::manifestOf({{"good", {"firstsecond"}}, {"dangling", {"x"}}});
     for (const bool quick : {true, false}) {
         EXPECT_TRUE(verifyFiles(
-            utf8Text(temp / "install"), manifest, {},
+            files::utf8Text(temp / "install"), manifest, {},
             [&](const std::string& path, const std::string& problem) {
                 issues.push_back(path + ": " + problem);
             },

@@ -16,7 +16,7 @@ using testing::writeFile;
 std::string placeOf(const LocalIndex& index, const std::string& bytes) {
     const auto found = index.find(blake3Hex(bytes));
     return found == index.end() ? "nowhere"
-                                : utf8Text(found->second.file.filename()) + " " +
+                                : files::utf8Text(found->second.file.filename()) + " " +
                                       std::to_string(found->second.offset) + "+" +
                                       std::to_string(found->second.length);
 }

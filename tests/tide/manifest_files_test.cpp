@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <json/writer.h>
 
+#include "files/safe_path.h"
 #include "tide/manifest.h"
-#include "tide/safe_path.h"
 
 namespace tide {
 namespace {
@@ -80,18 +80,18 @@ TEST(ManifestFiles, RefusesUnsafePaths) {
         EXPECT_EQ(verdictOn(R"([{"path": )" + list + "}]"),
                   "manifest contains an unsafe path: " + std::string(path));
     }
-    EXPECT_FALSE(isSafePath(std::string("a\0b", 3)));
-    EXPECT_TRUE(isSafePath(longest));
-    EXPECT_FALSE(isSafePath(longest + 'x'));
+    EXPECT_FALSE(files::isSafeRelativePath(std::string("a\0b", 3)));
+    EXPECT_TRUE(files::isSafeRelativePath(longest));
+    EXPECT_FALSE(files::isSafeRelativePath(longest + 'x'));
     // 1024 UTF-16 units: a letter of two bytes is one, a sign of four bytes is two.
     std::string signs = "êê";
     for (int i = 0; i < 511; ++i) {
         signs += "😀";
     }
-    EXPECT_TRUE(isSafePath(signs));
-    EXPECT_FALSE(isSafePath(signs + 'x'));
+    EXPECT_TRUE(files::isSafeRelativePath(signs));
+    EXPECT_FALSE(files::isSafeRelativePath(signs + 'x'));
     for (const char* path : {"a", "a/b/c.txt", ".hidden", "a..b/..c", "bêta/日本", "a b"}) {
-        EXPECT_TRUE(isSafePath(path)) << path;
+        EXPECT_TRUE(files::isSafeRelativePath(path)) << path;
     }
 }
 
@@ -99,10 +99,10 @@ TEST(ManifestFiles, KnowsTheNamesThatWindowsReserves) {
     for (const char* path :
          {"C:a", "a:stream", "d/a.", "d /a", "NUL", "d/nul.txt", "con", "com1", "LPT9.log",
           "COM\u00b9", "aux .txt", "CONOUT$", "a\tb", "a|b", "a?", "d/\x7f/prn/x"}) {
-        EXPECT_FALSE(isWindowsSafePath(path)) << path;
+        EXPECT_FALSE(files::isWindowsSafePath(path)) << path;
     }
     for (const char* path : {"nulls", "com", "com10", "comx", "lpt", "a.nul", "d/.x", "console"}) {
-        EXPECT_TRUE(isWindowsSafePath(path)) << path;
+        EXPECT_TRUE(files::isWindowsSafePath(path)) << path;
     }
 }
 

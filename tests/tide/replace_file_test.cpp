@@ -41,7 +41,7 @@ protected:
 };
 
 TEST_F(ReplaceFileTest, TriesAgainAfterASecondUntilTheFileIsFree) {
-    const std::string name = utf8Text(temp / "f");
+    const std::string name = files::utf8Text(temp / "f");
     EXPECT_TRUE(replace(5, [&](int attempt) {
         if (attempt == 2) {
             fs::remove_all(temp / "f");
@@ -55,7 +55,7 @@ TEST_F(ReplaceFileTest, TriesAgainAfterASecondUntilTheFileIsFree) {
 TEST_F(ReplaceFileTest, GivesUpAfterTheLastAttemptAndLeavesBothFiles) {
     EXPECT_FALSE(replace(2));
     EXPECT_EQ(events.size(), 4U);
-    EXPECT_THAT(err, ::testing::StartsWith("'" + utf8Text(temp / "f") +
+    EXPECT_THAT(err, ::testing::StartsWith("'" + files::utf8Text(temp / "f") +
                                            "' is in use - could not replace it ("));
     EXPECT_EQ(readFile(temp / "f.part"), "new");
     EXPECT_TRUE(fs::exists(temp / "f/busy"));

@@ -13,10 +13,10 @@
 #include <string>
 #include <vector>
 
+#include "files/utf8_path.h"
 #include "tide/blake3_hash.h"
 #include "tide/error.h"
 #include "tide/storage_provider.h"
-#include "tide/utf8_path.h"
 
 namespace tide::testing {
 
@@ -64,7 +64,9 @@ public:
     TempDir(const TempDir&) = delete;
     TempDir& operator=(const TempDir&) = delete;
 
-    fs::path operator/(const std::string& relative) const { return root / utf8Path(relative); }
+    fs::path operator/(const std::string& relative) const {
+        return root / files::utf8Path(relative);
+    }
 
     /// Every entry below a folder, "/"-separated, folders with a "/" at the end.
     std::set<std::string> entries(const std::string& folder) const {

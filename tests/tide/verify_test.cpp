@@ -38,7 +38,7 @@ protected:
     Check check(const Json::Value& manifest, bool quick) {
         Check result;
         result.ok = verifyFiles(
-            utf8Text(temp / "install"), manifest,
+            files::utf8Text(temp / "install"), manifest,
             [&](std::uint64_t done, std::uint64_t all, std::int64_t bytes) {
                 result.progress.push_back(std::to_string(done) + "/" + std::to_string(all) + " " +
                                           std::to_string(bytes));
@@ -131,7 +131,7 @@ TEST_F(VerifyTest, TheInstallIsComparedWithTheFetchedManifest) {
     std::string err;
     const auto verify = [&](const std::string& channel) {
         return verifyInstall(
-            bucket, channel, utf8Text(temp / "install"), "", "", "", {},
+            bucket, channel, files::utf8Text(temp / "install"), "", "", "", {},
             [&](const std::string& path, const std::string& problem) { issue = path + problem; },
             &err, false);
     };

@@ -1,9 +1,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "tide/disk.h"
+#include "files/disk.h"
 
-namespace tide {
+namespace files {
 
 namespace fs = std::filesystem;
 
@@ -93,4 +93,4 @@ bool shareFile(const fs::path& file, const fs::path& name) {
     return !error;
 }
 
-}  // namespace tide
+}  // namespace files

@@ -1,8 +1,8 @@
-#include "tide/utf8_path.h"
+#include "files/utf8_path.h"
 
 #include <system_error>
 
-namespace tide {
+namespace files {
 
 std::filesystem::path utf8Path(std::string_view text) {
     return std::filesystem::path(std::u8string(text.begin(), text.end()));
@@ -17,4 +17,4 @@ std::string utf8Text(const std::filesystem::path& path) {
     }
 }
 
-}  // namespace tide
+}  // namespace files

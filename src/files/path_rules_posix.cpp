@@ -1,8 +1,8 @@
-#include "tide/safe_path.h"
+#include "files/safe_path.h"
 
-namespace tide {
+namespace files {
 
-bool staysInside(std::string_view path) {
+bool isPlatformSafePath(std::string_view path) {
     return path.find('\0') == std::string_view::npos;
 }
 
@@ -10,4 +10,4 @@ std::string comparablePath(std::string_view path) {
     return std::string(path);
 }
 
-}  // namespace tide
+}  // namespace files

@@ -1,8 +1,8 @@
-#include "client/owner_only_win32.h"
-#include "onboarding/secret_file.h"
-#include "win32/files.h"
+#include "files/owner_only_win32.h"
+#include "files/secret_file.h"
+#include "files/win32.h"
 
-namespace quorvelle::onboarding {
+namespace quorvelle {
 
 struct SecretFile::Handle {
     std::wstring path;
@@ -27,7 +27,7 @@ bool SecretFile::open(const QString& path) {
         return false;
     }
     auto opened = std::make_unique<Handle>();
-    opened->path = win32::extendedPath(path.toStdWString());
+    opened->path = files::win32::extendedPath(path.toStdWString());
     opened->file = CreateFileW(opened->path.c_str(), GENERIC_WRITE | WRITE_DAC, 0,
                                access.attributes(), CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     // Otherwise there was a file, which kept its access list.
@@ -54,4 +54,4 @@ bool SecretFile::write(const QByteArray& text) {
     return CloseHandle(written->file) != 0 && stored;
 }
 
-}  // namespace quorvelle::onboarding
+}  // namespace quorvelle

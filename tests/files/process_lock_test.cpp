@@ -1,4 +1,4 @@
-#include "client/process_lock.h"
+#include "files/process_lock.h"
 
 #include <gmock/gmock.h>
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace tide {
+namespace files {
 
 /// The native path of UTF-8 text, "/" or the platform's separator between its parts. A
 /// narrow string must never become a path in any other way: on Windows that would read
@@ -15,4 +15,4 @@ std::filesystem::path utf8Path(std::string_view text);
 /// (Windows only) reads as empty.
 std::string utf8Text(const std::filesystem::path& path);
 
-}  // namespace tide
+}  // namespace files

@@ -1,4 +1,4 @@
-#include "client/save_file.h"
+#include "files/save_file.h"
 
 namespace quorvelle {
 

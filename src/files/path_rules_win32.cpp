@@ -1,8 +1,8 @@
 #include <windows.h>
 
-#include "tide/safe_path.h"
+#include "files/safe_path.h"
 
-namespace tide {
+namespace files {
 
 namespace {
 
@@ -27,7 +27,7 @@ std::string narrowed(const std::wstring& wide) {
 
 }  // namespace
 
-bool staysInside(std::string_view path) {
+bool isPlatformSafePath(std::string_view path) {
     return isWindowsSafePath(path) && !widened(path).empty();
 }
 
@@ -37,4 +37,4 @@ std::string comparablePath(std::string_view path) {
     return narrowed(wide);
 }
 
-}  // namespace tide
+}  // namespace files

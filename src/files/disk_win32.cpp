@@ -1,13 +1,12 @@
-#include "tide/disk.h"
+#include "files/disk.h"
 
-#include "win32/files.h"
+#include "files/win32.h"
 
-namespace tide {
+namespace files {
 
 namespace {
 
 namespace fs = std::filesystem;
-namespace win32 = quorvelle::win32;
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
@@ -148,4 +147,4 @@ bool shareFile(const fs::path&, const fs::path&) {
     return false;
 }
 
-}  // namespace tide
+}  // namespace files

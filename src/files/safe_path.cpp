@@ -1,8 +1,8 @@
-#include "tide/safe_path.h"
+#include "files/safe_path.h"
 
 #include <algorithm>
 
-namespace tide {
+namespace files {
 
 namespace {
 
@@ -64,17 +64,17 @@ bool isWindowsName(std::string_view part) {
 
 }  // namespace
 
-bool isSafePath(std::string_view path) {
+bool isSafeRelativePath(std::string_view path) {
     return utf16Length(path) <= kMostUnits && path.find('\\') == std::string_view::npos &&
            allParts(path,
                     [](std::string_view part) {
                         return !part.empty() && part != "." && part != "..";
                     }) &&
-           staysInside(path);
+           isPlatformSafePath(path);
 }
 
 bool isWindowsSafePath(std::string_view path) {
     return allParts(path, isWindowsName);
 }
 
-}  // namespace tide
+}  // namespace files

@@ -1,5 +1,5 @@
-#include "client/process_lock.h"
-#include "win32/files.h"
+#include "files/process_lock.h"
+#include "files/win32.h"
 
 namespace quorvelle {
 
@@ -32,7 +32,7 @@ ProcessLock::~ProcessLock() = default;
 
 ProcessLock::Outcome ProcessLock::take(const QString& path, bool wait) {
     release();
-    const std::wstring name = win32::extendedPath(path.toStdWString());
+    const std::wstring name = files::win32::extendedPath(path.toStdWString());
     HANDLE handle = INVALID_HANDLE_VALUE;
     DWORD error = 0;
     do {
@@ -41,7 +41,7 @@ ProcessLock::Outcome ProcessLock::take(const QString& path, bool wait) {
         }
         // A file that its last holder gave up a moment ago refuses to be opened until it
         // is gone; that is no sign of a holder.
-        error = win32::patiently([&] {
+        error = files::win32::patiently([&] {
             handle = openAlone(name);
             return handle != INVALID_HANDLE_VALUE || GetLastError() == ERROR_SHARING_VIOLATION;
         });

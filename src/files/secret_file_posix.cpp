@@ -4,9 +4,9 @@
 #include <QFile>
 #include <cerrno>
 
-#include "onboarding/secret_file.h"
+#include "files/secret_file.h"
 
-namespace quorvelle::onboarding {
+namespace quorvelle {
 
 namespace {
 
@@ -79,4 +79,4 @@ bool SecretFile::write(const QByteArray& text) {
     return written && ::close(written->descriptor) == 0 && stored;
 }
 
-}  // namespace quorvelle::onboarding
+}  // namespace quorvelle

@@ -9,7 +9,7 @@
 /// What differs between platforms about files, and how all code of the engine and of the
 /// sync touches them. Paths are native ones of any length.
 
-namespace tide {
+namespace files {
 
 /// What stands at a path itself; nothing is followed.
 enum class EntryKind {
@@ -72,4 +72,4 @@ bool flushToDisk(const std::filesystem::path& file);
 /// have to be copied.
 bool shareFile(const std::filesystem::path& file, const std::filesystem::path& name);
 
-}  // namespace tide
+}  // namespace files

@@ -1,8 +1,8 @@
-#include "win32/files.h"
+#include "files/win32.h"
 
 #include <numeric>
 
-namespace quorvelle::win32 {
+namespace files::win32 {
 
 namespace {
 
@@ -71,4 +71,4 @@ DWORD moveEntry(const std::wstring& from, const std::wstring& to, Patience patie
                      isDirectory(to) ? Patience::kNone : patience);
 }
 
-}  // namespace quorvelle::win32
+}  // namespace files::win32

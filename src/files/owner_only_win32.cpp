@@ -1,4 +1,4 @@
-#include "client/owner_only_win32.h"
+#include "files/owner_only_win32.h"
 
 #include <aclapi.h>
 #include <sddl.h>

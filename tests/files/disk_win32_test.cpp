@@ -1,15 +1,14 @@
-#include "tide/disk.h"
+#include "files/disk.h"
 
 #include "assembly_fixture.h"
+#include "files/safe_path.h"
+#include "files/win32.h"
 #include "tide/part_file.h"
-#include "tide/safe_path.h"
-#include "win32/files.h"
 
 namespace tide {
 namespace {
 
 namespace fs = std::filesystem;
-namespace win32 = quorvelle::win32;
 using ::testing::AnyOf;
 using testing::AssemblyTest;
 using ::testing::IsEmpty;
@@ -30,34 +29,34 @@ TEST(Openable, IsTheFormWithoutLimits) {
         {LR"(C:\日本\ü)", LR"(\\?\C:\日本\ü)"},
     };
     for (const auto& [path, form] : rows) {
-        EXPECT_EQ(openable(path).native(), form);
+        EXPECT_EQ(files::openable(path).native(), form);
     }
 }
 
 TEST(LongPaths, AreMadeFoundMeasuredRenamedAndRemoved) {
     const TempDir temp;
     const fs::path file = temp / kLong;
-    makeDirectories(file.parent_path());
-    EXPECT_TRUE(isRealDirectory(file.parent_path()));
+    files::makeDirectories(file.parent_path());
+    EXPECT_TRUE(files::isRealDirectory(file.parent_path()));
     PartFile part = PartFile::create(file);
     EXPECT_TRUE(part.append("12345") && part.close());
-    EXPECT_TRUE(truncateFile(file, 3));
-    EXPECT_EQ(fileSize(file), 3U);
-    EXPECT_TRUE(flushToDisk(file) && isUnsharedFile(file));
-    EXPECT_FALSE(renameEntry(file, temp / (kLong + "2")));
-    EXPECT_THAT(entriesOf(file.parent_path()), SizeIs(1));
-    EXPECT_TRUE(removeTree(temp / std::string(200, 'a')));
-    EXPECT_THAT(entriesOf(temp / "."), IsEmpty());
+    EXPECT_TRUE(files::truncateFile(file, 3));
+    EXPECT_EQ(files::fileSize(file), 3U);
+    EXPECT_TRUE(files::flushToDisk(file) && files::isUnsharedFile(file));
+    EXPECT_FALSE(files::renameEntry(file, temp / (kLong + "2")));
+    EXPECT_THAT(files::entriesOf(file.parent_path()), SizeIs(1));
+    EXPECT_TRUE(files::removeTree(temp / std::string(200, 'a')));
+    EXPECT_THAT(files::entriesOf(temp / "."), IsEmpty());
 }
 
 TEST_F(AssemblyTest, InstallsPathsOfAnyLength) {
     bucket.publish({{kLong, {"content", "more"}}});
     for (const std::size_t fetches : {2U, 0U}) {
         EXPECT_TRUE(assemble()) << err;
-        EXPECT_EQ(fileSize(staging() / utf8Path(kLong)), 11U);
+        EXPECT_EQ(files::fileSize(staging() / files::utf8Path(kLong)), 11U);
         EXPECT_THAT(bucket.fetched, SizeIs(fetches));
     }
-    EXPECT_TRUE(removeTree(staging()));
+    EXPECT_TRUE(files::removeTree(staging()));
 }
 
 TEST(ReadOnly, StopsNeitherARenameNorARemoval) {
@@ -68,10 +67,10 @@ TEST(ReadOnly, StopsNeitherARenameNorARemoval) {
     }
     SetFileAttributesW((temp / "tree/sub").c_str(), FILE_ATTRIBUTE_READONLY);
     writeFile(temp / "new", "new");
-    EXPECT_FALSE(renameEntry(temp / "new", temp / "tree/b"));
+    EXPECT_FALSE(files::renameEntry(temp / "new", temp / "tree/b"));
     EXPECT_EQ(readFile(temp / "tree/b"), "new");
-    EXPECT_TRUE(removeTree(temp / "tree"));
-    EXPECT_EQ(entryKind(temp / "tree"), EntryKind::kNothing);
+    EXPECT_TRUE(files::removeTree(temp / "tree"));
+    EXPECT_EQ(files::entryKind(temp / "tree"), files::EntryKind::kNothing);
 }
 
 /// A junction; where it cannot be made (Wine), a symbolic link of the system below, which
@@ -87,15 +86,16 @@ void makeJunction(const fs::path& at, const fs::path& target) {
                   unixName(at.parent_path().c_str()) + '/' + at.filename().string();
     EXPECT_EQ(std::system(command.c_str()), 0);
     // A program of the system below is not waited for.
-    for (int looks = 0; looks < 1000 && entryKind(at) == EntryKind::kNothing; ++looks) {
+    for (int looks = 0; looks < 1000 && files::entryKind(at) == files::EntryKind::kNothing;
+         ++looks) {
         ::Sleep(10);
     }
 }
 
 TEST(PathRules, AreThoseOfWindows) {
-    EXPECT_EQ(comparablePath("\u00e4/b"), comparablePath("\u00c4/B"));
+    EXPECT_EQ(files::comparablePath("\u00e4/b"), files::comparablePath("\u00c4/B"));
     for (const char* path : {"...", "a:b", "nul", "a.", "\xff"}) {
-        EXPECT_FALSE(isSafePath(path)) << path;
+        EXPECT_FALSE(files::isSafeRelativePath(path)) << path;
     }
 }
 
@@ -104,10 +104,10 @@ TEST(Junctions, AreNeverFollowed) {
     writeFile(temp / "outside/precious", "p");
     writeFile(temp / "tree/file", "f");
     makeJunction(temp / "tree/link", temp / "outside");
-    ASSERT_EQ(entryKind(temp / "tree/link"), EntryKind::kOther);
+    ASSERT_EQ(files::entryKind(temp / "tree/link"), files::EntryKind::kOther);
     // Wine cannot remove such a link; what it leads to has to stand all the same.
-    removeTree(temp / "tree");
-    EXPECT_EQ(entryKind(temp / "tree/file"), EntryKind::kNothing);
+    files::removeTree(temp / "tree");
+    EXPECT_EQ(files::entryKind(temp / "tree/file"), files::EntryKind::kNothing);
     EXPECT_EQ(readFile(temp / "outside/precious"), "p");
 }
 
@@ -119,7 +119,7 @@ TEST(Patience, IsForFilesInUseAndEndsAfterTwoSeconds) {
         std::size_t attempts;
         DWORD result;
     };
-    const std::size_t all = win32::kWaits.size() + 1;
+    const std::size_t all = files::win32::kWaits.size() + 1;
     for (const Row& row : {Row{"at once", ERROR_SHARING_VIOLATION, 0, 1, 0},
                            Row{"scanned", ERROR_SHARING_VIOLATION, 3, 4, 0},
                            Row{"denied for a moment", ERROR_ACCESS_DENIED, 1, 2, 0},
@@ -128,7 +128,7 @@ TEST(Patience, IsForFilesInUseAndEndsAfterTwoSeconds) {
                            Row{"missing", ERROR_FILE_NOT_FOUND, 99, 1, ERROR_FILE_NOT_FOUND}}) {
         SCOPED_TRACE(row.name);
         std::size_t attempts = 0;
-        EXPECT_EQ(win32::patiently([&] {
+        EXPECT_EQ(files::win32::patiently([&] {
                       SetLastError(row.error);
                       return ++attempts > row.failures;
                   }),
@@ -143,11 +143,11 @@ TEST(Rename, OfAFileInUseFailsWithACodeThatIsWaitedFor) {
     writeFile(temp / "to", "t");
     const HANDLE held = CreateFileW((temp / "to").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    EXPECT_THAT(renameEntry(temp / "from", temp / "to", WhenInUse::kFail).value(),
+    EXPECT_THAT(files::renameEntry(temp / "from", temp / "to", files::WhenInUse::kFail).value(),
                 AnyOf(ERROR_SHARING_VIOLATION, ERROR_ACCESS_DENIED));
     EXPECT_EQ(readFile(temp / "from"), "f");
     CloseHandle(held);
-    EXPECT_FALSE(renameEntry(temp / "from", temp / "to"));
+    EXPECT_FALSE(files::renameEntry(temp / "from", temp / "to"));
 }
 
 }  // namespace

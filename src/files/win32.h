@@ -9,7 +9,7 @@
 /// What Windows asks of everybody who touches files there: names of any length, and
 /// patience with programs that hold a file for a moment.
 
-namespace quorvelle::win32 {
+namespace files::win32 {
 
 /// Waits between the attempts of patiently(), in milliseconds; 2 s in all, which outlasts
 /// a virus scanner looking at a new file.
@@ -41,4 +41,4 @@ void clearReadOnly(const std::wstring& path);
 DWORD moveEntry(const std::wstring& from, const std::wstring& to,
                 Patience patience = Patience::kFull);
 
-}  // namespace quorvelle::win32
+}  // namespace files::win32

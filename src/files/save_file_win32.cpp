@@ -1,8 +1,8 @@
 #include <QRandomGenerator>
 
-#include "client/owner_only_win32.h"
-#include "client/save_file.h"
-#include "win32/files.h"
+#include "files/owner_only_win32.h"
+#include "files/save_file.h"
+#include "files/win32.h"
 
 namespace quorvelle {
 
@@ -18,13 +18,13 @@ struct SaveFile::File {
     HANDLE handle = INVALID_HANDLE_VALUE;
     bool writeFailed = false;
 
-    explicit File(const QString& path) : target(win32::extendedPath(path.toStdWString())) {}
+    explicit File(const QString& path) : target(files::win32::extendedPath(path.toStdWString())) {}
     ~File() { discard(); }
     File(const File&) = delete;
     File& operator=(const File&) = delete;
 
     bool create(SECURITY_ATTRIBUTES* security) {
-        if (win32::isDirectory(target)) {
+        if (files::win32::isDirectory(target)) {
             return false;
         }
         DWORD error = ERROR_FILE_EXISTS;
@@ -52,7 +52,7 @@ struct SaveFile::File {
     }
 
     void remove() const {
-        win32::patiently([this] { return DeleteFileW(temporary.c_str()) != 0; });
+        files::win32::patiently([this] { return DeleteFileW(temporary.c_str()) != 0; });
     }
 };
 
@@ -84,7 +84,7 @@ bool SaveFile::commit() {
         return false;
     }
     file->close();
-    if (win32::moveEntry(file->temporary, file->target) != 0) {
+    if (files::win32::moveEntry(file->temporary, file->target) != 0) {
         file->remove();
         return false;
     }

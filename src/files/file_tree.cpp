@@ -1,23 +1,23 @@
-#include "sync/file_tree.h"
+#include "files/file_tree.h"
 
 #include <QFileInfo>
 #include <filesystem>
 
-#include "tide/disk.h"
-#include "tide/utf8_path.h"
+#include "files/disk.h"
+#include "files/utf8_path.h"
 
 namespace quorvelle {
 
 namespace {
 
 std::filesystem::path nativePath(const QString& path) {
-    return tide::utf8Path(QFileInfo(path).absoluteFilePath().toStdString());
+    return files::utf8Path(QFileInfo(path).absoluteFilePath().toStdString());
 }
 
 }  // namespace
 
 bool entryExists(const QString& path) {
-    return tide::entryKind(nativePath(path)) != tide::EntryKind::kNothing;
+    return files::entryKind(nativePath(path)) != files::EntryKind::kNothing;
 }
 
 bool directoryExists(const QString& path) {
@@ -25,11 +25,11 @@ bool directoryExists(const QString& path) {
 }
 
 bool renameEntry(const QString& from, const QString& to) {
-    return !tide::renameEntry(nativePath(from), nativePath(to));
+    return !files::renameEntry(nativePath(from), nativePath(to));
 }
 
 bool removeTree(const QString& path) {
-    return tide::removeTree(nativePath(path));
+    return files::removeTree(nativePath(path));
 }
 
 }  // namespace quorvelle

@@ -4,7 +4,7 @@
 #include <QSaveFile>
 #include <cerrno>
 
-#include "client/save_file.h"
+#include "files/save_file.h"
 
 namespace quorvelle {
 

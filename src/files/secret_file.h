@@ -4,7 +4,7 @@
 #include <QString>
 #include <memory>
 
-namespace quorvelle::onboarding {
+namespace quorvelle {
 
 /// A text file for a secret that is shown once: readable by its owner alone from its
 /// creation on; a file that exists is emptied and made so before anything is written.
@@ -28,4 +28,4 @@ private:
     std::unique_ptr<Handle> handle;
 };
 
-}  // namespace quorvelle::onboarding
+}  // namespace quorvelle

@@ -3,16 +3,16 @@
 #include <string>
 #include <string_view>
 
-namespace tide {
+namespace files {
 
 /// Whether a manifest's path (UTF-8) may be joined with a target directory: relative, at
 /// most 1024 UTF-16 code units, "/" between its parts, no part empty, "." or "..", no
 /// backslash; and the platform puts it below that directory, under exactly this name.
-bool isSafePath(std::string_view path);
+bool isSafeRelativePath(std::string_view path);
 
-/// The platform's share of isSafePath: POSIX refuses only the NUL character; Windows
+/// The platform's share of isSafeRelativePath: POSIX refuses only the NUL character; Windows
 /// what isWindowsSafePath refuses, and bytes that are no UTF-8.
-bool staysInside(std::string_view path);
+bool isPlatformSafePath(std::string_view path);
 
 /// The rule for Windows, on every platform: no part holds a character that Windows
 /// reserves (a drive letter's or stream's ":" among them), ends in a dot or blank, or
@@ -23,4 +23,4 @@ bool isWindowsSafePath(std::string_view path);
 /// Windows.
 std::string comparablePath(std::string_view path);
 
-}  // namespace tide
+}  // namespace files
