@@ -4,7 +4,7 @@
 #include <QStringList>
 #include <functional>
 
-#include "client/url.h"
+#include "server/url.h"
 
 /// What making an invite and approving an access request, which makes one, have in common.
 

@@ -1,8 +1,8 @@
 #include "admin/licensing_service.h"
 
-#include "client/addresses.h"
-#include "client/requests.h"
 #include "console/output.h"
+#include "server/addresses.h"
+#include "server/requests.h"
 
 namespace quorvelle {
 

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-#include "client/requests.h"
+#include "server/requests.h"
 
 namespace quorvelle {
 

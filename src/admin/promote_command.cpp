@@ -1,11 +1,11 @@
 #include "admin/promote_command.h"
 
 #include "admin/promote.h"
-#include "client/server_option.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/server_option.h"
 
 namespace quorvelle {
 

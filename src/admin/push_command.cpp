@@ -6,12 +6,12 @@
 
 #include "admin/build_directory.h"
 #include "admin/promote.h"
-#include "client/requests.h"
-#include "client/server_option.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/requests.h"
+#include "server/server_option.h"
 
 namespace quorvelle {
 

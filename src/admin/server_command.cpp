@@ -3,11 +3,11 @@
 #include <QJsonArray>
 #include <QJsonValue>
 
-#include "client/server_option.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/server_option.h"
 
 namespace quorvelle {
 

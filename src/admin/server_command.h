@@ -5,7 +5,7 @@
 #include <functional>
 #include <optional>
 
-#include "client/requests.h"
+#include "server/requests.h"
 
 /// The shape that the administration commands share: find the server, take the
 /// options, check the positionals, ask the server, say what came of it.

@@ -2,9 +2,9 @@
 
 #include <QDir>
 
-#include "client/config_document.h"
-#include "client/config_file.h"
-#include "client/subscription.h"
+#include "config/config_document.h"
+#include "config/config_file.h"
+#include "config/subscription.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 

@@ -2,14 +2,14 @@
 
 #include <optional>
 
-#include "client/config_document.h"
-#include "client/config_file.h"
-#include "client/server_option.h"
-#include "client/subscription.h"
+#include "config/config_document.h"
+#include "config/config_file.h"
+#include "config/subscription.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/server_option.h"
 
 namespace quorvelle {
 

@@ -4,10 +4,10 @@
 #include <QNetworkAccessManager>
 #include <QTimer>
 
-#include "client/config_document.h"
-#include "client/http_exchange.h"
-#include "client/server_option.h"
-#include "client/url.h"
+#include "config/config_document.h"
+#include "server/http_exchange.h"
+#include "server/server_option.h"
+#include "server/url.h"
 
 namespace quorvelle {
 

@@ -5,7 +5,7 @@
 #include <QString>
 #include <chrono>
 
-#include "client/http_exchange.h"
+#include "server/http_exchange.h"
 
 namespace quorvelle::onboarding {
 

@@ -3,7 +3,8 @@
 #include <QJsonDocument>
 #include <utility>
 
-#include "client/url.h"
+#include "config/server_url.h"
+#include "server/url.h"
 
 namespace quorvelle::onboarding {
 

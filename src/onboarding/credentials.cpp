@@ -2,7 +2,7 @@
 
 #include <QCryptographicHash>
 
-#include "client/addresses.h"
+#include "server/addresses.h"
 
 namespace quorvelle::onboarding {
 

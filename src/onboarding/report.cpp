@@ -2,7 +2,7 @@
 
 #include <QJsonArray>
 
-#include "client/addresses.h"
+#include "server/addresses.h"
 
 namespace quorvelle::onboarding {
 

@@ -3,8 +3,9 @@
 #include <QJsonDocument>
 #include <utility>
 
-#include "client/server_option.h"
-#include "client/url.h"
+#include "config/server_url.h"
+#include "server/server_option.h"
+#include "server/url.h"
 
 namespace quorvelle::onboarding {
 

@@ -5,8 +5,6 @@
 #include <QRandomGenerator>
 #include <QTimer>
 
-#include "client/addresses.h"
-#include "client/server_option.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
@@ -16,6 +14,8 @@
 #include "onboarding/interrupts.h"
 #include "onboarding/operator_token.h"
 #include "onboarding/report.h"
+#include "server/addresses.h"
+#include "server/server_option.h"
 
 namespace quorvelle {
 

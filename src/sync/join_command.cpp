@@ -3,11 +3,12 @@
 #include <QJsonArray>
 #include <QSysInfo>
 
-#include "client/requests.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "config/server_url.h"
+#include "server/requests.h"
 #include "sync/reconcile_command.h"
 #include "sync/session.h"
 

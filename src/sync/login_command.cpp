@@ -1,10 +1,11 @@
 #include "sync/login_command.h"
 
-#include "client/url.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "config/server_url.h"
+#include "server/url.h"
 #include "sync/browser.h"
 #include "sync/reconcile_command.h"
 #include "sync/session.h"

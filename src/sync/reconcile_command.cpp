@@ -3,7 +3,7 @@
 #include <QEventLoop>
 #include <QJsonArray>
 
-#include "client/config_file.h"
+#include "config/config_file.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "sync/reconciler.h"

@@ -3,7 +3,7 @@
 #include <QJsonArray>
 #include <algorithm>
 
-#include "client/config_document.h"
+#include "config/config_document.h"
 #include "files/safe_path.h"
 
 namespace quorvelle {

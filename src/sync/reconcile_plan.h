@@ -6,7 +6,7 @@
 #include <optional>
 
 /// What a server's assignments mean for the configuration. Pure functions; the document
-/// is described in client/config_document.h.
+/// is described in config/config_document.h.
 
 namespace quorvelle {
 

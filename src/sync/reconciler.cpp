@@ -2,9 +2,9 @@
 
 #include <optional>
 
-#include "client/config_file.h"
-#include "client/http_exchange.h"
-#include "client/url.h"
+#include "config/config_file.h"
+#include "server/http_exchange.h"
+#include "server/url.h"
 #include "sync/reconcile_plan.h"
 
 namespace quorvelle {

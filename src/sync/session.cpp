@@ -2,8 +2,8 @@
 
 #include <QStringList>
 
-#include "client/config_document.h"
-#include "client/config_file.h"
+#include "config/config_document.h"
+#include "config/config_file.h"
 #include "console/output.h"
 
 namespace quorvelle {

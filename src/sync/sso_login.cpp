@@ -6,8 +6,9 @@
 #include <QTcpSocket>
 #include <QTimer>
 
-#include "client/http_exchange.h"
-#include "client/url.h"
+#include "config/server_url.h"
+#include "server/http_exchange.h"
+#include "server/url.h"
 #include "sync/handoff_request.h"
 
 namespace quorvelle {

@@ -3,8 +3,8 @@
 #include <QEventLoop>
 #include <algorithm>
 
-#include "client/config_document.h"
-#include "client/config_file.h"
+#include "config/config_document.h"
+#include "config/config_file.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"

@@ -3,8 +3,8 @@
 #include <QFutureWatcher>
 #include <utility>
 
-#include "client/server_option.h"
 #include "files/file_tree.h"
+#include "server/server_option.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
 #include "sync/swap.h"

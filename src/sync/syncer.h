@@ -9,10 +9,10 @@
 #include <memory>
 #include <optional>
 
-#include "client/http_exchange.h"
-#include "client/url.h"
 #include "files/process_lock.h"
 #include "files/save_file.h"
+#include "server/http_exchange.h"
+#include "server/url.h"
 #include "sync/tide_job.h"
 
 namespace quorvelle {

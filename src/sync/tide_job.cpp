@@ -1,7 +1,7 @@
 #include "sync/tide_job.h"
 
-#include "client/config_document.h"
-#include "client/config_file.h"
+#include "config/config_document.h"
+#include "config/config_file.h"
 #include "tide/assemble.h"
 #include "tide/bucket_environment.h"
 #include "tide/verify.h"

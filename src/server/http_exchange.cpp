@@ -1,4 +1,4 @@
-#include "client/http_exchange.h"
+#include "server/http_exchange.h"
 
 #include <QIODevice>
 #include <QJsonDocument>
@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-#include "client/once_body.h"
+#include "server/once_body.h"
 
 namespace quorvelle {
 

@@ -1,4 +1,4 @@
-#include "client/http_exchange.h"
+#include "server/http_exchange.h"
 
 #include <gmock/gmock.h>
 

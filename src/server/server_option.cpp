@@ -1,10 +1,11 @@
-#include "client/server_option.h"
+#include "config/server_url.h"
+#include "server/server_option.h"
 
-#include "client/config_document.h"
-#include "client/config_file.h"
-#include "client/url.h"
+#include "config/config_document.h"
+#include "config/config_file.h"
 #include "console/arguments.h"
 #include "console/output.h"
+#include "server/url.h"
 
 namespace quorvelle {
 

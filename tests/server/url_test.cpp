@@ -1,8 +1,9 @@
-#include "client/url.h"
+#include "config/server_url.h"
+#include "server/url.h"
 
 #include <gmock/gmock.h>
 
-#include "client/requests.h"
+#include "server/requests.h"
 #include "support/notation.h"
 #include "support/temporary_config.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "client/requests.h"
+#include "server/requests.h"
 #include "support/raw_server.h"
 #include "support/temporary_config.h"
 

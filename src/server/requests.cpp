@@ -1,4 +1,4 @@
-#include "client/requests.h"
+#include "server/requests.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -7,9 +7,9 @@
 #include <QPointer>
 #include <utility>
 
-#include "client/http_exchange.h"
-#include "client/server_option.h"
 #include "console/output.h"
+#include "server/http_exchange.h"
+#include "server/server_option.h"
 
 namespace quorvelle {
 

@@ -1,4 +1,4 @@
-#include "client/config_file.h"
+#include "config/config_file.h"
 
 #include <gmock/gmock.h>
 
@@ -6,7 +6,7 @@
 #include <QJsonArray>
 #include <thread>
 
-#include "client/config_document.h"
+#include "config/config_document.h"
 #include "support/notation.h"
 #include "support/platform.h"
 #include "support/qt_printers.h"

@@ -1,4 +1,4 @@
-#include "client/config_document.h"
+#include "config/config_document.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "client/inflater.h"
+#include "server/inflater.h"
 
 #include <zlib.h>
 

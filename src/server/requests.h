@@ -3,7 +3,7 @@
 #include <QJsonObject>
 #include <QString>
 
-#include "client/url.h"
+#include "server/url.h"
 
 class QIODevice;
 

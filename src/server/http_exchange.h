@@ -12,7 +12,7 @@
 #include <functional>
 #include <optional>
 
-#include "client/inflater.h"
+#include "server/inflater.h"
 
 class QIODevice;
 class QNetworkAccessManager;

@@ -10,9 +10,6 @@ namespace quorvelle {
 /// Query items in the order in which they are sent.
 using QueryItems = QList<QPair<QString, QString>>;
 
-/// The server's base URL without any "/" at its end.
-QString withoutTrailingSlashes(const QString& server);
-
 /// Fills "%1" of a path such as "/api/builds/%1" with a name, encoded as exactly
 /// one path segment: "/", "?", "#" and "%" of the name cannot change the path.
 QString apiPath(const QString& pattern, const QString& name);

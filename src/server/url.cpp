@@ -1,6 +1,8 @@
-#include "client/url.h"
+#include "server/url.h"
 
 #include <QStringList>
+
+#include "config/server_url.h"
 
 namespace quorvelle {
 
@@ -11,14 +13,6 @@ QString encoded(const QString& text) {
 }
 
 }  // namespace
-
-QString withoutTrailingSlashes(const QString& server) {
-    qsizetype length = server.size();
-    while (length > 0 && server.at(length - 1) == u'/') {
-        --length;
-    }
-    return server.left(length);
-}
 
 QString apiPath(const QString& pattern, const QString& name) {
     return pattern.arg(encoded(name));

@@ -1,4 +1,4 @@
-#include "client/once_body.h"
+#include "server/once_body.h"
 
 #include <algorithm>
 

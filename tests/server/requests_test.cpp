@@ -1,4 +1,4 @@
-#include "client/requests.h"
+#include "server/requests.h"
 
 #include <gmock/gmock.h>
 
@@ -6,7 +6,7 @@
 #include <QJsonArray>
 #include <functional>
 
-#include "client/server_option.h"
+#include "server/server_option.h"
 #include "support/notation.h"
 #include "support/temporary_config.h"
 

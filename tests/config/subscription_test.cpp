@@ -1,4 +1,4 @@
-#include "client/subscription.h"
+#include "config/subscription.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "client/config_file.h"
+#include "config/config_file.h"
 
 #include <QDir>
 #include <QFile>
@@ -7,7 +7,7 @@
 #include <QStandardPaths>
 #include <optional>
 
-#include "client/config_document.h"
+#include "config/config_document.h"
 #include "files/save_file.h"
 
 namespace quorvelle::config {

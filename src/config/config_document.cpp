@@ -1,9 +1,9 @@
-#include "client/config_document.h"
+#include "config/config_document.h"
 
 #include <QDir>
 
-#include "client/subscription.h"
-#include "client/url.h"
+#include "config/subscription.h"
+#include "config/server_url.h"
 
 namespace quorvelle::config {
 

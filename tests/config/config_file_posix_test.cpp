@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "client/config_file.h"
+#include "config/config_file.h"
 #include "support/platform.h"
 #include "support/qt_printers.h"
 #include "support/temporary_config.h"

@@ -1,0 +1,13 @@
+#include "config/server_url.h"
+
+namespace quorvelle {
+
+QString withoutTrailingSlashes(const QString& server) {
+    qsizetype length = server.size();
+    while (length > 0 && server.at(length - 1) == u'/') {
+        --length;
+    }
+    return server.left(length);
+}
+
+}  // namespace quorvelle
