@@ -2,10 +2,10 @@
 
 #include "admin/invite.h"
 #include "admin/server_command.h"
+#include "config/server_url.h"
 #include "console/arguments.h"
 #include "console/output.h"
 #include "console/usage.h"
-#include "config/server_url.h"
 #include "server/addresses.h"
 
 namespace quorvelle {

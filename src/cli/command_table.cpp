@@ -1,5 +1,8 @@
 #include "cli/command_table.h"
 
+#include "account/join_command.h"
+#include "account/login_command.h"
+#include "account/reconcile_command.h"
 #include "admin/access_request_commands.h"
 #include "admin/backup_commands.h"
 #include "admin/build_commands.h"
@@ -22,9 +25,6 @@
 #include "cli/version_command.h"
 #include "launch/run_command.h"
 #include "onboarding/storage_init_command.h"
-#include "sync/join_command.h"
-#include "sync/login_command.h"
-#include "sync/reconcile_command.h"
 #include "sync/sync_command.h"
 
 namespace quorvelle {

@@ -2,8 +2,8 @@
 
 #include <QDir>
 
-#include "config/subscription.h"
 #include "config/server_url.h"
+#include "config/subscription.h"
 
 namespace quorvelle::config {
 

@@ -1,5 +1,5 @@
-#include "config/server_url.h"
 #include "server/server_option.h"
+#include "config/server_url.h"
 
 #include "config/config_document.h"
 #include "config/config_file.h"

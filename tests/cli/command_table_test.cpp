@@ -44,12 +44,12 @@ admin/user_commands.cpp | user create | user join-group | user leave-group | use
 admin/user_commands.cpp | user unfollow | user disable | user enable | user delete | user set-role
 admin/group_commands.cpp | groups
 admin/invite_commands.cpp admin/invite.cpp | invite create | invite revoke | invites
-sync/login_command.cpp | login
+account/login_command.cpp | login
 admin/access_request_commands.cpp admin/invite.cpp | request-access | requests | request approve
 admin/access_request_commands.cpp admin/invite.cpp | request decline
 admin/license_commands.cpp | license request-trial | license | cloud portal
-sync/join_command.cpp | join
-sync/reconcile_command.cpp | reconcile
+account/join_command.cpp | join
+account/reconcile_command.cpp | reconcile
 admin/group_commands.cpp | group create | group assign-channel | group unassign-channel
 admin/group_commands.cpp | group delete
 sync/sync_command.cpp | sync

@@ -1,5 +1,5 @@
-#include "config/server_url.h"
 #include "server/url.h"
+#include "config/server_url.h"
 
 #include <gmock/gmock.h>
 

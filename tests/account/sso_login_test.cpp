@@ -1,4 +1,4 @@
-#include "sync/sso_login.h"
+#include "account/sso_login.h"
 
 #include <gmock/gmock.h>
 
@@ -8,9 +8,9 @@
 #include <QTimer>
 #include <functional>
 
+#include "account/handoff_request.h"
 #include "support/fake_server.h"
 #include "support/notation.h"
-#include "sync/handoff_request.h"
 
 namespace quorvelle::testing {
 

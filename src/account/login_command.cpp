@@ -1,15 +1,15 @@
-#include "sync/login_command.h"
+#include "account/login_command.h"
 
+#include "account/browser.h"
+#include "account/reconcile_command.h"
+#include "account/session.h"
+#include "account/sso_login.h"
+#include "config/server_url.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
-#include "config/server_url.h"
 #include "server/url.h"
-#include "sync/browser.h"
-#include "sync/reconcile_command.h"
-#include "sync/session.h"
-#include "sync/sso_login.h"
 
 namespace quorvelle {
 

@@ -1,6 +1,6 @@
 #include <QProcess>
 
-#include "sync/browser.h"
+#include "account/browser.h"
 
 namespace quorvelle {
 

@@ -2,8 +2,8 @@
 
 #include <QJsonArray>
 
+#include "account/reconcile_plan.h"
 #include "support/notation.h"
-#include "sync/reconcile_plan.h"
 
 namespace quorvelle::testing {
 

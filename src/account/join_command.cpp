@@ -1,16 +1,16 @@
-#include "sync/join_command.h"
+#include "account/join_command.h"
 
 #include <QJsonArray>
 #include <QSysInfo>
 
+#include "account/reconcile_command.h"
+#include "account/session.h"
+#include "config/server_url.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
-#include "config/server_url.h"
 #include "server/requests.h"
-#include "sync/reconcile_command.h"
-#include "sync/session.h"
 
 namespace quorvelle {
 

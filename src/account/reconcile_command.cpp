@@ -1,12 +1,12 @@
-#include "sync/reconcile_command.h"
+#include "account/reconcile_command.h"
 
 #include <QEventLoop>
 #include <QJsonArray>
 
+#include "account/reconciler.h"
 #include "config/config_file.h"
 #include "console/exit_code.h"
 #include "console/output.h"
-#include "sync/reconciler.h"
 
 namespace quorvelle {
 

@@ -1,4 +1,4 @@
-#include "sync/browser.h"
+#include "account/browser.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "sync/reconcile_plan.h"
+#include "account/reconcile_plan.h"
 
 #include <QJsonArray>
 #include <algorithm>

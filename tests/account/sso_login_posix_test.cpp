@@ -1,4 +1,4 @@
-#include "sync/sso_login.h"
+#include "account/sso_login.h"
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>

@@ -1,4 +1,4 @@
-#include "sync/sso_login.h"
+#include "account/sso_login.h"
 
 #include <QEventLoop>
 #include <QHostAddress>
@@ -6,10 +6,10 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#include "account/handoff_request.h"
 #include "config/server_url.h"
 #include "server/http_exchange.h"
 #include "server/url.h"
-#include "sync/handoff_request.h"
 
 namespace quorvelle {
 

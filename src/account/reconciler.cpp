@@ -1,11 +1,11 @@
-#include "sync/reconciler.h"
+#include "account/reconciler.h"
 
 #include <optional>
 
+#include "account/reconcile_plan.h"
 #include "config/config_file.h"
 #include "server/http_exchange.h"
 #include "server/url.h"
-#include "sync/reconcile_plan.h"
 
 namespace quorvelle {
 

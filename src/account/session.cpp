@@ -1,4 +1,4 @@
-#include "sync/session.h"
+#include "account/session.h"
 
 #include <QStringList>
 

@@ -1,4 +1,4 @@
-#include "sync/handoff_request.h"
+#include "account/handoff_request.h"
 
 #include <QList>
 #include <QUrl>
