@@ -1,7 +1,8 @@
 #include "admin/access_request_commands.h"
 
 #include "admin/invite.h"
-#include "admin/server_command.h"
+#include "admin/reply_text.h"
+#include "server/on_server.h"
 #include "config/server_url.h"
 #include "console/arguments.h"
 #include "console/output.h"

@@ -3,7 +3,8 @@
 #include <QJsonArray>
 
 #include "admin/bucket_options.h"
-#include "admin/server_command.h"
+#include "admin/reply_text.h"
+#include "server/on_server.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"

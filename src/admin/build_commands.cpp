@@ -2,7 +2,8 @@
 
 #include <QJsonArray>
 
-#include "admin/server_command.h"
+#include "admin/reply_text.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

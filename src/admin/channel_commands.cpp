@@ -1,6 +1,7 @@
 #include "admin/channel_commands.h"
 
-#include "admin/server_command.h"
+#include "admin/reply_text.h"
+#include "server/on_server.h"
 #include "console/usage.h"
 
 namespace quorvelle {

@@ -4,7 +4,7 @@
 #include <functional>
 #include <optional>
 
-#include "admin/server_command.h"
+#include "server/on_server.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"

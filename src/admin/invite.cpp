@@ -2,7 +2,8 @@
 
 #include <QRegularExpression>
 
-#include "admin/server_command.h"
+#include "server/on_server.h"
+#include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"

@@ -1,7 +1,8 @@
 #include "admin/invite_commands.h"
 
 #include "admin/invite.h"
-#include "admin/server_command.h"
+#include "admin/reply_text.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

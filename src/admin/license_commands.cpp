@@ -1,7 +1,8 @@
 #include "admin/license_commands.h"
 
 #include "admin/licensing_service.h"
-#include "admin/server_command.h"
+#include "admin/reply_text.h"
+#include "server/on_server.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"

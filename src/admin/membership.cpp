@@ -1,6 +1,6 @@
 #include "admin/membership.h"
 
-#include "admin/server_command.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

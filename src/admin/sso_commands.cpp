@@ -1,6 +1,6 @@
 #include "admin/sso_commands.h"
 
-#include "admin/server_command.h"
+#include "server/on_server.h"
 #include "admin/sso_map_command.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"

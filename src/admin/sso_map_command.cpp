@@ -2,8 +2,8 @@
 
 #include <functional>
 
+#include "server/on_server.h"
 #include "admin/roles.h"
-#include "admin/server_command.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"

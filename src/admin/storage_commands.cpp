@@ -1,7 +1,7 @@
 #include "admin/storage_commands.h"
 
 #include "admin/bucket_options.h"
-#include "admin/server_command.h"
+#include "server/on_server.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"

@@ -1,6 +1,6 @@
 #include "admin/token_command.h"
 
-#include "admin/server_command.h"
+#include "server/on_server.h"
 #include "console/arguments.h"
 #include "console/usage.h"
 

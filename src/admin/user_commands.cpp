@@ -1,8 +1,9 @@
 #include "admin/user_commands.h"
 
 #include "admin/membership.h"
+#include "admin/reply_text.h"
+#include "server/on_server.h"
 #include "admin/roles.h"
-#include "admin/server_command.h"
 #include "console/arguments.h"
 #include "console/usage.h"
 

@@ -12,6 +12,12 @@ QString takeOption(QStringList& args, const QString& name, const QString& fallba
     return value;
 }
 
+std::optional<QString> takeGiven(QStringList& args, const QString& name) {
+    const qsizetype before = args.size();
+    const QString value = takeOption(args, name);
+    return args.size() == before ? std::nullopt : std::optional(value);
+}
+
 bool takeFlag(QStringList& args, const QString& name) {
     return args.removeAll(name) > 0;
 }

@@ -14,6 +14,12 @@ QString encoded(const QString& text) {
 
 }  // namespace
 
+void addGiven(QueryItems& query, const QString& key, const std::optional<QString>& value) {
+    if (value) {
+        query.append({key, *value});
+    }
+}
+
 QString apiPath(const QString& pattern, const QString& name) {
     return pattern.arg(encoded(name));
 }

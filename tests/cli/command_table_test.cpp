@@ -28,15 +28,15 @@ admin/sso_commands.cpp admin/sso_map_command.cpp | sso
 onboarding/storage_init_command.cpp | storage init
 admin/storage_commands.cpp admin/bucket_options.cpp | storage
 admin/backup_commands.cpp admin/bucket_options.cpp | backup
-cli/server_commands.cpp | server set-root | server set-token
-admin/version_info_command.cpp | server-version
-admin/push_command.cpp | push
+cli/server_entry_commands.cpp | server set-root | server set-token
+admin/server_version_command.cpp | server-version
+publish/push_command.cpp | push
 admin/build_commands.cpp | builds | build delete | build disable | build enable | build
 admin/channel_commands.cpp | channels | channel create | channel delete | channel public
 admin/channel_launch_command.cpp | channel launch list | channel launch add
 admin/channel_launch_command.cpp | channel launch remove | channel launch primary
 admin/channel_launch_command.cpp | channel launch clear
-admin/promote_command.cpp | promote
+publish/promote_command.cpp | promote
 admin/whoami_command.cpp | whoami
 admin/user_commands.cpp | users
 admin/token_command.cpp | token create

@@ -1,4 +1,4 @@
-#include "admin/build_directory.h"
+#include "publish/build_directory.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "cli/server_commands.h"
+#include "cli/server_entry_commands.h"
 
 #include <QDir>
 

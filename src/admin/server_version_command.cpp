@@ -1,6 +1,7 @@
-#include "admin/version_info_command.h"
+#include "admin/server_version_command.h"
 
-#include "admin/server_command.h"
+#include "admin/reply_text.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

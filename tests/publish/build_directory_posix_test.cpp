@@ -2,7 +2,7 @@
 
 #include <QFile>
 
-#include "admin/build_directory.h"
+#include "publish/build_directory.h"
 #include "support/process_runner.h"
 #include "support/qt_printers.h"
 

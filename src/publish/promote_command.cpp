@@ -1,11 +1,11 @@
-#include "admin/promote_command.h"
+#include "publish/promote_command.h"
 
-#include "admin/promote.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
-#include "server/server_option.h"
+#include "publish/promote.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 
@@ -37,27 +37,21 @@ QString promotedLine(const QString& channel, const QString& build, const QString
 }
 
 int promoteCommand(QStringList args) {
-    const QString server = resolveServer(args);
-    if (server.isEmpty()) {
-        return kExitUsage;
-    }
-    const QString source = takeOption(args, QStringLiteral("--from"));
-    if (args.size() != (source.isEmpty() ? 2 : 1)) {
-        return printUsage();
-    }
-    const QString& channel = args.at(0);
-    const QString build = source.isEmpty() ? args.at(1) : buildOfChannel(server, source);
-    if (build.isEmpty() && !source.isEmpty()) {
-        return kExitFailed;
-    }
-    const Reply reply = promoteBuild(server, channel, build);
-    if (!reply.ok) {
-        return kExitFailed;
-    }
-    const QString origin =
-        source.isEmpty() ? QString() : QStringLiteral(" (from '") + source + QStringLiteral("')");
-    printResult(reply.object, promotedLine(channel, build, origin));
-    return kExitSuccess;
+    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+        const QString source = takeOption(rest, QStringLiteral("--from"));
+        if (rest.size() != (source.isEmpty() ? 2 : 1)) {
+            return printUsage();
+        }
+        const QString& channel = rest.at(0);
+        const QString build = source.isEmpty() ? rest.at(1) : buildOfChannel(server, source);
+        if (build.isEmpty() && !source.isEmpty()) {
+            return kExitFailed;
+        }
+        const QString origin = source.isEmpty() ? QString()
+                                                : QStringLiteral(" (from '") + source +
+                                                      QStringLiteral("')");
+        return finish(promoteBuild(server, channel, build), promotedLine(channel, build, origin));
+    });
 }
 
 }  // namespace quorvelle

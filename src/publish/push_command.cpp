@@ -1,15 +1,15 @@
-#include "admin/push_command.h"
+#include "publish/push_command.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 
-#include "admin/build_directory.h"
-#include "admin/promote.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "publish/build_directory.h"
+#include "publish/promote.h"
 #include "server/requests.h"
 #include "server/server_option.h"
 

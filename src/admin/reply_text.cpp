@@ -1,0 +1,39 @@
+#include "admin/reply_text.h"
+
+#include <QJsonArray>
+#include <QStringList>
+
+namespace quorvelle {
+
+QString joinedNames(const QJsonValue& names) {
+    QStringList texts;
+    for (const QJsonValue& name : names.toArray()) {
+        texts.append(name.toString());
+    }
+    return texts.join(QStringLiteral(", "));
+}
+
+QString namesOrNone(const QJsonValue& names) {
+    const QString text = joinedNames(names);
+    return text.isEmpty() ? QStringLiteral("(none)") : text;
+}
+
+QString wholeNumber(const QJsonValue& value) {
+    return QString::number(value.toInteger());
+}
+
+QString idText(const QJsonValue& value) {
+    return value.isDouble() ? wholeNumber(value) : value.toString();
+}
+
+QString listing(const QString& none, const QString& heading, const QJsonValue& objects,
+                const std::function<QString(const QJsonObject&)>& line) {
+    const QJsonArray array = objects.toArray();
+    QString text = (array.isEmpty() ? none : heading) + u'\n';
+    for (const QJsonValue& object : array) {
+        text += line(object.toObject()) + u'\n';
+    }
+    return text;
+}
+
+}  // namespace quorvelle

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+#include <functional>
+
+/// How the values of a server's reply are written in a line.
+
+namespace quorvelle {
+
+/// The names of a JSON array joined with ", "; an empty string when there are none.
+QString joinedNames(const QJsonValue& names);
+
+/// The same for a labelled place: "(none)" when there are no names.
+QString namesOrNone(const QJsonValue& names);
+
+/// A JSON number as a whole decimal number, up to 64 bits; "0" when it is none.
+QString wholeNumber(const QJsonValue& value);
+
+/// The id of a thing, which servers give as a string or as a number; "" when it is neither.
+QString idText(const QJsonValue& value);
+
+/// The text of a listing: `none` for an empty array, else the heading and the line of
+/// each object. None of the parts carries a line end.
+QString listing(const QString& none, const QString& heading, const QJsonValue& objects,
+                const std::function<QString(const QJsonObject&)>& line);
+
+}  // namespace quorvelle

@@ -1,0 +1,29 @@
+#include "server/on_server.h"
+
+#include "console/exit_code.h"
+#include "console/output.h"
+#include "console/usage.h"
+#include "server/server_option.h"
+
+namespace quorvelle {
+
+int onServer(QStringList args, const ServerWork& work) {
+    const QString server = resolveServer(args);
+    return server.isEmpty() ? kExitUsage : work(server, args);
+}
+
+int onServer(QStringList args, qsizetype positionals, const ServerWork& work) {
+    return onServer(std::move(args), [&](const QString& server, QStringList& rest) {
+        return rest.size() == positionals ? work(server, rest) : printUsage();
+    });
+}
+
+int finish(const Reply& reply, const QString& text) {
+    if (!reply.ok) {
+        return kExitFailed;
+    }
+    printResult(reply.object, text);
+    return kExitSuccess;
+}
+
+}  // namespace quorvelle
