@@ -8,8 +8,8 @@
 #include <random>
 #include <string>
 
-#include "tide/chunker.h"
-#include "tide/local_index.h"
+#include "tide/chunks/chunker.h"
+#include "tide/chunks/local_index.h"
 
 /// How fast the engine reads what is on disk already. The files are random bytes in a
 /// folder below the temporary one, read once before they are measured, so the page cache

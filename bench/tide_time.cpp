@@ -8,8 +8,8 @@
 #include <string_view>
 
 #include "files/utf8_path.h"
-#include "tide/chunker.h"
-#include "tide/local_index.h"
+#include "tide/chunks/chunker.h"
+#include "tide/chunks/local_index.h"
 
 /// One run of one function of the engine over what is on disk, for scripts that compare
 /// it with other programs:

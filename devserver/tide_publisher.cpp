@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "names.h"
-#include "tide/blake3_hash.h"
-#include "tide/chunker.h"
+#include "tide/chunks/blake3_hash.h"
+#include "tide/chunks/chunker.h"
 
 namespace quorvelle::devserver {
 namespace {

@@ -2,12 +2,12 @@
 
 #include "admin/invite.h"
 #include "admin/reply_text.h"
-#include "server/on_server.h"
 #include "config/server_url.h"
 #include "console/arguments.h"
 #include "console/output.h"
 #include "console/usage.h"
 #include "server/addresses.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

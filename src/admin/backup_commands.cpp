@@ -4,11 +4,11 @@
 
 #include "admin/bucket_options.h"
 #include "admin/reply_text.h"
-#include "server/on_server.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

@@ -1,8 +1,8 @@
 #include "admin/channel_commands.h"
 
 #include "admin/reply_text.h"
-#include "server/on_server.h"
 #include "console/usage.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

@@ -4,12 +4,12 @@
 #include <functional>
 #include <optional>
 
-#include "server/on_server.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
 #include "launch/target_list.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

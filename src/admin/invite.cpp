@@ -2,11 +2,11 @@
 
 #include <QRegularExpression>
 
-#include "server/on_server.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

@@ -1,11 +1,11 @@
 #include "admin/sso_commands.h"
 
-#include "server/on_server.h"
 #include "admin/sso_map_command.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

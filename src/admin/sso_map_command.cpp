@@ -2,12 +2,12 @@
 
 #include <functional>
 
-#include "server/on_server.h"
 #include "admin/roles.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

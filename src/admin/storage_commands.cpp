@@ -1,10 +1,10 @@
 #include "admin/storage_commands.h"
 
 #include "admin/bucket_options.h"
-#include "server/on_server.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

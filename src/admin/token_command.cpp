@@ -1,8 +1,8 @@
 #include "admin/token_command.h"
 
-#include "server/on_server.h"
 #include "console/arguments.h"
 #include "console/usage.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

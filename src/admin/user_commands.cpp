@@ -2,10 +2,10 @@
 
 #include "admin/membership.h"
 #include "admin/reply_text.h"
-#include "server/on_server.h"
 #include "admin/roles.h"
 #include "console/arguments.h"
 #include "console/usage.h"
+#include "server/on_server.h"
 
 namespace quorvelle {
 

@@ -47,9 +47,9 @@ int promoteCommand(QStringList args) {
         if (build.isEmpty() && !source.isEmpty()) {
             return kExitFailed;
         }
-        const QString origin = source.isEmpty() ? QString()
-                                                : QStringLiteral(" (from '") + source +
-                                                      QStringLiteral("')");
+        const QString origin = source.isEmpty()
+                                   ? QString()
+                                   : QStringLiteral(" (from '") + source + QStringLiteral("')");
         return finish(promoteBuild(server, channel, build), promotedLine(channel, build, origin));
     });
 }

@@ -3,7 +3,7 @@
 #include "config/config_document.h"
 #include "config/config_file.h"
 #include "tide/assemble.h"
-#include "tide/bucket_environment.h"
+#include "tide/store/bucket_environment.h"
 #include "tide/verify.h"
 
 namespace quorvelle {

@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "tide/descriptor.h"
+#include "tide/manifest/descriptor.h"
 
 /// The chunk engine's work for one sync, as plain functions that run on a worker thread
 /// and touch nothing but what they are given.

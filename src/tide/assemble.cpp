@@ -11,9 +11,9 @@
 #include "files/utf8_path.h"
 #include "tide/chunk_reader.h"
 #include "tide/chunk_source.h"
+#include "tide/chunks/local_index.h"
 #include "tide/error.h"
-#include "tide/local_index.h"
-#include "tide/manifest.h"
+#include "tide/manifest/manifest.h"
 #include "tide/part_file.h"
 #include "tide/target_tree.h"
 

@@ -4,9 +4,9 @@
 #include <functional>
 #include <string>
 
-#include "tide/descriptor.h"
+#include "tide/manifest/descriptor.h"
 #include "tide/replace_file.h"
-#include "tide/storage_provider.h"
+#include "tide/store/storage_provider.h"
 
 namespace tide {
 

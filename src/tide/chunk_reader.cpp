@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "files/disk.h"
-#include "tide/blake3_hash.h"
+#include "tide/chunks/blake3_hash.h"
 #include "tide/limits.h"
 
 namespace tide {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tide/manifest.h"
+#include "tide/manifest/manifest.h"
 
 namespace tide {
 

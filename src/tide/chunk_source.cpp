@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "tide/chunk_decode.h"
 #include "tide/chunk_reader.h"
+#include "tide/chunks/chunk_decode.h"
 #include "tide/error.h"
 #include "tide/limits.h"
 

@@ -7,11 +7,11 @@
 #include <string_view>
 #include <vector>
 
-#include "tide/chunk.h"
-#include "tide/descriptor.h"
-#include "tide/http.h"
-#include "tide/manifest.h"
-#include "tide/storage_provider.h"
+#include "tide/chunks/chunk.h"
+#include "tide/manifest/descriptor.h"
+#include "tide/manifest/manifest.h"
+#include "tide/store/http.h"
+#include "tide/store/storage_provider.h"
 
 namespace tide {
 

@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "tide/manifest.h"
+#include "tide/manifest/manifest.h"
 
 namespace tide {
 

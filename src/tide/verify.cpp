@@ -7,7 +7,7 @@
 #include "files/disk.h"
 #include "files/utf8_path.h"
 #include "tide/chunk_reader.h"
-#include "tide/manifest.h"
+#include "tide/manifest/manifest.h"
 
 namespace tide {
 

@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "tide/storage_provider.h"
+#include "tide/store/storage_provider.h"
 
 namespace tide {
 

@@ -1,8 +1,8 @@
 #include "files/disk.h"
 
-#include "assembly_fixture.h"
 #include "files/safe_path.h"
 #include "files/win32.h"
+#include "tide/assembly_fixture.h"
 #include "tide/part_file.h"
 
 namespace tide {

@@ -1,7 +1,7 @@
 #include "fuzz/promise.h"
 #include "fuzz/targets.h"
-#include "tide/blake3_hash.h"
-#include "tide/chunk_decode.h"
+#include "tide/chunks/blake3_hash.h"
+#include "tide/chunks/chunk_decode.h"
 #include "tide/limits.h"
 
 namespace tide::fuzz {

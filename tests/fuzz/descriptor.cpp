@@ -1,4 +1,4 @@
-#include "tide/descriptor.h"
+#include "tide/manifest/descriptor.h"
 
 #include "fuzz/promise.h"
 #include "fuzz/targets.h"

@@ -1,4 +1,4 @@
-#include "tide/list_page.h"
+#include "tide/store/list_page.h"
 
 #include "fuzz/promise.h"
 #include "fuzz/targets.h"

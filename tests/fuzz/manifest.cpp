@@ -1,4 +1,4 @@
-#include "tide/manifest.h"
+#include "tide/manifest/manifest.h"
 
 #include <filesystem>
 #include <set>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/fake_bucket.h"
-#include "tide/s3_provider.h"
+#include "tide/store/s3_provider.h"
 
 namespace quorvelle::testing {
 

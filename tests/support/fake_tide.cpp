@@ -8,7 +8,7 @@
 #include <QJsonDocument>
 #include <array>
 
-#include "tide/blake3_hash.h"
+#include "tide/chunks/blake3_hash.h"
 
 namespace quorvelle::testing {
 

@@ -1,7 +1,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "assembly_fixture.h"
+#include "tide/assembly_fixture.h"
 
 namespace tide {
 namespace {

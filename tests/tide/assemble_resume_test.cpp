@@ -1,5 +1,5 @@
-#include "assembly_fixture.h"
-#include "tide/chunker.h"
+#include "tide/assembly_fixture.h"
+#include "tide/chunks/chunker.h"
 
 namespace tide {
 namespace {

@@ -1,7 +1,7 @@
 #include "tide/assemble.h"
 
-#include "assembly_fixture.h"
 #include "support/fake_bucket.h"
+#include "tide/assembly_fixture.h"
 
 namespace tide {
 namespace {

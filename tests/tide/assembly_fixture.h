@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tide/assemble.h"
-#include "tide_files.h"
+#include "tide/tide_files.h"
 
 namespace tide::testing {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "fuzz/targets.h"
-#include "tide_files.h"
+#include "tide/tide_files.h"
 
 namespace tide::testing {
 

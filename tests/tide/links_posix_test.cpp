@@ -1,6 +1,6 @@
-#include "assembly_fixture.h"
 #include "files/safe_path.h"
-#include "tide/local_index.h"
+#include "tide/assembly_fixture.h"
+#include "tide/chunks/local_index.h"
 #include "tide/verify.h"
 
 namespace tide {

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "tide_files.h"
+#include "tide/tide_files.h"
 
 namespace tide {
 namespace {

@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "files/utf8_path.h"
-#include "tide/blake3_hash.h"
+#include "tide/chunks/blake3_hash.h"
 #include "tide/error.h"
-#include "tide/storage_provider.h"
+#include "tide/store/storage_provider.h"
 
 namespace tide::testing {
 

@@ -1,0 +1,111 @@
+#include "tide/manifest/manifest.h"
+
+#include <json/reader.h>
+
+#include <memory>
+#include <utility>
+
+#include "tide/error.h"
+#include "tide/manifest/signature.h"
+
+namespace tide {
+
+namespace {
+
+bool fetchBody(StorageProvider& provider, const std::string& key, const std::string& url,
+               const HttpOptions& options, std::string& body, std::string* err) {
+    if (url.empty()) {
+        return provider.get(key, body, err);
+    }
+    long status = 0;
+    if (!httpGet(url, body, status, err, {}, options)) {
+        return false;
+    }
+    return isSuccess(status) || fail(err, "manifest URL -> HTTP ", std::to_string(status));
+}
+
+bool fetchSignature(StorageProvider& provider, const std::string& key,
+                    const std::string& manifestUrl, const std::string& signatureUrl,
+                    const HttpOptions& options, std::string& signature) {
+    if (!signatureUrl.empty()) {
+        long status = 0;
+        return httpGet(signatureUrl, signature, status, nullptr, {}, options) && isSuccess(status);
+    }
+    return manifestUrl.empty() && provider.get(key + ".sig", signature, nullptr);
+}
+
+bool checkChannel(const Json::Value& manifest, const std::string& channel, bool verified,
+                  std::string* err) {
+    if (!manifest.isMember("channel")) {
+        return !verified || fail(err, "manifest names no channel but verification is required");
+    }
+    const std::string found = manifest["channel"].asString();
+    return found == channel ||
+           fail(err, "manifest is for channel '", found, "', not '", channel, "'");
+}
+
+bool checkManifest(const Json::Value& manifest, const std::string& channel, bool verified,
+                   std::string* err) {
+    // isInt() is also true of 1.0, and false of true and "1".
+    if (!manifest.isObject() || !manifest["schema"].isInt() || manifest["schema"].asInt() != 1) {
+        return fail(err, "unsupported manifest schema");
+    }
+    try {
+        return checkChannel(manifest, channel, verified, err);
+    } catch (const Json::Exception&) {
+        return fail(err, kMalformedManifest);
+    }
+}
+
+}  // namespace
+
+std::string manifestKey(const std::string& channel) {
+    return "channels/" + channel + "/manifest.json";
+}
+
+bool parseManifest(const std::string& body, Json::Value& out, std::string* err) {
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    Json::Value document;
+    std::string reasons;
+    try {
+        if (!reader->parse(body.data(), body.data() + body.size(), &document, &reasons)) {
+            return fail(err, "manifest parse error: ", reasons);
+        }
+    } catch (const Json::Exception& tooDeep) {
+        return fail(err, "manifest parse error: ", tooDeep.what());
+    }
+    out = std::move(document);
+    return true;
+}
+
+bool fetchManifest(StorageProvider& provider, const std::string& channel,
+                   const std::string& manifestUrl, const std::string& publicKeyHex,
+                   const std::string& signatureUrl, Json::Value& out, std::string* err,
+                   ConnectionCache* connections) {
+    const std::string key = manifestKey(channel);
+    const HttpOptions options{.connections = connections};
+    const bool verified = !publicKeyHex.empty();
+
+    std::string body;
+    if (!fetchBody(provider, key, manifestUrl, options, body, err)) {
+        return false;
+    }
+    if (verified) {
+        std::string signature;
+        if (!fetchSignature(provider, key, manifestUrl, signatureUrl, options, signature)) {
+            return fail(err, "channel '", channel,
+                        "' has no signature but verification is required");
+        }
+        if (!verifyEd25519(publicKeyHex, body, signature, err)) {
+            return false;
+        }
+    }
+    Json::Value manifest;
+    if (!parseManifest(body, manifest, err) || !checkManifest(manifest, channel, verified, err)) {
+        return false;
+    }
+    out = std::move(manifest);
+    return true;
+}
+
+}  // namespace tide

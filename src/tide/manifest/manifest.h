@@ -1,0 +1,66 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tide/store/http.h"
+#include "tide/store/storage_provider.h"
+
+namespace tide {
+
+/// The error text for a member of a manifest or descriptor that has another JSON type
+/// than it must have.
+inline constexpr const char* kMalformedManifest = "manifest parse error: malformed manifest";
+
+/// Where the bucket keeps a channel's manifest. Its signature lies beside it, with
+/// ".sig" appended to the key.
+std::string manifestKey(const std::string& channel);
+
+/// Parses JSON text. On failure `err`, unless null, is assigned "manifest parse error: "
+/// and the reader's reasons, and `out` keeps what it held. No exception leaves it.
+bool parseManifest(const std::string& body, Json::Value& out, std::string* err);
+
+/// Fetches a channel's manifest and lets it pass only when it is trustworthy: signed,
+/// when a public key is given, of a known schema, and made for this channel.
+///
+/// A non-empty `manifestUrl` is fetched by plain GET, else the object comes from the
+/// bucket. A non-empty `publicKeyHex` (64 hexadecimal digits) makes a signature over the
+/// exact bytes and a "channel" in the manifest necessary; the signature comes from
+/// `signatureUrl`, or from the bucket when the manifest does. With an empty key no
+/// signature is fetched. `out` is assigned on success alone; its "files" are judged by
+/// readManifestFiles(). `connections` is borrowed and may be null. Blocks the calling
+/// thread for the transfers.
+bool fetchManifest(StorageProvider& provider, const std::string& channel,
+                   const std::string& manifestUrl, const std::string& publicKeyHex,
+                   const std::string& signatureUrl, Json::Value& out, std::string* err,
+                   ConnectionCache* connections = nullptr);
+
+/// A chunk as the manifest lists it.
+struct ManifestChunk {
+    /// The chunk id ("h"). Any text: one that is no id matches no bytes.
+    std::string id;
+    /// Length of the uncompressed bytes ("n"). Unbounded here: compare it with what is
+    /// there before memory is taken for it.
+    std::uint64_t length = 0;
+};
+
+/// A file as the manifest lists it: the concatenation of its chunks.
+struct ManifestFile {
+    /// Relative path, UTF-8, "/" between its parts; safe to join with a directory.
+    std::string path;
+    /// In bytes.
+    std::uint64_t size = 0;
+    std::vector<ManifestChunk> chunks;
+};
+
+/// Reads "files" of a parsed manifest, in its order. The only way from a manifest to
+/// paths: it refuses an empty list, unsafe paths, and paths that would overwrite each
+/// other or another's ".part" file. On failure `err`, unless null, is assigned the
+/// reason and `files` keeps what it held. No exception leaves it.
+bool readManifestFiles(const Json::Value& manifest, std::vector<ManifestFile>& files,
+                       std::string* err);
+
+}  // namespace tide

@@ -1,0 +1,166 @@
+#include "tide/store/transfer.h"
+
+#include <curl/curl.h>
+
+#include <cstdio>
+#include <new>
+
+#include "tide/error.h"
+
+namespace tide {
+
+struct ConnectionCache::Share {
+    CURLSH* handle = curl_share_init();
+};
+
+ConnectionCache::ConnectionCache() : share(std::make_unique<Share>()) {
+    curl_share_setopt(share->handle, CURLSHOPT_SHARE, CURL_LOCK_DATA_CONNECT);
+    curl_share_setopt(share->handle, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+    curl_share_setopt(share->handle, CURLSHOPT_SHARE, CURL_LOCK_DATA_DNS);
+}
+
+ConnectionCache::~ConnectionCache() {
+    curl_share_cleanup(share->handle);
+}
+
+namespace {
+
+constexpr long kMostRedirects = 30;
+constexpr const char* kSchemes = "http,https";
+constexpr const char* kUserAgent = "quorvelle-tide/0.1";
+
+// What goes through libcurl's callbacks.
+struct Streams {
+    std::string* body = nullptr;
+    std::uint64_t maxBody = 0;
+    const std::string* payload = nullptr;
+    std::size_t sent = 0;
+};
+
+// Any return value but the number of bytes ends the transfer as failed.
+std::size_t receive(const char* bytes, std::size_t, std::size_t count, void* context) noexcept {
+    const auto& streams = *static_cast<Streams*>(context);
+    if (count > streams.maxBody - streams.body->size()) {
+        return 0;
+    }
+    try {
+        streams.body->append(bytes, count);
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+    return count;
+}
+
+std::size_t send(char* buffer, std::size_t size, std::size_t count, void* context) noexcept {
+    auto& streams = *static_cast<Streams*>(context);
+    const std::size_t length = streams.payload->copy(buffer, size * count, streams.sent);
+    streams.sent += length;
+    return length;
+}
+
+// A connection that was kept open may turn out dead only once the body is on its way.
+int rewind(void* context, curl_off_t offset, int origin) noexcept {
+    auto& streams = *static_cast<Streams*>(context);
+    if (origin != SEEK_SET || static_cast<std::size_t>(offset) > streams.payload->size()) {
+        return CURL_SEEKFUNC_CANTSEEK;
+    }
+    streams.sent = static_cast<std::size_t>(offset);
+    return CURL_SEEKFUNC_OK;
+}
+
+}  // namespace
+
+struct Transfer::Handle {
+    CURL* easy = curl_easy_init();
+    curl_slist* headers = nullptr;
+    Streams streams;
+
+    ~Handle() {
+        curl_slist_free_all(headers);
+        curl_easy_cleanup(easy);
+    }
+};
+
+Transfer::Transfer(const std::string& url, std::uint64_t maxBody, ConnectionCache* connections)
+    : handle(std::make_unique<Handle>()) {
+    CURL* easy = handle->easy;
+    if (easy == nullptr) {
+        return;
+    }
+    handle->streams.body = &body;
+    handle->streams.maxBody = maxBody;
+    curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
+    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, kSchemes);
+    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, kSchemes);
+    curl_easy_setopt(easy, CURLOPT_USERAGENT, kUserAgent);
+    curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 1L);
+    // Windows asks whether certificates were revoked, which fails for those of a private
+    // authority that publishes no list; other platforms never ask.
+    curl_easy_setopt(easy, CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_REVOKE_BEST_EFFORT));
+    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &receive);
+    curl_easy_setopt(easy, CURLOPT_WRITEDATA, &handle->streams);
+    if (connections != nullptr) {
+        curl_easy_setopt(easy, CURLOPT_SHARE, connections->share->handle);
+    }
+}
+
+Transfer::~Transfer() = default;
+
+void Transfer::followRedirects() {
+    curl_easy_setopt(handle->easy, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(handle->easy, CURLOPT_MAXREDIRS, kMostRedirects);
+}
+
+void Transfer::keepPath() {
+    curl_easy_setopt(handle->easy, CURLOPT_PATH_AS_IS, 1L);
+}
+
+void Transfer::addHeader(const std::string& line) {
+    curl_slist* extended = curl_slist_append(handle->headers, line.c_str());
+    if (extended == nullptr) {
+        throw std::bad_alloc();
+    }
+    handle->headers = extended;
+}
+
+void Transfer::makePut(const std::string& payload) {
+    CURL* easy = handle->easy;
+    handle->streams.payload = &payload;
+    curl_easy_setopt(easy, CURLOPT_UPLOAD, 1L);
+    curl_easy_setopt(easy, CURLOPT_READFUNCTION, &send);
+    curl_easy_setopt(easy, CURLOPT_READDATA, &handle->streams);
+    curl_easy_setopt(easy, CURLOPT_SEEKFUNCTION, &rewind);
+    curl_easy_setopt(easy, CURLOPT_SEEKDATA, &handle->streams);
+    curl_easy_setopt(easy, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(payload.size()));
+}
+
+void Transfer::makeHead() {
+    curl_easy_setopt(handle->easy, CURLOPT_NOBODY, 1L);
+}
+
+void Transfer::makeDelete() {
+    curl_easy_setopt(handle->easy, CURLOPT_CUSTOMREQUEST, "DELETE");
+}
+
+bool Transfer::perform(std::string* err) {
+    if (handle->easy == nullptr) {
+        return fail(err, "curl init failed");
+    }
+    curl_easy_setopt(handle->easy, CURLOPT_HTTPHEADER, handle->headers);
+    const CURLcode code = curl_easy_perform(handle->easy);
+    return code == CURLE_OK || fail(err, "curl: ", curl_easy_strerror(code));
+}
+
+long Transfer::status() const {
+    long code = 0;
+    curl_easy_getinfo(handle->easy, CURLINFO_RESPONSE_CODE, &code);
+    return code;
+}
+
+std::uint64_t Transfer::declaredLength() const {
+    curl_off_t length = -1;
+    curl_easy_getinfo(handle->easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+    return length < 0 ? 0 : static_cast<std::uint64_t>(length);
+}
+
+}  // namespace tide

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "tide/store/http.h"
+
+namespace tide {
+
+/// One HTTP transfer on a libcurl handle of its own; what httpGet and S3Provider have in
+/// common. Set it up, perform() it once on the same thread, read the reply. Accepts http
+/// and https alone.
+class Transfer {
+public:
+    /// A reply longer than `maxBody` bytes ends the transfer as failed. `connections` is
+    /// borrowed and may be null.
+    Transfer(const std::string& url, std::uint64_t maxBody, ConnectionCache* connections);
+    ~Transfer();
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+
+    /// Follows up to 30 redirects. Headers of addHeader that carry credentials stay with
+    /// the first origin.
+    void followRedirects();
+    /// Sends the path with its "." and ".." parts as they are: a signature covers it.
+    void keepPath();
+    /// Adds a request header line, "Name: value"; "Name:" suppresses one of libcurl's.
+    void addHeader(const std::string& line);
+
+    /// The method, GET unless one of these is called. The payload must outlive perform().
+    void makePut(const std::string& payload);
+    void makeHead();
+    void makeDelete();
+
+    /// Whether the transfer completed, whatever the status. On failure `err`, unless
+    /// null, is assigned "curl: <reason>" or "curl init failed".
+    bool perform(std::string* err);
+
+    /// The reply, valid after perform() returned true. The body may be moved out.
+    std::string body;
+    long status() const;
+    /// The length in bytes that the reply declares, 0 when it declares none.
+    std::uint64_t declaredLength() const;
+
+private:
+    struct Handle;
+    std::unique_ptr<Handle> handle;
+};
+
+}  // namespace tide

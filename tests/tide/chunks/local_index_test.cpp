@@ -1,0 +1,87 @@
+#include "tide/chunks/local_index.h"
+
+#include <gtest/gtest.h>
+
+#include "tide/chunks/chunker.h"
+#include "tide/tide_files.h"
+
+namespace tide {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::randomBytes;
+using testing::TempDir;
+using testing::writeFile;
+
+std::string placeOf(const LocalIndex& index, const std::string& bytes) {
+    const auto found = index.find(blake3Hex(bytes));
+    return found == index.end() ? "nowhere"
+                                : files::utf8Text(found->second.file.filename()) + " " +
+                                      std::to_string(found->second.offset) + "+" +
+                                      std::to_string(found->second.length);
+}
+
+TEST(LocalIndexTest, FindsTheFilesOfWholeTrees) {
+    const TempDir temp;
+    writeFile(temp / "install/a", "aaa");
+    writeFile(temp / "install/deep/er/\u00fcml\u00e4ut", "bb");
+    writeFile(temp / "install/empty", "");
+    LocalIndex index;
+    buildLocalIndex(temp / "install", index);
+    EXPECT_EQ(index.size(), 2U);
+    EXPECT_EQ(placeOf(index, "aaa"), "a 0+3");
+    EXPECT_EQ(placeOf(index, "bb"), "\u00fcml\u00e4ut 0+2");
+}
+
+TEST(LocalIndexTest, NoDirectoryAddsNothing) {
+    const TempDir temp;
+    writeFile(temp / "file", "x");
+    LocalIndex index;
+    buildLocalIndex(temp / "missing", index);
+    buildLocalIndex(temp / "file", index);
+    EXPECT_TRUE(index.empty());
+}
+
+TEST(LocalIndexTest, TheFirstPlaceOfAChunkStays) {
+    const TempDir temp;
+    writeFile(temp / "one/first", "same");
+    writeFile(temp / "two/second", "same");
+    LocalIndex index;
+    buildLocalIndex(temp / "one", index);
+    buildLocalIndex(temp / "two", index);
+    EXPECT_EQ(placeOf(index, "same"), "first 0+4");
+}
+
+// With one thread the files are cut in the order of the walk; with several the outcome
+// must be the same, repeats within and across files included.
+TEST(LocalIndexTest, ThreadsDoNotChangeTheOutcome) {
+    const TempDir temp;
+    const std::string large = randomBytes(1, 9 << 20);
+    for (int i = 0; i < 12; ++i) {
+        writeFile(temp / ("t/" + std::to_string(i) + "/f"), i % 3 == 0 ? large : "small");
+        writeFile(temp / ("t/" + std::to_string(i) + "/g"), randomBytes(unsigned(i), 2 << 20));
+    }
+    LocalIndex expected;
+    for (const auto& entry : fs::recursive_directory_iterator(temp / "t")) {
+        if (entry.is_regular_file()) {
+            const auto add = [&](const Chunk& chunk) {
+                expected.try_emplace(chunk.id, ChunkRef{entry.path(), chunk.offset, chunk.length});
+            };
+            ASSERT_TRUE(chunkFile(entry.path(), {}, add, nullptr));
+        }
+    }
+    for (const unsigned threads : {0U, 1U, 2U, 5U}) {
+        SCOPED_TRACE(threads);
+        LocalIndex index;
+        buildLocalIndex(temp / "t", index, threads);
+        ASSERT_EQ(index.size(), expected.size());
+        for (const auto& [id, place] : expected) {
+            EXPECT_EQ(index[id].file, place.file);
+            EXPECT_EQ(index[id].offset, place.offset);
+            EXPECT_EQ(index[id].length, place.length);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tide

@@ -1,0 +1,75 @@
+#include "support/s3_server.h"
+
+#include <gmock/gmock.h>
+
+#include "tide/store/s3_provider.h"
+
+namespace tide {
+namespace {
+
+using quorvelle::testing::S3Server;
+
+// The engine against an S3 server that shares no code with it.
+class S3ServerTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { server = std::make_unique<S3Server>(); }
+    static void TearDownTestSuite() { server.reset(); }
+
+    void SetUp() override { ASSERT_NE(server->endpoint, "") << server->output; }
+
+    static std::unique_ptr<S3Server> server;
+    ConnectionCache connections;
+    S3Provider provider{{.endpoint = server->endpoint,
+                         .region = "eu-west-1",
+                         .bucket = S3Server::kBucket,
+                         .accessKeyId = S3Server::kAccount,
+                         .secretAccessKey = S3Server::kAccount},
+                        &connections};
+    std::string err;
+};
+
+std::unique_ptr<S3Server> S3ServerTest::server;
+
+TEST_F(S3ServerTest, StoresReadsAndRemovesObjectsOfAnyName) {
+    std::string bytes("\0\r\n", 3);
+    for (int i = 0; i < 300000; ++i) {
+        bytes += static_cast<char>(i * 7);
+    }
+    for (const std::string key : {"any/plain", "any/a b", "any/a+b", "any/100%", "any/bêta 日本",
+                                  "any/a%20b", "any/q?x=1#z"}) {
+        SCOPED_TRACE(key);
+        ASSERT_TRUE(provider.put(key, bytes, &err)) << err;
+        std::string body;
+        EXPECT_TRUE(provider.get(key, body, &err)) << err;
+        EXPECT_EQ(body, bytes);
+        std::uint64_t size = 0;
+        EXPECT_TRUE(provider.head(key, &size, &err)) << err;
+        EXPECT_EQ(size, bytes.size());
+        std::vector<ObjectEntry> entries;
+        EXPECT_TRUE(provider.list("any/", entries, &err)) << err;
+        EXPECT_EQ(entries, (std::vector<ObjectEntry>{{key, bytes.size()}}));
+        EXPECT_TRUE(provider.remove(key, &err)) << err;
+        EXPECT_FALSE(provider.get(key, body, &err));
+        EXPECT_EQ(err, "GET " + key + " -> HTTP 404");
+        EXPECT_FALSE(provider.head(key, &size, &err));
+        EXPECT_EQ(err, "HEAD " + key + " -> HTTP 404");
+    }
+}
+
+TEST_F(S3ServerTest, ListsOverSeveralPages) {
+    // A page holds 1000 objects. Keys with "&" or "<" come back escaped twice.
+    std::vector<ObjectEntry> all;
+    for (int i = 1000; i < 2003; ++i) {
+        all.push_back({"many/a b+" + std::to_string(i), 1});
+        ASSERT_TRUE(provider.put(all.back().key, "x", &err)) << err;
+    }
+    ASSERT_TRUE(provider.put("other", "", &err)) << err;
+    std::vector<ObjectEntry> entries;
+    EXPECT_TRUE(provider.list("many/", entries, &err)) << err;
+    EXPECT_EQ(entries, all);
+    EXPECT_TRUE(provider.list("other", entries, &err)) << err;
+    EXPECT_EQ(entries, (std::vector<ObjectEntry>{{"other", 0}}));
+}
+
+}  // namespace
+}  // namespace tide
