@@ -1,4 +1,4 @@
-#include "account/join_command.h"
+#include "account/commands.h"
 
 #include <QJsonArray>
 #include <QSysInfo>
@@ -43,9 +43,8 @@ int joinCommand(QStringList args) {
     const QString server = withoutTrailingSlashes(args.at(0));
     const QString label = QStringLiteral("join");
     const Reply reply =
-        postEmpty(server, QStringLiteral("/api/invites/redeem"), label,
-                  {{QStringLiteral("code"), args.at(1)}, {QStringLiteral("machine"), machine}},
-                  Bearer::kNone);
+        postEmpty({.url = server}, QStringLiteral("/api/invites/redeem"), label,
+                  {{QStringLiteral("code"), args.at(1)}, {QStringLiteral("machine"), machine}});
     if (!reply.ok) {
         return kExitFailed;
     }

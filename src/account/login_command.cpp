@@ -1,4 +1,4 @@
-#include "account/login_command.h"
+#include "account/commands.h"
 
 #include "account/browser.h"
 #include "account/reconcile_command.h"

@@ -6,10 +6,6 @@
 
 namespace quorvelle {
 
-/// reconcile: brings the subscriptions of every joined server in line with its
-/// assignments. A server that fails does not keep the others from being asked.
-int reconcileCommand(QStringList args);
-
 /// What reconciling came to; an error has been printed when not `ok`.
 struct Reconciled {
     bool ok = true;

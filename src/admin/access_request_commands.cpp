@@ -1,6 +1,7 @@
-#include "admin/access_request_commands.h"
+#include "admin/commands.h"
 
 #include "admin/invite.h"
+#include "admin/list_command.h"
 #include "admin/reply_text.h"
 #include "config/server_url.h"
 #include "console/arguments.h"
@@ -57,44 +58,39 @@ int requestAccessCommand(QStringList args) {
     if (args.size() != 1 || name.isEmpty() || email.isEmpty()) {
         return printUsage();
     }
-    const QString server = withoutTrailingSlashes(args.first());
-    const Answer answer = postJsonAs({}, server, QStringLiteral("/api/access-requests"),
+    // Whoever asks for access has no token yet.
+    const Server server{.url = withoutTrailingSlashes(args.first())};
+    const Answer answer = askJson(server, QStringLiteral("/api/access-requests"),
                                      {{QStringLiteral("name"), name},
                                       {QStringLiteral("email"), email},
                                       {QStringLiteral("message"), message}});
     if (!answer.ok) {
-        printError(refusalText(server, answer));
+        printError(refusalText(server.url, answer));
     }
     return finish({answer.object, answer.ok},
                   QStringLiteral("Request sent to %1. An admin will send your invite to %2\n")
-                      .arg(server, email));
+                      .arg(server.url, email));
 }
 
 int requestsCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList&) {
-        const Reply reply =
-            getJson(server, QStringLiteral("/api/access-requests"), QStringLiteral("requests"));
-        return finish(reply, listing(QStringLiteral("No pending access requests on ") + server,
-                                     QStringLiteral("Pending access requests on %1:").arg(server),
-                                     reply.object.value(u"requests"), requestLine));
-    });
+    return runListCommand(std::move(args), {.name = QStringLiteral("requests"), .path = QStringLiteral("/api/access-requests"), .heading = QStringLiteral("Pending access requests on %1:"), .none = QStringLiteral("No pending access requests on %1"), .line = requestLine});
 }
 
 int requestApproveCommand(QStringList args) {
     return runInviteCommand(
-        std::move(args), [](const QString& server, const QString& id, const QueryItems& terms) {
+        std::move(args), [](const Server& server, const QString& id, const QueryItems& terms) {
             const Reply reply =
                 postEmpty(server, apiPath(QStringLiteral("/api/access-requests/%1/approve"), id),
                           QStringLiteral("request approve"), terms);
             return finish(reply, QStringLiteral("Approved. Send this to %1 (the code is shown only "
                                                 "once):\n\n%2")
                                      .arg(reply.object.value(u"email").toString(),
-                                          mailText(server, reply.object)));
+                                          mailText(server.url, reply.object)));
         });
 }
 
 int requestDeclineCommand(QStringList args) {
-    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& id = rest.first();
         const Reply reply =
             deleteResource(server, apiPath(QStringLiteral("/api/access-requests/%1"), id),

@@ -1,4 +1,4 @@
-#include "admin/backup_commands.h"
+#include "admin/commands.h"
 
 #include <QJsonArray>
 
@@ -90,7 +90,7 @@ QString initRefusal(bool shared, const BucketOptions& options) {
 }  // namespace
 
 int backupCommand(QStringList args) {
-    return onServer(std::move(args), 0, [](const QString& server, QStringList&) {
+    return onServer(std::move(args), 0, [](const Server& server, QStringList&) {
         const Reply reply =
             postEmpty(server, QStringLiteral("/api/backup"), QStringLiteral("backup"));
         return finish(
@@ -101,15 +101,15 @@ int backupCommand(QStringList args) {
 }
 
 int backupsCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList&) {
+    return onServer(std::move(args), [](const Server& server, QStringList&) {
         const Reply reply =
             getJson(server, QStringLiteral("/api/backups"), QStringLiteral("backups"));
-        return finish(reply, backupsText(server, reply.object));
+        return finish(reply, backupsText(server.url, reply.object));
     });
 }
 
 int backupInitCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const bool shared = takeFlag(rest, QStringLiteral("--shared"));
         const BucketOptions options = takeBucketOptions(rest);
         if (!rest.isEmpty()) {
@@ -129,7 +129,7 @@ int backupInitCommand(QStringList args) {
 }
 
 int backupScheduleCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const std::optional<QString> keep = takeGiven(rest, QStringLiteral("--keep"));
         // An empty time would turn the schedule off without a word of it.
         if (rest.size() != 1 || rest.first().isEmpty()) {
@@ -155,10 +155,10 @@ int backupScheduleCommand(QStringList args) {
 }
 
 int backupForgetCommand(QStringList args) {
-    return onServer(std::move(args), 0, [](const QString& server, QStringList&) {
+    return onServer(std::move(args), 0, [](const Server& server, QStringList&) {
         const Reply reply = deleteResource(server, QStringLiteral("/api/backup/config"),
                                            QStringLiteral("backup forget"));
-        return finish(reply, QStringLiteral("Backup target forgotten on ") + server +
+        return finish(reply, QStringLiteral("Backup target forgotten on ") + server.url +
                                  QStringLiteral(" (key file and snapshots untouched)\n"));
     });
 }

@@ -1,7 +1,8 @@
-#include "admin/build_commands.h"
+#include "admin/commands.h"
 
 #include <QJsonArray>
 
+#include "admin/list_command.h"
 #include "admin/reply_text.h"
 #include "server/on_server.h"
 
@@ -37,8 +38,8 @@ QString buildText(const QString& id, const QJsonObject& build) {
     return text;
 }
 
-int setDisabled(QStringList args, bool disabled) {
-    return onServer(std::move(args), 1, [disabled](const QString& server, QStringList& rest) {
+int setBuildDisabled(QStringList args, bool disabled) {
+    return onServer(std::move(args), 1, [disabled](const Server& server, QStringList& rest) {
         const QString& id = rest.first();
         const Reply reply =
             postEmpty(server, apiPath(QStringLiteral("/api/builds/%1/disabled"), id),
@@ -54,17 +55,11 @@ int setDisabled(QStringList args, bool disabled) {
 }  // namespace
 
 int buildsCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList&) {
-        const Reply reply =
-            getJson(server, QStringLiteral("/api/builds"), QStringLiteral("builds"));
-        return finish(reply, listing(QStringLiteral("No builds on ") + server,
-                                     QStringLiteral("Builds on %1:").arg(server),
-                                     reply.object.value(u"builds"), buildLine));
-    });
+    return runListCommand(std::move(args), {.name = QStringLiteral("builds"), .path = QStringLiteral("/api/builds"), .heading = QStringLiteral("Builds on %1:"), .none = QStringLiteral("No builds on %1"), .line = buildLine});
 }
 
 int buildCommand(QStringList args) {
-    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& id = rest.first();
         const Reply reply =
             getJson(server, apiPath(QStringLiteral("/api/builds/%1"), id), QStringLiteral("build"));
@@ -73,7 +68,7 @@ int buildCommand(QStringList args) {
 }
 
 int buildDeleteCommand(QStringList args) {
-    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& id = rest.first();
         const Reply reply = deleteResource(server, apiPath(QStringLiteral("/api/builds/%1"), id),
                                            QStringLiteral("build delete"));
@@ -82,11 +77,11 @@ int buildDeleteCommand(QStringList args) {
 }
 
 int buildDisableCommand(QStringList args) {
-    return setDisabled(std::move(args), true);
+    return setBuildDisabled(std::move(args), true);
 }
 
 int buildEnableCommand(QStringList args) {
-    return setDisabled(std::move(args), false);
+    return setBuildDisabled(std::move(args), false);
 }
 
 }  // namespace quorvelle

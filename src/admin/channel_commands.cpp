@@ -1,5 +1,6 @@
-#include "admin/channel_commands.h"
+#include "admin/commands.h"
 
+#include "admin/list_command.h"
 #include "admin/reply_text.h"
 #include "console/usage.h"
 #include "server/on_server.h"
@@ -26,26 +27,20 @@ QString channelLine(const QJsonObject& channel) {
 }  // namespace
 
 int channelsCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList&) {
-        const Reply reply =
-            getJson(server, QStringLiteral("/api/channels"), QStringLiteral("channels"));
-        return finish(reply, listing(QStringLiteral("No channels on ") + server,
-                                     QStringLiteral("Channels on %1:").arg(server),
-                                     reply.object.value(u"channels"), channelLine));
-    });
+    return runListCommand(std::move(args), {.name = QStringLiteral("channels"), .path = QStringLiteral("/api/channels"), .heading = QStringLiteral("Channels on %1:"), .none = QStringLiteral("No channels on %1"), .line = channelLine});
 }
 
 int channelCreateCommand(QStringList args) {
-    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& name = rest.first();
         const Reply reply = postEmpty(server, apiPath(QStringLiteral("/api/channels/%1"), name),
                                       QStringLiteral("channel create"));
-        return finish(reply, QStringLiteral("Created channel '%1' on %2\n").arg(name, server));
+        return finish(reply, QStringLiteral("Created channel '%1' on %2\n").arg(name, server.url));
     });
 }
 
 int channelDeleteCommand(QStringList args) {
-    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& name = rest.first();
         const Reply reply =
             deleteResource(server, apiPath(QStringLiteral("/api/channels/%1"), name),
@@ -58,7 +53,7 @@ int channelDeleteCommand(QStringList args) {
 }
 
 int channelPublicCommand(QStringList args) {
-    return onServer(std::move(args), 2, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 2, [](const Server& server, QStringList& rest) {
         const QString& name = rest.first();
         const QString& value = rest.last();
         const bool isPublic = value == QStringLiteral("true");

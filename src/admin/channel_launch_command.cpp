@@ -1,4 +1,4 @@
-#include "admin/channel_launch_command.h"
+#include "admin/commands.h"
 
 #include <QJsonArray>
 #include <functional>
@@ -19,7 +19,7 @@ const QString kTargets = QStringLiteral("launch_targets");
 
 /// A channel of a server, and the command that works on it.
 struct Place {
-    QString server;
+    Server server;
     QString channel;
     QString operation;
 };
@@ -56,7 +56,7 @@ int editTargets(const Place& place, const std::optional<QString>& requiredLabel,
 }  // namespace
 
 int channelLaunchListCommand(QStringList args) {
-    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& channel = rest.first();
         const Reply reply = readChannel({server, channel, QStringLiteral("channel launch list")});
         const QJsonArray targets = reply.object.value(kTargets).toArray();
@@ -67,7 +67,7 @@ int channelLaunchListCommand(QStringList args) {
 }
 
 int channelLaunchAddCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const QString label = takeOption(rest, QStringLiteral("--label"));
         const QString exe = takeOption(rest, QStringLiteral("--exe"));
         const QString arguments = takeOption(rest, QStringLiteral("--args"));
@@ -94,7 +94,7 @@ int channelLaunchAddCommand(QStringList args) {
 }
 
 int channelLaunchRemoveCommand(QStringList args) {
-    return onServer(std::move(args), 2, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 2, [](const Server& server, QStringList& rest) {
         const QString& channel = rest.at(0);
         const QString& label = rest.at(1);
         return editTargets(
@@ -105,7 +105,7 @@ int channelLaunchRemoveCommand(QStringList args) {
 }
 
 int channelLaunchPrimaryCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const bool clear = takeFlag(rest, QStringLiteral("--clear"));
         if (rest.size() != (clear ? 1 : 2)) {
             return printUsage();
@@ -128,7 +128,7 @@ int channelLaunchPrimaryCommand(QStringList args) {
 }
 
 int channelLaunchClearCommand(QStringList args) {
-    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& channel = rest.first();
         return writeTargets({server, channel, QStringLiteral("channel launch clear")}, {},
                             QStringLiteral("Removed all launch targets from '%1'\n").arg(channel));

@@ -1,6 +1,7 @@
-#include "admin/group_commands.h"
+#include "admin/commands.h"
 
 #include "admin/membership.h"
+#include "admin/list_command.h"
 #include "admin/reply_text.h"
 #include "server/on_server.h"
 
@@ -23,26 +24,20 @@ MembershipChange ofChannel(const QString& label, const QString& text) {
 }  // namespace
 
 int groupsCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList&) {
-        const Reply reply =
-            getJson(server, QStringLiteral("/api/groups"), QStringLiteral("groups"));
-        return finish(reply, listing(QStringLiteral("No groups on ") + server,
-                                     QStringLiteral("Groups on %1:").arg(server),
-                                     reply.object.value(u"groups"), groupLine));
-    });
+    return runListCommand(std::move(args), {.name = QStringLiteral("groups"), .path = QStringLiteral("/api/groups"), .heading = QStringLiteral("Groups on %1:"), .none = QStringLiteral("No groups on %1"), .line = groupLine});
 }
 
 int groupCreateCommand(QStringList args) {
-    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& name = rest.first();
         const Reply reply = postEmpty(server, apiPath(QStringLiteral("/api/groups/%1"), name),
                                       QStringLiteral("group create"));
-        return finish(reply, QStringLiteral("Group '%1' created on %2\n").arg(name, server));
+        return finish(reply, QStringLiteral("Group '%1' created on %2\n").arg(name, server.url));
     });
 }
 
 int groupDeleteCommand(QStringList args) {
-    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& name = rest.first();
         const Reply reply = deleteResource(server, apiPath(QStringLiteral("/api/groups/%1"), name),
                                            QStringLiteral("group delete"));

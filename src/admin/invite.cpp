@@ -20,7 +20,7 @@ bool isPositiveNumber(const QString& text) {
 }  // namespace
 
 int runInviteCommand(QStringList args, const MakeInvite& make) {
-    return onServer(std::move(args), [&make](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), [&make](const Server& server, QStringList& rest) {
         const auto groups = takeGiven(rest, QStringLiteral("--groups"));
         const auto days = takeGiven(rest, QStringLiteral("--days"));
         if (rest.size() != 1) {

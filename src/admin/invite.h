@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <functional>
 
+#include "server/server.h"
 #include "server/url.h"
 
 /// What making an invite and approving an access request, which makes one, have in common.
@@ -13,7 +14,7 @@ namespace quorvelle {
 /// Makes the invite of a positional (a user, a request) with the query items of its terms;
 /// returns the exit code.
 using MakeInvite =
-    std::function<int(const QString& server, const QString& subject, QueryItems terms)>;
+    std::function<int(const Server& server, const QString& subject, QueryItems terms)>;
 
 /// Runs a command that makes an invite: takes "--groups" and "--days" and checks them. The
 /// query items are those that were given.

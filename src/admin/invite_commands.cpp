@@ -1,6 +1,7 @@
-#include "admin/invite_commands.h"
+#include "admin/commands.h"
 
 #include "admin/invite.h"
+#include "admin/list_command.h"
 #include "admin/reply_text.h"
 #include "server/on_server.h"
 
@@ -17,7 +18,7 @@ QString inviteLine(const QJsonObject& invite) {
            (invite.value(u"expired").toBool() ? QStringLiteral("  (EXPIRED)") : QString());
 }
 
-QString createdText(const QString& server, const QString& user, const QJsonObject& invite) {
+QString invitedText(const QString& server, const QString& user, const QJsonObject& invite) {
     const QString code = invite.value(u"code").toString();
     return QStringLiteral(
                "Invite for '%1' (expires %2). The code is shown only once:\n\n  %3\n\n"
@@ -29,16 +30,16 @@ QString createdText(const QString& server, const QString& user, const QJsonObjec
 
 int inviteCreateCommand(QStringList args) {
     return runInviteCommand(
-        std::move(args), [](const QString& server, const QString& user, QueryItems terms) {
+        std::move(args), [](const Server& server, const QString& user, QueryItems terms) {
             terms.prepend({QStringLiteral("user"), user});
             const Reply reply = postEmpty(server, QStringLiteral("/api/invites"),
                                           QStringLiteral("invite create"), terms);
-            return finish(reply, createdText(server, user, reply.object));
+            return finish(reply, invitedText(server.url, user, reply.object));
         });
 }
 
 int inviteRevokeCommand(QStringList args) {
-    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& id = rest.first();
         const Reply reply = deleteResource(server, apiPath(QStringLiteral("/api/invites/%1"), id),
                                            QStringLiteral("invite revoke"));
@@ -47,13 +48,7 @@ int inviteRevokeCommand(QStringList args) {
 }
 
 int invitesCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList&) {
-        const Reply reply =
-            getJson(server, QStringLiteral("/api/invites"), QStringLiteral("invites"));
-        return finish(reply, listing(QStringLiteral("No outstanding invites on ") + server,
-                                     QStringLiteral("Outstanding invites on %1:").arg(server),
-                                     reply.object.value(u"invites"), inviteLine));
-    });
+    return runListCommand(std::move(args), {.name = QStringLiteral("invites"), .path = QStringLiteral("/api/invites"), .heading = QStringLiteral("Outstanding invites on %1:"), .none = QStringLiteral("No outstanding invites on %1"), .line = inviteLine});
 }
 
 }  // namespace quorvelle

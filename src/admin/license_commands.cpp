@@ -1,4 +1,4 @@
-#include "admin/license_commands.h"
+#include "admin/commands.h"
 
 #include "admin/licensing_service.h"
 #include "admin/reply_text.h"
@@ -57,15 +57,15 @@ QString trialText(const QString& server, const QJsonObject& trial, const QJsonOb
 }  // namespace
 
 int licenseCommand(QStringList args) {
-    return onServer(std::move(args), 0, [](const QString& server, QStringList&) {
+    return onServer(std::move(args), 0, [](const Server& server, QStringList&) {
         const Reply reply =
             getJson(server, QStringLiteral("/api/license"), QStringLiteral("license"));
-        return finish(reply, licenseText(server, reply.object));
+        return finish(reply, licenseText(server.url, reply.object));
     });
 }
 
 int requestTrialCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const QString licensee = takeOption(rest, QStringLiteral("--name"));
         if (!rest.isEmpty()) {
             return printUsage();
@@ -80,12 +80,12 @@ int requestTrialCommand(QStringList args) {
         }
         const Reply reply = postJson(server, QStringLiteral("/api/license"),
                                      QStringLiteral("install trial"), *trial);
-        return finish(reply, trialText(server, *trial, reply.object));
+        return finish(reply, trialText(server.url, *trial, reply.object));
     });
 }
 
 int cloudPortalCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList&) {
+    return onServer(std::move(args), [](const Server& server, QStringList&) {
         const Reply reply =
             getJson(server, QStringLiteral("/api/cloud/portal"), QStringLiteral("cloud portal"));
         return finish(reply,

@@ -38,7 +38,7 @@ QString refusalText(const Answer& answer, const QString& base) {
 std::optional<QJsonObject> requestTrialLicense(const QString& licensee) {
     const QString base = fromEnvironment("QUORVELLE_TRIAL_URL", kLicensingService);
     const Answer answer =
-        postJsonAs(fromEnvironment("QUORVELLE_TRIAL_TOKEN", kLicensingToken), base,
+        askJson({.url = base, .token = fromEnvironment("QUORVELLE_TRIAL_TOKEN", kLicensingToken)},
                    QStringLiteral("/api/trial"), {{QStringLiteral("name"), licensee}});
     if (!answer.ok) {
         printError(refusalText(answer, base));

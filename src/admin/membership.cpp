@@ -6,18 +6,18 @@ namespace quorvelle {
 
 namespace {
 
-using Call = Reply (*)(const QString& server, const QString& path, const QString& label,
+using Call = Reply (*)(const Server& server, const QString& path, const QString& label,
                        const QueryItems& query);
 
 int changeMembers(QStringList args, const MembershipChange& change, Call call) {
-    return onServer(std::move(args), 2, [&](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 2, [&](const Server& server, QStringList& rest) {
         const Reply reply = call(server, apiPath(change.path, rest.first()), change.label,
                                  {{change.key, rest.last()}});
         return finish(reply, change.text.arg(rest.first(), rest.last()) + u'\n');
     });
 }
 
-Reply post(const QString& server, const QString& path, const QString& label,
+Reply post(const Server& server, const QString& path, const QString& label,
            const QueryItems& query) {
     return postEmpty(server, path, label, query);
 }

@@ -26,14 +26,4 @@ QString idText(const QJsonValue& value) {
     return value.isDouble() ? wholeNumber(value) : value.toString();
 }
 
-QString listing(const QString& none, const QString& heading, const QJsonValue& objects,
-                const std::function<QString(const QJsonObject&)>& line) {
-    const QJsonArray array = objects.toArray();
-    QString text = (array.isEmpty() ? none : heading) + u'\n';
-    for (const QJsonValue& object : array) {
-        text += line(object.toObject()) + u'\n';
-    }
-    return text;
-}
-
 }  // namespace quorvelle

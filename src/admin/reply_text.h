@@ -2,7 +2,6 @@
 
 #include <QJsonObject>
 #include <QString>
-#include <functional>
 
 /// How the values of a server's reply are written in a line.
 
@@ -19,10 +18,5 @@ QString wholeNumber(const QJsonValue& value);
 
 /// The id of a thing, which servers give as a string or as a number; "" when it is neither.
 QString idText(const QJsonValue& value);
-
-/// The text of a listing: `none` for an empty array, else the heading and the line of
-/// each object. None of the parts carries a line end.
-QString listing(const QString& none, const QString& heading, const QJsonValue& objects,
-                const std::function<QString(const QJsonObject&)>& line);
 
 }  // namespace quorvelle

@@ -1,6 +1,7 @@
-#include "admin/sso_commands.h"
+#include "admin/commands.h"
 
 #include "admin/sso_map_command.h"
+#include "admin/sub_words.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
@@ -24,19 +25,19 @@ QString ssoText(const QString& server, const QJsonObject& config) {
                                                   : QStringLiteral("missing"));
 }
 
-int showSso(const QString& server) {
+int showSso(const Server& server, QStringList&) {
     const Reply reply = getJson(server, kConfigPath, QStringLiteral("sso show"));
-    return finish(reply, ssoText(server, reply.object));
+    return finish(reply, ssoText(server.url, reply.object));
 }
 
-int testSso(const QString& server) {
+int testSso(const Server& server, QStringList&) {
     const Reply reply =
         postEmpty(server, QStringLiteral("/api/sso/config/test"), QStringLiteral("sso test"));
     return finish(reply, QStringLiteral("Provider reachable: sign-in at %1\n")
                              .arg(reply.object.value(u"authorization_endpoint").toString()));
 }
 
-int setSso(const QString& server, QStringList& args) {
+int setSso(const Server& server, QStringList& args) {
     const QString issuer = takeOption(args, QStringLiteral("--issuer"));
     const QString clientId = takeOption(args, QStringLiteral("--client-id"));
     const QString secret = takeOption(args, QStringLiteral("--client-secret"));
@@ -58,33 +59,19 @@ int setSso(const QString& server, QStringList& args) {
         QStringLiteral("SSO configured: %1\n").arg(reply.object.value(u"issuer").toString()));
 }
 
-int clearSso(const QString& server) {
+int clearSso(const Server& server, QStringList&) {
     const Reply reply = deleteResource(server, kConfigPath, QStringLiteral("sso clear"));
-    return finish(reply, QStringLiteral("SSO cleared on %1\n").arg(server));
+    return finish(reply, QStringLiteral("SSO cleared on %1\n").arg(server.url));
 }
 
 }  // namespace
 
 int ssoCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
-        const QString word = rest.isEmpty() ? QString() : rest.takeFirst();
-        if (word == u"map") {
-            return ssoMapCommand(server, rest);
-        }
-        if (word == u"set") {
-            return setSso(server, rest);
-        }
-        if (rest.isEmpty() && word == u"show") {
-            return showSso(server);
-        }
-        if (rest.isEmpty() && word == u"test") {
-            return testSso(server);
-        }
-        if (rest.isEmpty() && word == u"clear") {
-            return clearSso(server);
-        }
-        return printUsage();
-    });
+    return onSubWord(std::move(args), {{QStringLiteral("show"), showSso},
+                                       {QStringLiteral("test"), testSso},
+                                       {QStringLiteral("set"), setSso, true},
+                                       {QStringLiteral("clear"), clearSso},
+                                       {QStringLiteral("map"), ssoMapCommand, true}});
 }
 
 }  // namespace quorvelle

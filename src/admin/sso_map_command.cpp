@@ -48,12 +48,12 @@ QString mappingText(const QString& server, const QJsonObject& reply) {
                        QStringLiteral("group:        "));
 }
 
-int listMapping(const QString& server) {
+int listMapping(const Server& server) {
     const Reply reply = getJson(server, kMappingPath, QStringLiteral("sso map list"));
-    return finish(reply, mappingText(server, reply.object));
+    return finish(reply, mappingText(server.url, reply.object));
 }
 
-int changeMapping(const QString& server, const Change& change) {
+int changeMapping(const Server& server, const Change& change) {
     const QString label = QStringLiteral("sso map");
     const Reply current = getJson(server, kMappingPath, label);
     if (!current.ok) {
@@ -102,7 +102,7 @@ Change removeEntry(const QString& name) {
     };
 }
 
-int setClaims(const QString& server, QStringList& args) {
+int setClaims(const Server& server, QStringList& args) {
     const QString roles = takeOption(args, QStringLiteral("--roles"));
     const QString groups = takeOption(args, QStringLiteral("--groups"));
     if (!args.isEmpty() || (roles.isEmpty() && groups.isEmpty())) {
@@ -122,7 +122,7 @@ int setClaims(const QString& server, QStringList& args) {
 
 }  // namespace
 
-int ssoMapCommand(const QString& server, QStringList& args) {
+int ssoMapCommand(const Server& server, QStringList& args) {
     const QString word = args.isEmpty() ? QString() : args.takeFirst();
     const qsizetype count = args.size();
     if (word == u"list" && count == 0) {

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <QString>
 #include <QStringList>
+
+#include "server/server.h"
 
 namespace quorvelle {
 
@@ -9,6 +10,6 @@ namespace quorvelle {
 /// provider become which here. `args` begins after "map"; the server is resolved.
 ///
 /// A change reads the whole mapping and writes it back, with all that it does not know.
-int ssoMapCommand(const QString& server, QStringList& args);
+int ssoMapCommand(const Server& server, QStringList& args);
 
 }  // namespace quorvelle

@@ -1,4 +1,5 @@
-#include "admin/storage_commands.h"
+#include "admin/commands.h"
+#include "admin/sub_words.h"
 
 #include "admin/bucket_options.h"
 #include "console/exit_code.h"
@@ -22,12 +23,12 @@ QString storageText(const QString& server, const QJsonObject& storage) {
              storage.value(u"bucket").toString(), storage.value(u"access_key_hint").toString());
 }
 
-int showStorage(const QString& server) {
+int showStorage(const Server& server, QStringList&) {
     const Reply reply = getJson(server, kStoragePath, QStringLiteral("storage show"));
-    return finish(reply, storageText(server, reply.object));
+    return finish(reply, storageText(server.url, reply.object));
 }
 
-int testStorage(const QString& server) {
+int testStorage(const Server& server, QStringList&) {
     const Reply reply =
         postEmpty(server, QStringLiteral("/api/storage/test"), QStringLiteral("storage test"));
     return finish(
@@ -35,7 +36,7 @@ int testStorage(const QString& server) {
         QStringLiteral("Bucket reachable: '%1'\n").arg(reply.object.value(u"bucket").toString()));
 }
 
-int setStorage(const QString& server, QStringList& args) {
+int setStorage(const Server& server, QStringList& args) {
     const BucketOptions options = takeBucketOptions(args);
     if (!args.isEmpty()) {
         return printUsage();
@@ -51,30 +52,18 @@ int setStorage(const QString& server, QStringList& args) {
                              .arg(reply.object.value(u"bucket").toString()));
 }
 
-int forgetStorage(const QString& server) {
+int forgetStorage(const Server& server, QStringList&) {
     const Reply reply = deleteResource(server, kStoragePath, QStringLiteral("storage forget"));
-    return finish(reply, QStringLiteral("Build storage forgotten on %1\n").arg(server));
+    return finish(reply, QStringLiteral("Build storage forgotten on %1\n").arg(server.url));
 }
 
 }  // namespace
 
-int storageCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
-        const QString word = rest.isEmpty() ? QString() : rest.takeFirst();
-        if (word == u"set") {
-            return setStorage(server, rest);
-        }
-        if (rest.isEmpty() && word == u"show") {
-            return showStorage(server);
-        }
-        if (rest.isEmpty() && word == u"test") {
-            return testStorage(server);
-        }
-        if (rest.isEmpty() && word == u"forget") {
-            return forgetStorage(server);
-        }
-        return printUsage();
-    });
+int storageSettingsCommand(QStringList args) {
+    return onSubWord(std::move(args), {{QStringLiteral("show"), showStorage},
+                                       {QStringLiteral("test"), testStorage},
+                                       {QStringLiteral("set"), setStorage, true},
+                                       {QStringLiteral("forget"), forgetStorage}});
 }
 
 }  // namespace quorvelle

@@ -1,4 +1,4 @@
-#include "admin/token_command.h"
+#include "admin/commands.h"
 
 #include "console/arguments.h"
 #include "console/usage.h"
@@ -7,7 +7,7 @@
 namespace quorvelle {
 
 int tokenCreateCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const QString user = takeOption(rest, QStringLiteral("--user"));
         if (rest.size() != 1 || user.isEmpty()) {
             return printUsage();

@@ -1,6 +1,7 @@
-#include "admin/user_commands.h"
+#include "admin/commands.h"
 
 #include "admin/membership.h"
+#include "admin/list_command.h"
 #include "admin/reply_text.h"
 #include "admin/roles.h"
 #include "console/arguments.h"
@@ -39,8 +40,8 @@ QString createdText(const QString& server, const QString& name, const QString& r
         .arg(name, server);
 }
 
-int setDisabled(QStringList args, bool disabled) {
-    return onServer(std::move(args), 1, [disabled](const QString& server, QStringList& rest) {
+int setUserDisabled(QStringList args, bool disabled) {
+    return onServer(std::move(args), 1, [disabled](const Server& server, QStringList& rest) {
         const QString& user = rest.first();
         const Reply reply =
             postEmpty(server, apiPath(QStringLiteral("/api/users/%1/disabled"), user),
@@ -58,22 +59,18 @@ MembershipChange ofGroup(const QString& label, const QString& text) {
     return {QStringLiteral("/api/users/%1/groups"), QStringLiteral("group"), label, text};
 }
 
-MembershipChange ofChannel(const QString& label, const QString& text) {
+MembershipChange ofFollowed(const QString& label, const QString& text) {
     return {QStringLiteral("/api/users/%1/channels"), QStringLiteral("channel"), label, text};
 }
 
 }  // namespace
 
 int usersCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList&) {
-        const Reply reply = getJson(server, QStringLiteral("/api/users"), QStringLiteral("users"));
-        const QString heading = QStringLiteral("Users on %1:").arg(server);
-        return finish(reply, listing(heading, heading, reply.object.value(u"users"), userLine));
-    });
+    return runListCommand(std::move(args), {.name = QStringLiteral("users"), .path = QStringLiteral("/api/users"), .heading = QStringLiteral("Users on %1:"), .none = QStringLiteral("Users on %1:"), .line = userLine});
 }
 
 int userCreateCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const bool isService = takeFlag(rest, QStringLiteral("--service"));
         const QString role =
             takeGiven(rest, QStringLiteral("--role")).value_or(isService ? kPublisher : kMember);
@@ -87,12 +84,12 @@ int userCreateCommand(QStringList args) {
         }
         const Reply reply = postEmpty(server, apiPath(QStringLiteral("/api/users/%1"), name),
                                       QStringLiteral("user create"), query);
-        return finish(reply, createdText(server, name, role, isService));
+        return finish(reply, createdText(server.url, name, role, isService));
     });
 }
 
 int userDeleteCommand(QStringList args) {
-    return onServer(std::move(args), 1, [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& user = rest.first();
         const Reply reply = deleteResource(server, apiPath(QStringLiteral("/api/users/%1"), user),
                                            QStringLiteral("user delete"));
@@ -112,26 +109,26 @@ int userLeaveGroupCommand(QStringList args) {
 }
 
 int userFollowCommand(QStringList args) {
-    return addMember(std::move(args), ofChannel(QStringLiteral("follow"),
+    return addMember(std::move(args), ofFollowed(QStringLiteral("follow"),
                                                 QStringLiteral("User '%1' now follows '%2'")));
 }
 
 int userUnfollowCommand(QStringList args) {
     return removeMember(
         std::move(args),
-        ofChannel(QStringLiteral("unfollow"), QStringLiteral("User '%1' no longer follows '%2'")));
+        ofFollowed(QStringLiteral("unfollow"), QStringLiteral("User '%1' no longer follows '%2'")));
 }
 
 int userDisableCommand(QStringList args) {
-    return setDisabled(std::move(args), true);
+    return setUserDisabled(std::move(args), true);
 }
 
 int userEnableCommand(QStringList args) {
-    return setDisabled(std::move(args), false);
+    return setUserDisabled(std::move(args), false);
 }
 
 int userSetRoleCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const auto channels = takeGiven(rest, QStringLiteral("--channels"));
         if (rest.size() != 2 || !isRole(rest.last())) {
             return printUsage();

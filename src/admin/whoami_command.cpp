@@ -1,4 +1,4 @@
-#include "admin/whoami_command.h"
+#include "admin/commands.h"
 
 #include "admin/reply_text.h"
 #include "server/on_server.h"
@@ -6,11 +6,11 @@
 namespace quorvelle {
 
 int whoamiCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList&) {
+    return onServer(std::move(args), [](const Server& server, QStringList&) {
         const Reply reply = getJson(server, QStringLiteral("/api/me"), QStringLiteral("whoami"));
         return finish(reply,
                       QStringLiteral("%1: you are '%2' (%3)\nGroups: %4\nAssigned channels: %5\n")
-                          .arg(server, reply.object.value(u"name").toString(),
+                          .arg(server.url, reply.object.value(u"name").toString(),
                                reply.object.value(u"role").toString(),
                                namesOrNone(reply.object.value(u"groups")),
                                namesOrNone(reply.object.value(u"channels"))));

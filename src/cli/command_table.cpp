@@ -1,30 +1,11 @@
 #include "cli/command_table.h"
 
-#include "account/join_command.h"
-#include "account/login_command.h"
+#include "account/commands.h"
 #include "account/reconcile_command.h"
-#include "admin/access_request_commands.h"
-#include "admin/backup_commands.h"
-#include "admin/build_commands.h"
-#include "admin/channel_commands.h"
-#include "admin/channel_launch_command.h"
-#include "admin/group_commands.h"
-#include "admin/invite_commands.h"
-#include "admin/license_commands.h"
-#include "admin/server_version_command.h"
-#include "admin/sso_commands.h"
-#include "admin/storage_commands.h"
-#include "admin/token_command.h"
-#include "admin/user_commands.h"
-#include "admin/whoami_command.h"
-#include "cli/config_command.h"
-#include "cli/server_entry_commands.h"
-#include "cli/subscription_commands.h"
-#include "cli/version_command.h"
-#include "launch/run_command.h"
-#include "onboarding/storage_init_command.h"
-#include "publish/promote_command.h"
-#include "publish/push_command.h"
+#include "admin/commands.h"
+#include "cli/commands.h"
+#include "launch/commands.h"
+#include "publish/commands.h"
 #include "sync/sync_command.h"
 
 namespace quorvelle {
@@ -95,20 +76,17 @@ constexpr Command kCommands[] = {
               "  quorvelle sso map remove <idp-role-or-group> [--server <url>]\n"
               "  quorvelle sso map default <role> [--server <url>]\n"
               "  quorvelle sso map claims --roles <claim> --groups <claim> [--server <url>]\n"},
-    {.words = "storage init",
-     .handler = storageInitCommand,
-     .summary = "create a Cloudflare R2 bucket and connect a server to it",
+    {.words = "storage",
+     .handler = storageCommand,
+     .summary = "show, change or set up where a server keeps tide builds",
      .usage = "  quorvelle storage init [--bucket <name>] [--jurisdiction eu|us|none] "
               "[--single-token]\n"
               "            [--account-id <id>] [--token-file <path>] [--server <url>]\n"
               "            [--yes] [--ci-secret-file <path>]\n"
               "            Cloudflare R2 onboarding; token from CLOUDFLARE_API_TOKEN or "
               "--token-file\n"
-              "            without --yes it only reports what it would do\n"},
-    {.words = "storage",
-     .handler = storageCommand,
-     .summary = "show or change where a server keeps tide builds",
-     .usage = "  quorvelle storage show|test|forget [--server <url>]\n"
+              "            without --yes it only reports what it would do\n"
+              "  quorvelle storage show|test|forget [--server <url>]\n"
               "  quorvelle storage set --endpoint <url> --bucket <b> --access-key <k>\n"
               "            --secret-key <s> [--region <r>] [--server <url>]\n"},
     {.words = "backup",
@@ -173,29 +151,24 @@ constexpr Command kCommands[] = {
      .summary = "let everybody read a channel, or no longer",
      .usage = "  quorvelle channel public <name> true|false [--server <url>]\n"},
     {.words = "channel launch list",
-     .leastArguments = 1,
      .handler = channelLaunchListCommand,
      .summary = "list a channel's launch targets",
      .usage = "  quorvelle channel launch list <channel> [--server <url>]\n"},
     {.words = "channel launch add",
-     .leastArguments = 1,
      .handler = channelLaunchAddCommand,
      .summary = "add or replace a launch target of a channel",
      .usage = "  quorvelle channel launch add <channel> --label <l> --exe <rel-path> [--args <a>] "
               "[--primary] [--server <url>]\n"},
     {.words = "channel launch remove",
-     .leastArguments = 1,
      .handler = channelLaunchRemoveCommand,
      .summary = "remove a launch target from a channel",
      .usage = "  quorvelle channel launch remove <channel> <label> [--server <url>]\n"},
     {.words = "channel launch primary",
-     .leastArguments = 1,
      .handler = channelLaunchPrimaryCommand,
      .summary = "choose the launch target that runs by default",
      .usage =
          "  quorvelle channel launch primary <channel> (<label> | --clear) [--server <url>]\n"},
     {.words = "channel launch clear",
-     .leastArguments = 1,
      .handler = channelLaunchClearCommand,
      .summary = "remove all launch targets from a channel",
      .usage = "  quorvelle channel launch clear <channel> [--server <url>]\n"},

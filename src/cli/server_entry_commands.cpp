@@ -1,4 +1,4 @@
-#include "cli/server_entry_commands.h"
+#include "cli/commands.h"
 
 #include <QDir>
 

@@ -1,4 +1,4 @@
-#include "cli/subscription_commands.h"
+#include "cli/commands.h"
 
 #include <optional>
 
@@ -24,16 +24,6 @@ bool savedSubscriptions(config::Change& change) {
         printError(config::couldNotWrite());
     }
     return done;
-}
-
-/// The token to store: the one given, else the one that requests to the server would
-/// use now.
-QString tokenFor(const QJsonObject& document, const QString& server, const QString& given) {
-    if (!given.isEmpty()) {
-        return given;
-    }
-    const QString stored = config::findServer(document, server).value(u"token").toString();
-    return stored.isEmpty() ? resolveToken() : stored;
 }
 
 /// One setting of a subscription: how it is typed, where it is stored, what is said.
@@ -102,7 +92,8 @@ int subscribeCommand(QStringList args) {
                             {QStringLiteral("dir"), absolutePath(dir)},
                             {QStringLiteral("interval_seconds"), *interval},
                             {QStringLiteral("self_heal"), *selfHeal},
-                            {QStringLiteral("token"), tokenFor(change.document, server, token)}};
+                            {QStringLiteral("token"),
+                             token.isEmpty() ? tokenFor(change.document, server) : token}};
     entries.append(entry);
     change.document.insert(kSubscriptions, entries);
     if (!token.isEmpty()) {

@@ -1,4 +1,4 @@
-#include "cli/version_command.h"
+#include "cli/commands.h"
 
 #include <QCoreApplication>
 

@@ -1,4 +1,4 @@
-#include "launch/run_command.h"
+#include "launch/commands.h"
 
 #include <QDir>
 

@@ -1,6 +1,5 @@
 #include "onboarding/bounded_calls.h"
 
-#include <QEventLoop>
 #include <QTimer>
 #include <utility>
 
@@ -22,28 +21,28 @@ CallResult BoundedCalls::send(HttpRequest request, const TimeLimit& limit,
         return {.reason = interrupted};
     }
     HttpExchange exchange(network, std::move(request));
-    QEventLoop loop;
-    QObject::connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
-    QString givenUp;
-    const auto giveUp = [&](const QString& reason) {
-        givenUp = reason;
-        exchange.abort(reason);
+    // Ends with the call, and with it what waits for an interrupt.
+    QObject context;
+    bool gaveUp = false;
+    const auto giveUp = [&] {
+        gaveUp = true;
+        exchange.abort(interrupted);
     };
-    QTimer::singleShot(limit.time, &loop, [&] { giveUp(limit.text); });
     if (onInterrupt != OnInterrupt::kGoOn) {
         const int countBefore = interrupts.count();
-        QObject::connect(&interrupts, &Interrupts::arrived, &loop, [&, countBefore] {
+        QObject::connect(&interrupts, &Interrupts::arrived, &context, [&, countBefore] {
             if (onInterrupt == OnInterrupt::kGiveUp || interrupts.count() > countBefore + 1) {
-                giveUp(interrupted);
+                giveUp();
             } else {
-                QTimer::singleShot(graceTime, &loop, [&] { giveUp(interrupted); });
+                QTimer::singleShot(graceTime, &context, giveUp);
             }
         });
     }
-    exchange.start();
-    loop.exec();
-    if (!givenUp.isEmpty()) {
-        return {.reason = givenUp};
+    if (!awaitFor(exchange, limit)) {
+        return {.reason = limit.text};
+    }
+    if (gaveUp) {
+        return {.reason = interrupted};
     }
     if (!exchange.succeeded()) {
         return {.status = exchange.statusCode(),

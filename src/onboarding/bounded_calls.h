@@ -5,6 +5,7 @@
 #include <QString>
 #include <chrono>
 
+#include "server/await_exchange.h"
 #include "server/http_exchange.h"
 
 namespace quorvelle::onboarding {
@@ -33,12 +34,6 @@ enum class OnInterrupt {
     /// seconds more, unless a second interrupt comes.
     kGiveUpSoon,
     kGoOn,  ///< for calls that undo
-};
-
-/// How long a call may take, and what it fails with afterwards.
-struct TimeLimit {
-    std::chrono::milliseconds time;
-    QString text;
 };
 
 /// Blocking requests that end: by an answer, by their time limit, or by an interrupt.

@@ -5,6 +5,7 @@
 
 #include "console/exit_code.h"
 #include "onboarding/cloudflare_api.h"
+#include "server/server.h"
 
 /// What a run finds out at Cloudflare before it changes anything.
 
@@ -18,8 +19,7 @@ struct Options {
     /// "eu", "us" or empty.
     QString jurisdiction = {};
     bool singleToken = false;
-    /// Base URL without trailing slashes.
-    QString server = {};
+    Server server = {};
 };
 
 /// Why a run ends early.

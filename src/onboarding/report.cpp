@@ -56,11 +56,11 @@ QString preflightText(const Options& options, const Preflight& found) {
            QStringLiteral("\nS3 endpoint:        ") +
            s3Endpoint(found.account.id, options.jurisdiction) +
            QStringLiteral("\nCredentials:        ") + credentials +
-           QStringLiteral("\nServer to configure: ") + options.server + u'\n';
+           QStringLiteral("\nServer to configure: ") + options.server.url + u'\n';
 }
 
 QString onboardedText(const Options& options, const Onboarded& result) {
-    return QStringLiteral("\nBuild storage is connected on ") + options.server +
+    return QStringLiteral("\nBuild storage is connected on ") + options.server.url +
            QStringLiteral(":\n  bucket:   ") + options.bucket + QStringLiteral("\n  endpoint: ") +
            result.endpoint + QStringLiteral("\n  tokens:   ") + tokensText(options, result) + u'\n';
 }
@@ -83,7 +83,7 @@ QJsonObject reportObject(const Options& options, const Preflight& found, const O
                        {QStringLiteral("bucket"), options.bucket},
                        {QStringLiteral("jurisdiction"), jurisdictionName(options)},
                        {QStringLiteral("endpoint"), endpoint},
-                       {QStringLiteral("server"), options.server},
+                       {QStringLiteral("server"), options.server.url},
                        {QStringLiteral("created"), result != nullptr}};
     if (result != nullptr) {
         object.insert(QStringLiteral("tokens"), tokensArray(options, *result));

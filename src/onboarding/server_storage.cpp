@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "config/server_url.h"
-#include "server/server_option.h"
 #include "server/url.h"
 
 namespace quorvelle::onboarding {
@@ -18,34 +17,34 @@ constexpr qint64 kActivationMs = 30000;
 
 const QString kStoragePath = QStringLiteral("/api/storage");
 
-QString timeOutText(const QString& server) {
-    return QStringLiteral("%1 did not answer within a minute").arg(server);
+QString timeOutText(const Server& server) {
+    return QStringLiteral("%1 did not answer within a minute").arg(server.url);
 }
 
-CallResult call(BoundedCalls& calls, const QString& server, HttpRequest request,
+CallResult call(BoundedCalls& calls, const Server& server, HttpRequest request,
                 OnInterrupt onInterrupt) {
-    request.token = requestToken();
+    request.token = server.token;
     return calls.send(std::move(request), {std::chrono::minutes(1), timeOutText(server)},
                       onInterrupt);
 }
 
-CallResult read(BoundedCalls& calls, const QString& server, const QString& path,
+CallResult read(BoundedCalls& calls, const Server& server, const QString& path,
                 OnInterrupt onInterrupt) {
-    return call(calls, server, {.method = "GET", .url = apiUrl(server, path)}, onInterrupt);
+    return call(calls, server, {.method = "GET", .url = apiUrl(server.url, path)}, onInterrupt);
 }
 
 }  // namespace
 
-bool backupsShareBucket(BoundedCalls& calls, const QString& server) {
+bool backupsShareBucket(BoundedCalls& calls, const Server& server) {
     const CallResult reply =
         read(calls, server, QStringLiteral("/api/backups"), OnInterrupt::kGiveUp);
     return reply.succeeded && reply.object.value(u"shared").toBool();
 }
 
-SaveResult saveStorage(BoundedCalls& calls, const QString& server, const QJsonObject& settings) {
+SaveResult saveStorage(BoundedCalls& calls, const Server& server, const QJsonObject& settings) {
     const CallResult result = call(calls, server,
                                    {.method = "PUT",
-                                    .url = apiUrl(server, kStoragePath),
+                                    .url = apiUrl(server.url, kStoragePath),
                                     .contentType = "application/json",
                                     .body = QJsonDocument(settings).toJson(QJsonDocument::Compact)},
                                    OnInterrupt::kGiveUpSoon);
@@ -54,12 +53,12 @@ SaveResult saveStorage(BoundedCalls& calls, const QString& server, const QJsonOb
     }
     if (result.answered()) {
         return {Outcome::kRefused,
-                QStringLiteral("%1 refused the storage settings: %2").arg(server, result.reason)};
+                QStringLiteral("%1 refused the storage settings: %2").arg(server.url, result.reason)};
     }
     return {Outcome::kNoAnswer,
             result.reason == timeOutText(server)
                 ? result.reason
-                : QStringLiteral("%1 did not answer: %2").arg(server, result.reason)};
+                : QStringLiteral("%1 did not answer: %2").arg(server.url, result.reason)};
 }
 
 SaveResult saveUntilActive(const std::function<SaveResult()>& save, const Clock& clock,
@@ -82,7 +81,7 @@ SaveResult saveUntilActive(const std::function<SaveResult()>& save, const Clock&
     return result;
 }
 
-bool hasStorage(BoundedCalls& calls, const QString& server, const QJsonObject& settings) {
+bool hasStorage(BoundedCalls& calls, const Server& server, const QJsonObject& settings) {
     const CallResult reply = read(calls, server, kStoragePath, OnInterrupt::kGoOn);
     const auto text = [&reply](QStringView key) {
         return withoutTrailingSlashes(reply.object.value(key).toString());

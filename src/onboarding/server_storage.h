@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "onboarding/bounded_calls.h"
+#include "server/server.h"
 
 /// The server's side of a new bucket: what it says of its backups, and how it takes the
 /// credential.
@@ -33,11 +34,11 @@ struct SaveResult {
 
 /// Whether the server keeps its backups in the build bucket. A server that cannot be
 /// asked counts as one that does not.
-bool backupsShareBucket(BoundedCalls& calls, const QString& server);
+bool backupsShareBucket(BoundedCalls& calls, const Server& server);
 
 /// Hands the settings (storageSettings) to the server, which tries them before it
 /// answers. Waits for at most a minute.
-SaveResult saveStorage(BoundedCalls& calls, const QString& server, const QJsonObject& settings);
+SaveResult saveStorage(BoundedCalls& calls, const Server& server, const QJsonObject& settings);
 
 /// Saves until the server accepts: Cloudflare needs some seconds to make a credential
 /// usable, so that the first refusals mean nothing. Tries again every two seconds until
@@ -49,6 +50,6 @@ SaveResult saveUntilActive(const std::function<SaveResult()>& save, const Clock&
 
 /// Asks the server once whether these are its settings now; settles what a save without
 /// an answer did.
-bool hasStorage(BoundedCalls& calls, const QString& server, const QJsonObject& settings);
+bool hasStorage(BoundedCalls& calls, const Server& server, const QJsonObject& settings);
 
 }  // namespace quorvelle::onboarding

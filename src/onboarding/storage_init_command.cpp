@@ -78,8 +78,12 @@ std::optional<int> readRequest(QStringList args, quint64 random, Request& reques
         return fail(QStringLiteral("bucket name '%1': %2").arg(options.bucket, problem),
                     kExitUsage);
     }
-    options.server = resolveServer(args);
-    return options.server.isEmpty() ? std::optional(kExitUsage) : std::nullopt;
+    const auto server = resolveServer(args);
+    if (!server) {
+        return kExitUsage;
+    }
+    options.server = *server;
+    return std::nullopt;
 }
 
 int failWith(const Failure& failure) {

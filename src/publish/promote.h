@@ -7,7 +7,7 @@
 namespace quorvelle {
 
 /// Points a channel at a build; a failure has been printed with the label "promote".
-Reply promoteBuild(const QString& server, const QString& channel, const QString& build);
+Reply promoteBuild(const Server& server, const QString& channel, const QString& build);
 
 /// The line that says where a channel now stands, with its line end; `origin` is
 /// appended as it is and may be empty.

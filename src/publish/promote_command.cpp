@@ -1,4 +1,4 @@
-#include "publish/promote_command.h"
+#include "publish/commands.h"
 
 #include "console/arguments.h"
 #include "console/exit_code.h"
@@ -12,7 +12,7 @@ namespace quorvelle {
 namespace {
 
 /// The build that a channel points at, or an empty string after the reason was printed.
-QString buildOfChannel(const QString& server, const QString& channel) {
+QString buildOfChannel(const Server& server, const QString& channel) {
     const Reply reply = getJson(server, apiPath(QStringLiteral("/api/channels/%1"), channel),
                                 QStringLiteral("reading channel '%1'").arg(channel));
     if (!reply.ok) {
@@ -27,7 +27,7 @@ QString buildOfChannel(const QString& server, const QString& channel) {
 
 }  // namespace
 
-Reply promoteBuild(const QString& server, const QString& channel, const QString& build) {
+Reply promoteBuild(const Server& server, const QString& channel, const QString& build) {
     return postEmpty(server, apiPath(QStringLiteral("/api/channels/%1/promote"), channel),
                      QStringLiteral("promote"), {{QStringLiteral("build"), build}});
 }
@@ -37,7 +37,7 @@ QString promotedLine(const QString& channel, const QString& build, const QString
 }
 
 int promoteCommand(QStringList args) {
-    return onServer(std::move(args), [](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const QString source = takeOption(rest, QStringLiteral("--from"));
         if (rest.size() != (source.isEmpty() ? 2 : 1)) {
             return printUsage();

@@ -1,4 +1,4 @@
-#include "publish/push_command.h"
+#include "publish/commands.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -24,7 +24,7 @@ void say(const QString& line) {
     }
 }
 
-bool uploadFile(const QString& server, const QString& build, const QString& file,
+bool uploadFile(const Server& server, const QString& build, const QString& file,
                 const QString& relative) {
     QFile content(file);
     if (!content.open(QIODevice::ReadOnly)) {
@@ -42,7 +42,7 @@ bool uploadFile(const QString& server, const QString& build, const QString& file
 }
 
 /// Uploads, finalizes and promotes; each failure has been printed.
-int publish(const QString& directory, const QStringList& files, const QString& server,
+int publish(const QString& directory, const QStringList& files, const Server& server,
             const QString& build, const QString& channel) {
     const QDir root(directory);
     for (const QString& file : files) {
@@ -65,7 +65,7 @@ int publish(const QString& directory, const QStringList& files, const QString& s
     }
     printResult({{QStringLiteral("build"), build},
                  {QStringLiteral("channel"), channel},
-                 {QStringLiteral("server"), server},
+                 {QStringLiteral("server"), server.url},
                  {QStringLiteral("file_count"), count},
                  {QStringLiteral("total_size"), size}},
                 promotedLine(channel, build));

@@ -8,12 +8,12 @@
 namespace quorvelle {
 
 int onServer(QStringList args, const ServerWork& work) {
-    const QString server = resolveServer(args);
-    return server.isEmpty() ? kExitUsage : work(server, args);
+    const auto server = resolveServer(args);
+    return server ? work(*server, args) : kExitUsage;
 }
 
 int onServer(QStringList args, qsizetype positionals, const ServerWork& work) {
-    return onServer(std::move(args), [&](const QString& server, QStringList& rest) {
+    return onServer(std::move(args), [&](const Server& server, QStringList& rest) {
         return rest.size() == positionals ? work(server, rest) : printUsage();
     });
 }

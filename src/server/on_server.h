@@ -13,7 +13,7 @@ namespace quorvelle {
 
 /// A command's work once its server is known. `args` still holds the options and
 /// positionals; the result is the exit code.
-using ServerWork = std::function<int(const QString& server, QStringList& args)>;
+using ServerWork = std::function<int(const Server& server, QStringList& args)>;
 
 /// Resolves the server (none: the message is printed, kExitUsage) and does the work.
 int onServer(QStringList args, const ServerWork& work);

@@ -1,15 +1,13 @@
 #include "server/requests.h"
 
 #include <QCoreApplication>
-#include <QEventLoop>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
 #include <QPointer>
-#include <utility>
 
 #include "console/output.h"
+#include "server/await_exchange.h"
 #include "server/http_exchange.h"
-#include "server/server_option.h"
 
 namespace quorvelle {
 
@@ -30,18 +28,8 @@ QNetworkAccessManager& networkManager() {
     return *manager;
 }
 
-void await(HttpExchange& exchange) {
-    QEventLoop loop;
-    QObject::connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
-    exchange.start();
-    loop.exec();
-}
-
-Reply call(HttpRequest request, const QString& label, Bearer bearer = Bearer::kToken) {
-    if (bearer == Bearer::kToken) {
-        request.token = requestToken();
-    }
-    HttpExchange exchange(networkManager(), std::move(request));
+Reply call(const HttpRequest& request, const QString& label) {
+    HttpExchange exchange(networkManager(), request);
     await(exchange);
     if (!exchange.succeeded()) {
         printError(exchange.failureText(label));
@@ -50,61 +38,60 @@ Reply call(HttpRequest request, const QString& label, Bearer bearer = Bearer::kT
     return {exchange.object(), true};
 }
 
-QByteArray compact(const QJsonObject& object) {
-    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+HttpRequest withJson(const QByteArray& method, const Server& server, const QString& path,
+                     const QJsonObject& body) {
+    return {.method = method,
+            .url = apiUrl(server.url, path),
+            .token = server.token,
+            .contentType = kJson,
+            .body = QJsonDocument(body).toJson(QJsonDocument::Compact)};
 }
 
 }  // namespace
 
-Reply getJson(const QString& server, const QString& path, const QString& label) {
-    return call({.method = "GET", .url = apiUrl(server, path)}, label);
+Reply getJson(const Server& server, const QString& path, const QString& label) {
+    return call({.method = "GET", .url = apiUrl(server.url, path), .token = server.token}, label);
 }
 
-Reply postJson(const QString& server, const QString& path, const QString& label,
+Reply postJson(const Server& server, const QString& path, const QString& label,
                const QJsonObject& body) {
-    return call({.method = "POST",
-                 .url = apiUrl(server, path),
-                 .contentType = kJson,
-                 .body = compact(body)},
-                label);
+    return call(withJson("POST", server, path, body), label);
 }
 
-Answer postJsonAs(const QString& token, const QString& server, const QString& path,
-                  const QJsonObject& body) {
-    HttpExchange exchange(networkManager(), {.method = "POST",
-                                             .url = apiUrl(server, path),
-                                             .token = token,
-                                             .contentType = kJson,
-                                             .body = compact(body)});
+Answer askJson(const Server& server, const QString& path, const QJsonObject& body) {
+    HttpExchange exchange(networkManager(), withJson("POST", server, path, body));
     await(exchange);
     return {exchange.object(), exchange.statusCode(), exchange.succeeded()};
 }
 
-Reply postEmpty(const QString& server, const QString& path, const QString& label,
-                const QueryItems& query, Bearer bearer) {
-    return call({.method = "POST", .url = apiUrl(server, path, query), .contentType = kBytes},
-                label, bearer);
+Reply postEmpty(const Server& server, const QString& path, const QString& label,
+                const QueryItems& query) {
+    return call({.method = "POST",
+                 .url = apiUrl(server.url, path, query),
+                 .token = server.token,
+                 .contentType = kBytes},
+                label);
 }
 
-Reply putJson(const QString& server, const QString& path, const QString& label,
+Reply putJson(const Server& server, const QString& path, const QString& label,
               const QJsonObject& body) {
-    return call(
-        {.method = "PUT", .url = apiUrl(server, path), .contentType = kJson, .body = compact(body)},
-        label);
+    return call(withJson("PUT", server, path, body), label);
 }
 
-Reply putFile(const QString& server, const QString& path, const QString& label,
+Reply putFile(const Server& server, const QString& path, const QString& label,
               const QueryItems& query, QIODevice& content) {
     return call({.method = "PUT",
-                 .url = apiUrl(server, path, query),
+                 .url = apiUrl(server.url, path, query),
+                 .token = server.token,
                  .contentType = kBytes,
                  .bodyDevice = &content},
                 label);
 }
 
-Reply deleteResource(const QString& server, const QString& path, const QString& label,
+Reply deleteResource(const Server& server, const QString& path, const QString& label,
                      const QueryItems& query) {
-    return call({.method = "DELETE", .url = apiUrl(server, path, query)}, label);
+    return call(
+        {.method = "DELETE", .url = apiUrl(server.url, path, query), .token = server.token}, label);
 }
 
 }  // namespace quorvelle

@@ -3,6 +3,7 @@
 #include <QJsonObject>
 #include <QString>
 
+#include "server/server.h"
 #include "server/url.h"
 
 class QIODevice;
@@ -10,9 +11,9 @@ class QIODevice;
 /// Blocking calls to a server's API, one request each. A call waits in a local
 /// event loop without a time limit; main thread only, one at a time.
 ///
-/// `server` is the base URL, `path` begins with "/" and is already encoded
-/// (apiPath), `label` names the command in messages. The bearer token is the one
-/// of the server that the command resolved (server_option.h).
+/// `path` begins with "/" and is already encoded (apiPath), `label` names the command in
+/// messages. A server that is yet to give its own token has an empty one: it must not be
+/// shown that of another.
 
 namespace quorvelle {
 
@@ -23,10 +24,10 @@ struct Reply {
     bool ok = false;
 };
 
-Reply getJson(const QString& server, const QString& path, const QString& label);
+Reply getJson(const Server& server, const QString& path, const QString& label);
 
 /// Sends the object as compact JSON.
-Reply postJson(const QString& server, const QString& path, const QString& label,
+Reply postJson(const Server& server, const QString& path, const QString& label,
                const QJsonObject& body);
 
 /// What came of a request whose failure the command words itself; nothing was printed.
@@ -38,28 +39,23 @@ struct Answer {
     bool ok = false;
 };
 
-/// Sends the object as compact JSON with the given bearer token; an empty one sends none.
-Answer postJsonAs(const QString& token, const QString& server, const QString& path,
-                  const QJsonObject& body);
-
-/// Whether a request carries the bearer token. None is for a server that is yet to give
-/// its own, which must not be shown the token of another one.
-enum class Bearer { kToken, kNone };
+/// Sends the object as compact JSON.
+Answer askJson(const Server& server, const QString& path, const QJsonObject& body);
 
 /// Sends an empty body of type application/octet-stream.
-Reply postEmpty(const QString& server, const QString& path, const QString& label,
-                const QueryItems& query = {}, Bearer bearer = Bearer::kToken);
+Reply postEmpty(const Server& server, const QString& path, const QString& label,
+                const QueryItems& query = {});
 
 /// Sends the object as compact JSON.
-Reply putJson(const QString& server, const QString& path, const QString& label,
+Reply putJson(const Server& server, const QString& path, const QString& label,
               const QJsonObject& body);
 
 /// Streams the open device from its beginning as application/octet-stream; memory
 /// does not grow with its size.
-Reply putFile(const QString& server, const QString& path, const QString& label,
+Reply putFile(const Server& server, const QString& path, const QString& label,
               const QueryItems& query, QIODevice& content);
 
-Reply deleteResource(const QString& server, const QString& path, const QString& label,
+Reply deleteResource(const Server& server, const QString& path, const QString& label,
                      const QueryItems& query = {});
 
 }  // namespace quorvelle

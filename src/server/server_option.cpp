@@ -1,19 +1,12 @@
 #include "server/server_option.h"
-#include "config/server_url.h"
 
 #include "config/config_document.h"
 #include "config/config_file.h"
+#include "config/server_url.h"
 #include "console/arguments.h"
 #include "console/output.h"
-#include "server/url.h"
 
 namespace quorvelle {
-
-namespace {
-
-QString tokenOverride;
-
-}  // namespace
 
 QString takeServerOption(QStringList& args) {
     QString server = takeOption(args, QStringLiteral("--server"));
@@ -27,24 +20,28 @@ QString takeServerOption(QStringList& args) {
     return server;
 }
 
-QString selectServer(const QString& typed) {
-    const QString server = withoutTrailingSlashes(typed);
-    tokenOverride = config::findServer(config::load(), server).value(u"token").toString();
-    return server;
+Server selectServer(const QString& typed) {
+    const QString url = withoutTrailingSlashes(typed);
+    return {.url = url, .token = tokenFor(config::load(), url)};
 }
 
-QString resolveServer(QStringList& args) {
+std::optional<Server> resolveServer(QStringList& args) {
     const QString typed = takeServerOption(args);
-    return typed.isEmpty() ? typed : selectServer(typed);
+    return typed.isEmpty() ? std::nullopt : std::optional(selectServer(typed));
 }
 
-QString requestToken() {
-    return tokenOverride.isEmpty() ? resolveToken() : tokenOverride;
+QString tokenFor(const QJsonObject& document, const QString& url) {
+    const QString stored = config::findServer(document, url).value(u"token").toString();
+    return stored.isEmpty() ? resolveToken(document) : stored;
+}
+
+QString resolveToken(const QJsonObject& document) {
+    const QString fromEnvironment = qEnvironmentVariable("QUORVELLE_TOKEN");
+    return fromEnvironment.isEmpty() ? document.value(u"token").toString() : fromEnvironment;
 }
 
 QString resolveToken() {
-    const QString fromEnvironment = qEnvironmentVariable("QUORVELLE_TOKEN");
-    return fromEnvironment.isEmpty() ? config::load().value(u"token").toString() : fromEnvironment;
+    return resolveToken(config::load());
 }
 
 }  // namespace quorvelle

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QString>
 #include <QStringList>
+#include <optional>
+
+#include "server/server.h"
 
 /// Which server a command talks to, and with which token.
 
@@ -12,20 +16,19 @@ namespace quorvelle {
 /// the handler then returns kExitUsage.
 QString takeServerOption(QStringList& args);
 
-/// Makes a server the one that requests go to: returns its URL without trailing
-/// slashes and makes the token of its "servers" entry the token override.
-QString selectServer(const QString& typed);
+/// The server of a URL as typed, with the token of tokenFor().
+Server selectServer(const QString& typed);
 
-/// Both steps, as most handlers begin: the URL without trailing slashes, or an
-/// empty string after the message was printed.
-QString resolveServer(QStringList& args);
+/// Both steps, as most handlers begin; nothing after the message was printed.
+std::optional<Server> resolveServer(QStringList& args);
 
-/// The token for requests to the selected server; first non-empty wins: its entry's
-/// token, QUORVELLE_TOKEN, the configuration's top-level token. May be empty.
-QString requestToken();
+/// The token for requests to a server; first non-empty wins: that of the "servers" entry
+/// of exactly this URL, QUORVELLE_TOKEN, the configuration's top-level token. May be empty.
+QString tokenFor(const QJsonObject& document, const QString& url);
 
 /// The token used where no server entry has one: QUORVELLE_TOKEN, else the
 /// configuration's top-level token.
+QString resolveToken(const QJsonObject& document);
 QString resolveToken();
 
 }  // namespace quorvelle

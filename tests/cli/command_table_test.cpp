@@ -25,8 +25,7 @@ admin/backup_commands.cpp admin/bucket_options.cpp | backups
 launch/run_command.cpp | run
 admin/backup_commands.cpp admin/bucket_options.cpp | backup schedule | backup init | backup forget
 admin/sso_commands.cpp admin/sso_map_command.cpp | sso
-onboarding/storage_init_command.cpp | storage init
-admin/storage_commands.cpp admin/bucket_options.cpp | storage
+onboarding/storage_init_command.cpp admin/storage_commands.cpp admin/bucket_options.cpp | storage
 admin/backup_commands.cpp admin/bucket_options.cpp | backup
 cli/server_entry_commands.cpp | server set-root | server set-token
 admin/server_version_command.cpp | server-version
@@ -81,7 +80,8 @@ std::set<std::string> optionsTaken(const QString& files) {
         EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
         const QString code = QString::fromUtf8(file.readAll());
         options.merge(captured(code, "\"(--[a-z][a-z-]*)\""));
-        if (code.contains(QRegularExpression("(resolve|take|on)Server(Option)?\\("))) {
+        if (code.contains(QRegularExpression("((resolve|take|on)Server(Option)?\\(|onSubWord|"
+                                             "runListCommand)|runListCommand|onSubWord"))) {
             options.insert("--server");
         }
     }

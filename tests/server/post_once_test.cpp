@@ -12,12 +12,12 @@ TEST(Requests, SendACreationOnceWhenTheAnswerIsLost) {
     const auto sent = [](auto call) {
         const RawServer server(std::vector<std::string>(8, ""));
         ::testing::internal::CaptureStderr();
-        EXPECT_FALSE(call(server.url()).ok);
+        EXPECT_FALSE(call(Server{server.url()}).ok);
         EXPECT_EQ(::testing::internal::GetCapturedStderr(), "x failed: Connection closed\n");
         return server.served();
     };
-    EXPECT_EQ(sent([](const QString& url) { return postEmpty(url, "/p", "x"); }), 1);
-    EXPECT_EQ(sent([](const QString& url) { return postJson(url, "/p", "x", {}); }), 1);
+    EXPECT_EQ(sent([](const Server& url) { return postEmpty(url, "/p", "x"); }), 1);
+    EXPECT_EQ(sent([](const Server& url) { return postJson(url, "/p", "x", {}); }), 1);
 }
 
 }  // namespace quorvelle::testing

@@ -14,7 +14,7 @@ namespace quorvelle::testing {
 
 TEST(Requests, SendExactlyWhatTheCallSays) {
     struct Row {
-        std::function<Reply(const QString& server)> call;
+        std::function<Reply(const Server& server)> call;
         /// Method and target, Authorization, Content-Type, body.
         const char* seen;
     };
@@ -24,23 +24,22 @@ TEST(Requests, SendExactlyWhatTheCallSays) {
     file.open(QIODevice::ReadOnly);
     file.seek(3);
     ApiServer api;
-    api.config.sandbox.writeConfig(json("{'token':'secret','schema_version':2}"));
     for (const Row& row : {
-             Row{[](const QString& s) { return getJson(s, "/api/me", "x"); },
+             Row{[](const Server& s) { return getJson(s, "/api/me", "x"); },
                  "GET /api/me|Bearer secret|(none)|"},
-             Row{[&](const QString& s) { return postJson(s, "/api/c", "x", body); },
+             Row{[&](const Server& s) { return postJson(s, "/api/c", "x", body); },
                  "POST /api/c|Bearer secret|application/json|{\"a\":\"ü +\",\"b\":[1,true]}"},
-             Row{[](const QString& s) {
+             Row{[](const Server& s) {
                      return postEmpty(s, "/api/p", "x", {{"b", "1"}, {"a", "2"}});
                  },
                  "POST /api/p?b=1&a=2|Bearer secret|application/octet-stream|"},
-             Row{[&](const QString& s) { return putJson(s, "/api/s", "x", body); },
+             Row{[&](const Server& s) { return putJson(s, "/api/s", "x", body); },
                  "PUT /api/s|Bearer secret|application/json|{\"a\":\"ü +\",\"b\":[1,true]}"},
-             Row{[&](const QString& s) {
+             Row{[&](const Server& s) {
                      return putFile(s, "/api/f", "x", {{"path", "a/b"}}, file);
                  },
                  "PUT /api/f?path=a%2Fb|Bearer secret|application/octet-stream|bytes\r\n"},
-             Row{[](const QString& s) {
+             Row{[](const Server& s) {
                      return deleteResource(s, "/api/d", "x", {{"all", "1"}});
                  },
                  "DELETE /api/d?all=1|Bearer secret|(none)|"},
@@ -49,7 +48,7 @@ TEST(Requests, SendExactlyWhatTheCallSays) {
         const QStringList line = QString(row.seen).section(u'|', 0, 0).split(u' ');
         api.server.onJson(line[0].toStdString(), line[1].toStdString(), json("{'reply':1}"));
         api.server.forget();
-        const Reply reply = row.call(api.server.url() + "//");
+        const Reply reply = row.call({api.server.url(), "secret"});
         EXPECT_TRUE(reply.ok);
         EXPECT_EQ(text(reply.object), "{'reply':1}");
         ASSERT_EQ(api.server.requests().size(), 1U);
@@ -76,15 +75,13 @@ TEST(Requests, CarryTheFirstTokenThereIs) {
         api.server.forget();
         api.server.onJson("GET", "/api/me", {});
         QStringList typed{"7", "--server", api.server.url() + "//"};
-        const QString server = resolveServer(typed);
-        EXPECT_EQ(server, api.server.url());
+        const auto server = resolveServer(typed);
+        ASSERT_TRUE(server);
+        EXPECT_EQ(server->url, api.server.url());
         EXPECT_EQ(typed, args("7"));
-        EXPECT_TRUE(getJson(server, "/api/me", "x").ok);
+        EXPECT_TRUE(getJson(*server, "/api/me", "x").ok);
         EXPECT_EQ(api.server.requests().at(0).header("Authorization"), row[3].toStdString());
     }
-    // Another server's token is forgotten with its server.
-    selectServer(api.server.url() + "/elsewhere");
-    EXPECT_EQ(requestToken(), QString());
 }
 
 TEST(ResolveServer, FallsBackOnTheConfiguration) {
@@ -98,7 +95,7 @@ TEST(ResolveServer, FallsBackOnTheConfiguration) {
         config.sandbox.writeConfig({{"schema_version", 2}, {"server", row[1]}});
         QStringList typed = args(row[0]);
         ::testing::internal::CaptureStderr();
-        EXPECT_EQ(resolveServer(typed), row[2]);
+        EXPECT_EQ(resolveServer(typed).value_or(Server{}).url, row[2]);
         EXPECT_EQ(::testing::internal::GetCapturedStderr(),
                   row[2].isEmpty()
                       ? "'server' is not configured (quorvelle config set server <value>)\n"

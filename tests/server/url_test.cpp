@@ -32,8 +32,8 @@ TEST(ApiUrl, SendsEveryNameAsOnePathSegment) {
         日😀         | %E6%97%A5%F0%9F%98%80)")) {
         const std::string segment = row[1].toStdString();
         server.forget();
-        getJson(server.url() + "/base//", apiPath("/api/builds/%1", row[0]), "x");
-        getJson(server.url(), apiPath("/api/channels/%1/launch", row[0]), "x");
+        getJson({server.url() + "/base//"}, apiPath("/api/builds/%1", row[0]), "x");
+        getJson({server.url()}, apiPath("/api/channels/%1/launch", row[0]), "x");
         EXPECT_THAT(server.lines(),
                     ::testing::ElementsAre("GET /base/api/builds/" + segment,
                                            "GET /api/channels/" + segment + "/launch"));
@@ -46,8 +46,8 @@ TEST(ApiUrl, SendsNothingForANameThatWouldChangeThePath) {
     ApiServer api;
     for (const char* name : {".", ".."}) {
         SCOPED_TRACE(name);
-        EXPECT_FALSE(deleteResource(api.server.url(), apiPath("/api/builds/%1", name), "x").ok);
-        EXPECT_FALSE(getJson(api.server.url() + "/base", apiPath("/api/%1/x", name), "x").ok);
+        EXPECT_FALSE(deleteResource({api.server.url()}, apiPath("/api/builds/%1", name), "x").ok);
+        EXPECT_FALSE(getJson({api.server.url() + "/base"}, apiPath("/api/%1/x", name), "x").ok);
     }
     EXPECT_THAT(api.server.lines(), ::testing::IsEmpty());
 }
@@ -56,10 +56,10 @@ TEST(ApiUrl, SendsQueryValuesUnchanged) {
     ApiServer api;
     FakeServer& server = api.server;
     postEmpty(
-        server.url(), "/api/p", "x",
+        {server.url()}, "/api/p", "x",
         {{"path", "a+b c/d&e=f#g%h"}, {"second", "%2B?ü;"}, {"empty", ""}, {"path", "100%1"}});
-    deleteResource(server.url(), "/api/p", "x", {{"a+b", "~-._"}});
-    deleteResource(server.url(), "/api/p", "x", {});
+    deleteResource({server.url()}, "/api/p", "x", {{"a+b", "~-._"}});
+    deleteResource({server.url()}, "/api/p", "x", {});
     EXPECT_THAT(server.lines(),
                 ::testing::ElementsAre("POST /api/p?path=a%2Bb%20c%2Fd%26e%3Df%23g%25h"
                                        "&second=%252B%3F%C3%BC%3B&empty=&path=100%251",
