@@ -52,9 +52,7 @@ int joinCommand(QStringList args) {
     if (!entry) {
         return kExitFailed;
     }
-    if (!jsonMode()) {
-        print(sessionText(QStringLiteral("Joined"), server, reply.object));
-    }
+    printProgress(sessionText(QStringLiteral("Joined"), server, reply.object));
     const Reconciled outcome = reconcileServer(*entry);
     printResult(withChanges(reply.object, outcome), endingText(reply.object, outcome));
     return outcome.ok ? kExitSuccess : kExitFailed;

@@ -41,15 +41,13 @@ int loginCommand(QStringList args) {
     const QString server = withoutTrailingSlashes(args.at(0));
     if (!isWebUrl(server)) {
         // Nobody could open the link, and five minutes would pass before that showed.
-        printError(QStringLiteral("'%1' is no http or https address").arg(server));
-        return kExitUsage;
+        return failWith(kExitUsage, QStringLiteral("'%1' is no http or https address").arg(server));
     }
     SsoLogin login;
     QString url;
     QString error;
     if (!login.start(server, &url, &error)) {
-        printError(error);
-        return kExitFailed;
+        return failWith(kExitFailed, error);
     }
     printOpening(server, url);
     if (!noBrowser) {
@@ -57,16 +55,14 @@ int loginCommand(QStringList args) {
     }
     const SignIn signIn = awaitSignIn(login);
     if (!signIn.ok) {
-        printError(signIn.error.isEmpty() ? QStringLiteral("sign-in failed") : signIn.error);
-        return kExitFailed;
+        return failWith(kExitFailed,
+                        signIn.error.isEmpty() ? QStringLiteral("sign-in failed") : signIn.error);
     }
     const auto entry = storeSession(server, signIn.result, root, QStringLiteral("sign-in"));
     if (!entry) {
         return kExitFailed;
     }
-    if (!jsonMode()) {
-        print(signedInText(server, signIn.result));
-    }
+    printProgress(signedInText(server, signIn.result));
     const Reconciled outcome = reconcileServer(*entry);
     printResult(withChanges(signIn.result, outcome), changesText(outcome));
     return outcome.ok ? kExitSuccess : kExitFailed;

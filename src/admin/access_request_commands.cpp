@@ -61,9 +61,9 @@ int requestAccessCommand(QStringList args) {
     // Whoever asks for access has no token yet.
     const Server server{.url = withoutTrailingSlashes(args.first())};
     const Answer answer = askJson(server, QStringLiteral("/api/access-requests"),
-                                     {{QStringLiteral("name"), name},
-                                      {QStringLiteral("email"), email},
-                                      {QStringLiteral("message"), message}});
+                                  {{QStringLiteral("name"), name},
+                                   {QStringLiteral("email"), email},
+                                   {QStringLiteral("message"), message}});
     if (!answer.ok) {
         printError(refusalText(server.url, answer));
     }
@@ -73,7 +73,12 @@ int requestAccessCommand(QStringList args) {
 }
 
 int requestsCommand(QStringList args) {
-    return runListCommand(std::move(args), {.name = QStringLiteral("requests"), .path = QStringLiteral("/api/access-requests"), .heading = QStringLiteral("Pending access requests on %1:"), .none = QStringLiteral("No pending access requests on %1"), .line = requestLine});
+    return runListCommand(std::move(args),
+                          {.name = QStringLiteral("requests"),
+                           .path = QStringLiteral("/api/access-requests"),
+                           .heading = QStringLiteral("Pending access requests on %1:"),
+                           .none = QStringLiteral("No pending access requests on %1"),
+                           .line = requestLine});
 }
 
 int requestApproveCommand(QStringList args) {

@@ -117,8 +117,7 @@ int backupInitCommand(QStringList args) {
         }
         const QString refusal = initRefusal(shared, options);
         if (!refusal.isEmpty()) {
-            printError(refusal);
-            return kExitUsage;
+            return failWith(kExitUsage, refusal);
         }
         QJsonObject body = shared ? QJsonObject() : options.json();
         body.insert(u"mode", shared ? QStringLiteral("shared") : QStringLiteral("separate"));
@@ -141,8 +140,7 @@ int backupScheduleCommand(QStringList args) {
             bool isNumber = false;
             const qint64 count = keep->toLongLong(&isNumber);
             if (!isNumber || count < 0) {
-                printError(QStringLiteral("--keep must be a number >= 0"));
-                return kExitUsage;
+                return failWith(kExitUsage, QStringLiteral("--keep must be a number >= 0"));
             }
             body.insert(u"keep", count);
         }

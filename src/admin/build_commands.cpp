@@ -55,7 +55,11 @@ int setBuildDisabled(QStringList args, bool disabled) {
 }  // namespace
 
 int buildsCommand(QStringList args) {
-    return runListCommand(std::move(args), {.name = QStringLiteral("builds"), .path = QStringLiteral("/api/builds"), .heading = QStringLiteral("Builds on %1:"), .none = QStringLiteral("No builds on %1"), .line = buildLine});
+    return runListCommand(std::move(args), {.name = QStringLiteral("builds"),
+                                            .path = QStringLiteral("/api/builds"),
+                                            .heading = QStringLiteral("Builds on %1:"),
+                                            .none = QStringLiteral("No builds on %1"),
+                                            .line = buildLine});
 }
 
 int buildCommand(QStringList args) {

@@ -27,7 +27,11 @@ QString channelLine(const QJsonObject& channel) {
 }  // namespace
 
 int channelsCommand(QStringList args) {
-    return runListCommand(std::move(args), {.name = QStringLiteral("channels"), .path = QStringLiteral("/api/channels"), .heading = QStringLiteral("Channels on %1:"), .none = QStringLiteral("No channels on %1"), .line = channelLine});
+    return runListCommand(std::move(args), {.name = QStringLiteral("channels"),
+                                            .path = QStringLiteral("/api/channels"),
+                                            .heading = QStringLiteral("Channels on %1:"),
+                                            .none = QStringLiteral("No channels on %1"),
+                                            .line = channelLine});
 }
 
 int channelCreateCommand(QStringList args) {

@@ -46,9 +46,8 @@ int editTargets(const Place& place, const std::optional<QString>& requiredLabel,
     }
     const QJsonArray targets = reply.object.value(kTargets).toArray();
     if (requiredLabel && indexOfTarget(targets, *requiredLabel) < 0) {
-        printError(QStringLiteral("no launch target labelled '%1' on '%2'")
-                       .arg(*requiredLabel, place.channel));
-        return kExitUsage;
+        return failWith(kExitUsage, QStringLiteral("no launch target labelled '%1' on '%2'")
+                                        .arg(*requiredLabel, place.channel));
     }
     return writeTargets(place, change(targets), text);
 }

@@ -38,7 +38,8 @@ int channelPublicCommand(QStringList args);
 /// `channel launch list <channel>`.
 int channelLaunchListCommand(QStringList args);
 
-/// `channel launch add <channel> --label <l> --exe <rel-path> [--args <a>] [--primary]`: a label that is there already gets the new executable and arguments.
+/// `channel launch add <channel> --label <l> --exe <rel-path> [--args <a>] [--primary]`: a label
+/// that is there already gets the new executable and arguments.
 int channelLaunchAddCommand(QStringList args);
 
 /// `channel launch remove <channel> <label>`.

@@ -1,7 +1,7 @@
 #include "admin/commands.h"
 
-#include "admin/membership.h"
 #include "admin/list_command.h"
+#include "admin/membership.h"
 #include "admin/reply_text.h"
 #include "server/on_server.h"
 
@@ -24,7 +24,11 @@ MembershipChange ofChannel(const QString& label, const QString& text) {
 }  // namespace
 
 int groupsCommand(QStringList args) {
-    return runListCommand(std::move(args), {.name = QStringLiteral("groups"), .path = QStringLiteral("/api/groups"), .heading = QStringLiteral("Groups on %1:"), .none = QStringLiteral("No groups on %1"), .line = groupLine});
+    return runListCommand(std::move(args), {.name = QStringLiteral("groups"),
+                                            .path = QStringLiteral("/api/groups"),
+                                            .heading = QStringLiteral("Groups on %1:"),
+                                            .none = QStringLiteral("No groups on %1"),
+                                            .line = groupLine});
 }
 
 int groupCreateCommand(QStringList args) {

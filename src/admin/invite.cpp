@@ -27,8 +27,7 @@ int runInviteCommand(QStringList args, const MakeInvite& make) {
             return printUsage();
         }
         if (days && !isPositiveNumber(*days)) {
-            printError(QStringLiteral("--days must be a positive number"));
-            return kExitUsage;
+            return failWith(kExitUsage, QStringLiteral("--days must be a positive number"));
         }
         QueryItems terms;
         addGiven(terms, QStringLiteral("groups"), groups);

@@ -48,7 +48,11 @@ int inviteRevokeCommand(QStringList args) {
 }
 
 int invitesCommand(QStringList args) {
-    return runListCommand(std::move(args), {.name = QStringLiteral("invites"), .path = QStringLiteral("/api/invites"), .heading = QStringLiteral("Outstanding invites on %1:"), .none = QStringLiteral("No outstanding invites on %1"), .line = inviteLine});
+    return runListCommand(std::move(args), {.name = QStringLiteral("invites"),
+                                            .path = QStringLiteral("/api/invites"),
+                                            .heading = QStringLiteral("Outstanding invites on %1:"),
+                                            .none = QStringLiteral("No outstanding invites on %1"),
+                                            .line = inviteLine});
 }
 
 }  // namespace quorvelle

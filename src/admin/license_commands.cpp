@@ -71,8 +71,7 @@ int requestTrialCommand(QStringList args) {
             return printUsage();
         }
         if (licensee.isEmpty()) {
-            printError(QStringLiteral("--name <licensee> is required"));
-            return kExitUsage;
+            return failWith(kExitUsage, QStringLiteral("--name <licensee> is required"));
         }
         const std::optional<QJsonObject> trial = requestTrialLicense(licensee);
         if (!trial) {

@@ -39,7 +39,7 @@ std::optional<QJsonObject> requestTrialLicense(const QString& licensee) {
     const QString base = fromEnvironment("QUORVELLE_TRIAL_URL", kLicensingService);
     const Answer answer =
         askJson({.url = base, .token = fromEnvironment("QUORVELLE_TRIAL_TOKEN", kLicensingToken)},
-                   QStringLiteral("/api/trial"), {{QStringLiteral("name"), licensee}});
+                QStringLiteral("/api/trial"), {{QStringLiteral("name"), licensee}});
     if (!answer.ok) {
         printError(refusalText(answer, base));
         return std::nullopt;

@@ -9,10 +9,11 @@ int serverVersionCommand(QStringList args) {
     return onServer(std::move(args), [](const Server& server, QStringList&) {
         const Reply reply =
             getJson(server, QStringLiteral("/api/version"), QStringLiteral("server-version"));
-        return finish(reply, QStringLiteral("%1 %2 (schema v%3) at %4\n")
-                                 .arg(reply.object.value(u"name").toString(),
-                                      reply.object.value(u"version").toString(),
-                                      wholeNumber(reply.object.value(u"schema_version")), server.url));
+        return finish(reply,
+                      QStringLiteral("%1 %2 (schema v%3) at %4\n")
+                          .arg(reply.object.value(u"name").toString(),
+                               reply.object.value(u"version").toString(),
+                               wholeNumber(reply.object.value(u"schema_version")), server.url));
     });
 }
 

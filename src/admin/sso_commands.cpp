@@ -46,8 +46,8 @@ int setSso(const Server& server, QStringList& args) {
         return printUsage();
     }
     if (issuer.isEmpty() || clientId.isEmpty() || secret.isEmpty()) {
-        printError(QStringLiteral("sso set needs --issuer --client-id --client-secret"));
-        return kExitUsage;
+        return failWith(kExitUsage,
+                        QStringLiteral("sso set needs --issuer --client-id --client-secret"));
     }
     const Reply reply = putJson(server, kConfigPath, QStringLiteral("sso set"),
                                 {{QStringLiteral("issuer"), issuer},

@@ -62,8 +62,7 @@ int changeMapping(const Server& server, const Change& change) {
     // What answers without either is something between us and the server; writing a
     // mapping that starts from nothing would drop everything that stands in the real one.
     if (!current.object.contains(u"mapping") && !current.object.contains(u"configured")) {
-        printError(QStringLiteral("sso map failed: the reply holds no mapping"));
-        return kExitFailed;
+        return failWith(kExitFailed, QStringLiteral("sso map failed: the reply holds no mapping"));
     }
     QJsonObject mapping = current.object.value(u"mapping").toObject();
     if (!change(mapping)) {

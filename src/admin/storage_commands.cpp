@@ -42,9 +42,9 @@ int setStorage(const Server& server, QStringList& args) {
         return printUsage();
     }
     if (!options.complete()) {
-        printError(
+        return failWith(
+            kExitUsage,
             QStringLiteral("storage set needs --endpoint --bucket --access-key --secret-key"));
-        return kExitUsage;
     }
     const Reply reply =
         putJson(server, kStoragePath, QStringLiteral("storage set"), options.json());

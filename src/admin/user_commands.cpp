@@ -1,7 +1,7 @@
 #include "admin/commands.h"
 
-#include "admin/membership.h"
 #include "admin/list_command.h"
+#include "admin/membership.h"
 #include "admin/reply_text.h"
 #include "admin/roles.h"
 #include "console/arguments.h"
@@ -66,7 +66,11 @@ MembershipChange ofFollowed(const QString& label, const QString& text) {
 }  // namespace
 
 int usersCommand(QStringList args) {
-    return runListCommand(std::move(args), {.name = QStringLiteral("users"), .path = QStringLiteral("/api/users"), .heading = QStringLiteral("Users on %1:"), .none = QStringLiteral("Users on %1:"), .line = userLine});
+    return runListCommand(std::move(args), {.name = QStringLiteral("users"),
+                                            .path = QStringLiteral("/api/users"),
+                                            .heading = QStringLiteral("Users on %1:"),
+                                            .none = QStringLiteral("Users on %1:"),
+                                            .line = userLine});
 }
 
 int userCreateCommand(QStringList args) {
@@ -110,7 +114,7 @@ int userLeaveGroupCommand(QStringList args) {
 
 int userFollowCommand(QStringList args) {
     return addMember(std::move(args), ofFollowed(QStringLiteral("follow"),
-                                                QStringLiteral("User '%1' now follows '%2'")));
+                                                 QStringLiteral("User '%1' now follows '%2'")));
 }
 
 int userUnfollowCommand(QStringList args) {

@@ -46,8 +46,7 @@ int list() {
 int get(const QString& key) {
     const QJsonObject document = config::load();
     if (!document.contains(key)) {
-        printError(key + QStringLiteral(" is not set"));
-        return kExitUsage;
+        return failWith(kExitUsage, key + QStringLiteral(" is not set"));
     }
     const QString value = document.value(key).toString();
     printResult({{key, value}}, value + u'\n');
@@ -58,8 +57,8 @@ int set(const QString& key, const QString& value) {
     config::Change change;
     change.document.insert(key, value);
     if (!change.save()) {
-        printError(QStringLiteral("Could not write ") + QDir::toNativeSeparators(config::path()));
-        return kExitFailed;
+        return failWith(kExitFailed, QStringLiteral("Could not write ") +
+                                         QDir::toNativeSeparators(config::path()));
     }
     printResult({{key, value}}, key + QStringLiteral(" = ") + value + u'\n');
     return kExitSuccess;
@@ -75,19 +74,19 @@ int configCommand(QStringList args) {
     const bool isGet = action == u"get";
     const QString key = args.value(1);
     if ((isGet || action == u"set") && isLegacyKey(key)) {
-        printError(QStringLiteral("'%1' moved into subscriptions - use 'quorvelle subscribe' / "
-                                  "'quorvelle subscriptions'")
-                       .arg(key));
-        return kExitUsage;
+        return failWith(
+            kExitUsage,
+            QStringLiteral("'%1' moved into subscriptions - use 'quorvelle subscribe' / "
+                           "'quorvelle subscriptions'")
+                .arg(key));
     }
     const bool complete = isGet ? args.size() == 2 : action == u"set" && args.size() == 3;
     if (!complete) {
         return printUsage();
     }
     if (!kKnownKeys.contains(key)) {
-        printError(QStringLiteral("Unknown key '%1'. Known keys: %2")
-                       .arg(key, kKnownKeys.join(QStringLiteral(", "))));
-        return kExitUsage;
+        return failWith(kExitUsage, QStringLiteral("Unknown key '%1'. Known keys: %2")
+                                        .arg(key, kKnownKeys.join(QStringLiteral(", "))));
     }
     return isGet ? get(key) : set(key, args.at(2));
 }

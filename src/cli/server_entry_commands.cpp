@@ -27,8 +27,8 @@ int setServerRootCommand(QStringList args) {
     config::Change change;
     const QString url = config::storedServerUrl(change.document, args.at(0));
     if (config::findServer(change.document, url).isEmpty()) {
-        printError(QStringLiteral("no such server in the client config: %1").arg(args.at(0)));
-        return kExitUsage;
+        return failWith(kExitUsage,
+                        QStringLiteral("no such server in the client config: %1").arg(args.at(0)));
     }
     const QString root = absolutePath(args.at(1));
     const int repointed = config::repointServer(change.document, url, root);

@@ -10,11 +10,11 @@ namespace {
 /// neither an option nor the value of one. -1 without one.
 qsizetype placeOfWord(const QStringList& args) {
     static const QStringList kWithValue{
-        QStringLiteral("--server"),     QStringLiteral("--endpoint"),
-        QStringLiteral("--bucket"),     QStringLiteral("--access-key"),
-        QStringLiteral("--secret-key"), QStringLiteral("--region"),
-        QStringLiteral("--token"),      QStringLiteral("--jurisdiction"),
-        QStringLiteral("--account-id"), QStringLiteral("--token-file"),
+        QStringLiteral("--server"),        QStringLiteral("--endpoint"),
+        QStringLiteral("--bucket"),        QStringLiteral("--access-key"),
+        QStringLiteral("--secret-key"),    QStringLiteral("--region"),
+        QStringLiteral("--token"),         QStringLiteral("--jurisdiction"),
+        QStringLiteral("--account-id"),    QStringLiteral("--token-file"),
         QStringLiteral("--ci-secret-file")};
     for (qsizetype at = 0; at < args.size(); ++at) {
         if (kWithValue.contains(args.at(at))) {

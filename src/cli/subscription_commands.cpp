@@ -41,15 +41,13 @@ int changeSetting(const QStringList& args, const Setting& setting) {
     const QString& name = args.at(0);
     const std::optional<int> value = setting.parse(args.at(1));
     if (!value) {
-        printError(setting.invalid);
-        return kExitUsage;
+        return failWith(kExitUsage, setting.invalid);
     }
     config::Change change;
     QJsonArray entries = config::subscriptions(change.document);
     const qsizetype at = config::indexOfSubscription(entries, name);
     if (at < 0) {
-        printError(QStringLiteral("no subscription named '%1'").arg(name));
-        return kExitUsage;
+        return failWith(kExitUsage, QStringLiteral("no subscription named '%1'").arg(name));
     }
     QJsonObject entry = entries.at(at).toObject();
     entry.insert(setting.key, *value);
@@ -80,20 +78,20 @@ int subscribeCommand(QStringList args) {
     config::Change change;
     QJsonArray entries = config::subscriptions(change.document);
     if (config::indexOfSubscription(entries, name) >= 0) {
-        printError(
+        return failWith(
+            kExitUsage,
             QStringLiteral("A subscription named '%1' already exists - pick another with --name")
                 .arg(name));
-        return kExitUsage;
     }
     const QString server = config::storedServerUrl(change.document, args.at(0));
-    const QJsonObject entry{{QStringLiteral("name"), name},
-                            {QStringLiteral("server"), server},
-                            {QStringLiteral("channel"), channel},
-                            {QStringLiteral("dir"), absolutePath(dir)},
-                            {QStringLiteral("interval_seconds"), *interval},
-                            {QStringLiteral("self_heal"), *selfHeal},
-                            {QStringLiteral("token"),
-                             token.isEmpty() ? tokenFor(change.document, server) : token}};
+    const QJsonObject entry{
+        {QStringLiteral("name"), name},
+        {QStringLiteral("server"), server},
+        {QStringLiteral("channel"), channel},
+        {QStringLiteral("dir"), absolutePath(dir)},
+        {QStringLiteral("interval_seconds"), *interval},
+        {QStringLiteral("self_heal"), *selfHeal},
+        {QStringLiteral("token"), token.isEmpty() ? tokenFor(change.document, server) : token}};
     entries.append(entry);
     change.document.insert(kSubscriptions, entries);
     if (!token.isEmpty()) {
@@ -117,8 +115,7 @@ int unsubscribeCommand(QStringList args) {
     QJsonArray entries = config::subscriptions(change.document);
     const qsizetype at = config::indexOfSubscription(entries, name);
     if (at < 0) {
-        printError(QStringLiteral("No subscription named '%1'").arg(name));
-        return kExitUsage;
+        return failWith(kExitUsage, QStringLiteral("No subscription named '%1'").arg(name));
     }
     entries.removeAt(at);
     change.document.insert(kSubscriptions, entries);

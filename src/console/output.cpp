@@ -41,6 +41,17 @@ void printError(const QString& text) {
     }
 }
 
+int failWith(int code, const QString& text) {
+    printError(text);
+    return code;
+}
+
+void printProgress(const QString& text) {
+    if (!jsonModeOn) {
+        print(text);
+    }
+}
+
 void printJson(const QJsonObject& object) {
     writeTo(stdout, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
 }

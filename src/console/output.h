@@ -24,6 +24,14 @@ void printDiagnostic(const QString& text);
 /// error, JSON mode the object {"error": text} to standard output.
 void printError(const QString& text);
 
+/// Reports a failure with printError() and returns `code`, so that a handler ends in one
+/// line.
+int failWith(int code, const QString& text);
+
+/// Says on standard output how a command is getting on; in JSON mode, which prints one
+/// object at the end, nothing.
+void printProgress(const QString& text);
+
 /// Writes the object as one compact line to standard output.
 void printJson(const QJsonObject& object);
 

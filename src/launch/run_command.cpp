@@ -28,13 +28,8 @@ QStringList takeExtras(QStringList& args) {
     return extras;
 }
 
-int fail(int code, const QString& message) {
-    printError(message);
-    return code;
-}
-
 int couldNotStart(const LaunchSpec& spec) {
-    return fail(kExitFailed, QStringLiteral("could not start %1").arg(spec.program));
+    return failWith(kExitFailed, QStringLiteral("could not start %1").arg(spec.program));
 }
 
 int runDetached(const QString& label, const LaunchSpec& spec) {
@@ -80,25 +75,26 @@ int runCommand(QStringList args) {
     const QJsonArray subscriptions = config::subscriptions(document);
     const qsizetype at = config::indexOfSubscription(subscriptions, name);
     if (at < 0) {
-        return fail(kExitUsage, QStringLiteral("no subscription named '%1'").arg(name));
+        return failWith(kExitUsage, QStringLiteral("no subscription named '%1'").arg(name));
     }
     const QJsonObject subscription = subscriptions.at(at).toObject();
     const QJsonArray targets =
         mergedTargets(fetchAdminTargets(document, subscription), subscription);
     const Selection selection = selectTarget(targets, name, wanted);
     if (!selection.error.isEmpty()) {
-        return fail(kExitUsage, selection.error);
+        return failWith(kExitUsage, selection.error);
     }
     const QString label = selection.target.value(u"label").toString();
     const LaunchSpec spec = resolveTarget(subscription, selection.target, extras);
     if (!spec.ok) {
-        return fail(kExitUsage, QStringLiteral("cannot run '%1': %2").arg(label, spec.error));
+        return failWith(kExitUsage, QStringLiteral("cannot run '%1': %2").arg(label, spec.error));
     }
     if (!spec.isProgram && !spec.isScript) {
-        return fail(kExitUsage,
-                    QStringLiteral("'%1' is a document, not a program - the client opens it with "
-                                   "its associated app; the CLI does not")
-                        .arg(spec.program));
+        return failWith(
+            kExitUsage,
+            QStringLiteral("'%1' is a document, not a program - the client opens it with "
+                           "its associated app; the CLI does not")
+                .arg(spec.program));
     }
     return wait ? runAndWait(spec) : runDetached(label, spec);
 }

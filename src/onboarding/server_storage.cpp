@@ -52,8 +52,9 @@ SaveResult saveStorage(BoundedCalls& calls, const Server& server, const QJsonObj
         return {.outcome = Outcome::kSaved};
     }
     if (result.answered()) {
-        return {Outcome::kRefused,
-                QStringLiteral("%1 refused the storage settings: %2").arg(server.url, result.reason)};
+        return {
+            Outcome::kRefused,
+            QStringLiteral("%1 refused the storage settings: %2").arg(server.url, result.reason)};
     }
     return {Outcome::kNoAnswer,
             result.reason == timeOutText(server)

@@ -32,23 +32,11 @@ struct Request {
     QString ciFile = {};
 };
 
-/// Text-mode output; JSON mode prints one object at the end instead.
-void say(const QString& text) {
-    if (!jsonMode()) {
-        print(text);
-    }
-}
-
-int fail(const QString& text, int exitCode) {
-    printError(text);
-    return exitCode;
-}
-
 /// Takes the command line apart and checks it, without asking anyone. The exit code
 /// when that ends the run.
 std::optional<int> readRequest(QStringList args, quint64 random, Request& request) {
     if (const auto refusal = tokenOnCommandLine(args)) {
-        return fail(*refusal, kExitUsage);
+        return failWith(kExitUsage, *refusal);
     }
     Options& options = request.options;
     options.bucket = takeOption(args, QStringLiteral("--bucket"), defaultBucketName(random));
@@ -65,18 +53,18 @@ std::optional<int> readRequest(QStringList args, quint64 random, Request& reques
         return printUsage();
     }
     if (const auto missing = readOperatorToken(tokenFile, request.token)) {
-        return fail(*missing, kExitUsage);
+        return failWith(kExitUsage, *missing);
     }
     if (options.jurisdiction == QStringLiteral("none")) {
         options.jurisdiction.clear();
     } else if (options.jurisdiction != QStringLiteral("eu") &&
                options.jurisdiction != QStringLiteral("us")) {
-        return fail(QStringLiteral("--jurisdiction takes eu, us or none"), kExitUsage);
+        return failWith(kExitUsage, QStringLiteral("--jurisdiction takes eu, us or none"));
     }
     const QString problem = bucketNameProblem(options.bucket);
     if (!problem.isEmpty()) {
-        return fail(QStringLiteral("bucket name '%1': %2").arg(options.bucket, problem),
-                    kExitUsage);
+        return failWith(kExitUsage,
+                        QStringLiteral("bucket name '%1': %2").arg(options.bucket, problem));
     }
     const auto server = resolveServer(args);
     if (!server) {
@@ -86,7 +74,7 @@ std::optional<int> readRequest(QStringList args, quint64 random, Request& reques
     return std::nullopt;
 }
 
-int failWith(const Failure& failure) {
+int report(const Failure& failure) {
     printError(failure.text);
     if (failure.mayNotCreateTokens) {
         printDiagnostic(tokenRightsHint());
@@ -99,13 +87,14 @@ int handOver(const Request& request, const Preflight& found, const Onboarded& re
              SecretFile& ciFile) {
     const QString text = ciText(result.endpoint, request.options.bucket, result.ciCredential);
     const bool isInFile = !request.ciFile.isNull();
-    say(onboardedText(request.options, result));
+    printProgress(onboardedText(request.options, result));
     if (isInFile && !ciFile.write(text.toUtf8())) {
-        return fail(QStringLiteral("storage is connected, but the CI credential could not be "
-                                   "written to %1 - it cannot be shown again; mint a new one with "
-                                   "'storage init' on a fresh bucket if you lose it")
-                        .arg(request.ciFile),
-                    kExitFailed);
+        return failWith(
+            kExitFailed,
+            QStringLiteral("storage is connected, but the CI credential could not be "
+                           "written to %1 - it cannot be shown again; mint a new one with "
+                           "'storage init' on a fresh bucket if you lose it")
+                .arg(request.ciFile));
     }
     printResult(reportObject(request.options, found, &result, isInFile),
                 isInFile
@@ -124,16 +113,17 @@ int create(const Request& request, const Preflight& found, const Surroundings& s
     interrupts.hold();
     SecretFile ciFile;
     if (!request.ciFile.isNull() && !ciFile.open(request.ciFile)) {
-        return fail(QStringLiteral("cannot write %1").arg(request.ciFile), kExitFailed);
+        return failWith(kExitFailed, QStringLiteral("cannot write %1").arg(request.ciFile));
     }
     Options options = request.options;
     options.accountId = found.account.id;
     const Clock clock{surroundings.now,
                       [&](int milliseconds) { surroundings.sleep(milliseconds, interrupts); }};
-    Wizard wizard(api, calls, clock, options, [](const QString& line) { say(line + u'\n'); });
+    Wizard wizard(api, calls, clock, options,
+                  [](const QString& line) { printProgress(line + u'\n'); });
     Onboarded result;
     if (const auto failure = wizard.run(result)) {
-        return failWith(*failure);
+        return report(*failure);
     }
     return handOver(request, found, result, ciFile);
 }
@@ -158,11 +148,11 @@ int storageInit(QStringList args, const Surroundings& surroundings) {
     CloudflareApi api(calls, cloudflareApi(), request.token, surroundings.callLimit);
     Preflight found;
     if (const auto failure = storageInitPreflight(api, options, found)) {
-        return failWith(*failure);
+        return report(*failure);
     }
-    say(preflightText(options, found));
+    printProgress(preflightText(options, found));
     if (found.bucketExists) {
-        return failWith(bucketExists(options.bucket, QStringLiteral("account")));
+        return report(bucketExists(options.bucket, QStringLiteral("account")));
     }
     if (!request.yes) {
         printResult(reportObject(options, found, nullptr, false),

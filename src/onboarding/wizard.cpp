@@ -171,7 +171,8 @@ std::optional<Failure> Wizard::createToken(const QString& name, BucketAccess acc
 }
 
 std::optional<Failure> Wizard::save() {
-    say(QStringLiteral("Saving the credential to %1 (it probes the bucket)").arg(options.server.url));
+    say(QStringLiteral("Saving the credential to %1 (it probes the bucket)")
+            .arg(options.server.url));
     const QJsonObject settings = storageSettings(onboarded.endpoint, place.name, serverCredential);
     const SaveResult result = saveUntilActive(
         [&] { return saveStorage(calls, options.server, settings); }, clock,

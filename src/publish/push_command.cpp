@@ -17,13 +17,6 @@ namespace quorvelle {
 
 namespace {
 
-/// Progress of a text-mode push; JSON mode prints one object at the end instead.
-void say(const QString& line) {
-    if (!jsonMode()) {
-        print(line);
-    }
-}
-
 bool uploadFile(const Server& server, const QString& build, const QString& file,
                 const QString& relative) {
     QFile content(file);
@@ -36,7 +29,7 @@ bool uploadFile(const Server& server, const QString& build, const QString& file,
                                 QStringLiteral("upload of %1").arg(relative),
                                 {{QStringLiteral("path"), relative}}, content);
     if (reply.ok) {
-        say(QStringLiteral("  %1 (%2 bytes)\n").arg(relative, size));
+        printProgress(QStringLiteral("  %1 (%2 bytes)\n").arg(relative, size));
     }
     return reply.ok;
 }
@@ -58,7 +51,8 @@ int publish(const QString& directory, const QStringList& files, const Server& se
     }
     const QJsonValue count = finalized.object.value(u"file_count");
     const QJsonValue size = finalized.object.value(u"total_size");
-    say(QStringLiteral("Finalized build %1 (%2 files, %3 bytes)\n")
+    printProgress(
+        QStringLiteral("Finalized build %1 (%2 files, %3 bytes)\n")
             .arg(build, QString::number(count.toInt()), QString::number(size.toInteger())));
     if (!promoteBuild(server, channel, build).ok) {
         return kExitFailed;
@@ -81,8 +75,7 @@ int pushCommand(QStringList args) {
     QStringList serverArgs = args;
     takeOption(args, QStringLiteral("--server"));
     if (channel.isEmpty()) {
-        printError(QStringLiteral("push needs --channel <name>"));
-        return kExitUsage;
+        return failWith(kExitUsage, QStringLiteral("push needs --channel <name>"));
     }
     if (args.size() != 1) {
         return printUsage();
@@ -94,16 +87,14 @@ int pushCommand(QStringList args) {
     const QString& directory = args.at(0);
     // An empty path would stand for the current directory.
     if (directory.isEmpty() || !QDir(directory).exists()) {
-        printError(directory + QStringLiteral(" is not a directory"));
-        return kExitFailed;
+        return failWith(kExitFailed, directory + QStringLiteral(" is not a directory"));
     }
     const QStringList files = buildFiles(directory);
     if (files.isEmpty()) {
-        printError(QStringLiteral("No files found in ") + directory);
-        return kExitFailed;
+        return failWith(kExitFailed, QStringLiteral("No files found in ") + directory);
     }
-    say(QStringLiteral("Pushing %1 files as build %2 to %3 ...\n")
-            .arg(QString::number(files.size()), build, typedServer));
+    printProgress(QStringLiteral("Pushing %1 files as build %2 to %3 ...\n")
+                      .arg(QString::number(files.size()), build, typedServer));
     return publish(directory, files, selectServer(typedServer), build, channel);
 }
 

@@ -90,8 +90,8 @@ Reply putFile(const Server& server, const QString& path, const QString& label,
 
 Reply deleteResource(const Server& server, const QString& path, const QString& label,
                      const QueryItems& query) {
-    return call(
-        {.method = "DELETE", .url = apiUrl(server.url, path, query), .token = server.token}, label);
+    return call({.method = "DELETE", .url = apiUrl(server.url, path, query), .token = server.token},
+                label);
 }
 
 }  // namespace quorvelle

@@ -24,8 +24,7 @@ void printResults(const QJsonArray& results) {
 int syncNamed(const QJsonArray& subscriptions, const QString& name, bool force) {
     const qsizetype at = config::indexOfSubscription(subscriptions, name);
     if (at < 0) {
-        printError(QStringLiteral("no subscription named '%1'").arg(name));
-        return kExitUsage;
+        return failWith(kExitUsage, QStringLiteral("no subscription named '%1'").arg(name));
     }
     QJsonArray results;
     const int code = syncSubscription(subscriptions.at(at).toObject(), &results, force);
@@ -43,8 +42,7 @@ int syncAll(const QJsonArray& subscriptions, const QString& server, bool force) 
         }
     }
     if (results.isEmpty()) {
-        printError(QStringLiteral("no subscriptions on %1").arg(server));
-        return kExitUsage;
+        return failWith(kExitUsage, QStringLiteral("no subscriptions on %1").arg(server));
     }
     printResults(results);
     return code;
@@ -61,9 +59,10 @@ int syncCommand(QStringList args) {
     }
     const QJsonArray subscriptions = config::subscriptions(config::load());
     if (subscriptions.isEmpty()) {
-        printError(QStringLiteral(
-            "no subscriptions (quorvelle subscribe <server> <channel> --dir <path>)"));
-        return kExitUsage;
+        return failWith(
+            kExitUsage,
+            QStringLiteral(
+                "no subscriptions (quorvelle subscribe <server> <channel> --dir <path>)"));
     }
     return name.isEmpty() ? syncAll(subscriptions, server, force)
                           : syncNamed(subscriptions, name, force);
