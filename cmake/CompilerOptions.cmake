@@ -23,8 +23,9 @@ if(QUORVELLE_SANITIZE)
   target_link_options(quorvelle_options INTERFACE -fsanitize=${QUORVELLE_SANITIZE})
 endif()
 
-# One library per layer. The libraries a layer links are the only layers whose
-# functions it can call, so a dependency against the arrows does not link.
+# One library per layer. What it links says which layers it stands on; the linker does not
+# hold it to that, since archives hand out what they hold to all. A test of the include lines
+# does.
 function(quorvelle_add_layer name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
