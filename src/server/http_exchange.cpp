@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -13,7 +14,9 @@ namespace quorvelle {
 
 namespace {
 
-constexpr qint64 kMostKeptBytes = 512LL * 1024 * 1024;
+constexpr qint64 kMostKeptBytes = 256LL * 1024 * 1024;
+constexpr qint64 kAnyRatioBytes = 1024 * 1024;
+constexpr qint64 kMostExpansion = 200;
 constexpr qint64 kMostErrorBytes = 16LL * 1024 * 1024;
 constexpr qint64 kReadBufferBytes = 1024 * 1024;
 constexpr int kMostRedirects = 10;
@@ -29,6 +32,17 @@ bool isHttp(const QUrl& url) {
     return url.scheme() == QStringLiteral("http") || url.scheme() == QStringLiteral("https");
 }
 
+/// The token as it is sent: files and variables that hold one end with a line.
+QByteArray trimmedToken(const QString& token) {
+    return token.toUtf8().trimmed();
+}
+
+/// A line end would begin a header of the token's own, or another request.
+bool canBeSent(const QByteArray& token) {
+    return std::none_of(token.begin(), token.end(),
+                        [](char c) { return (c >= 0 && c < 0x20) || c == 0x7F; });
+}
+
 /// The network layer takes "." and ".." out of a path, even percent-encoded, which would
 /// turn a request for a thing of that name into one for something else.
 bool pathStandsAsGiven(const QUrl& url) {
@@ -36,7 +50,8 @@ bool pathStandsAsGiven(const QUrl& url) {
 }
 
 /// Why the network layer must not be given the URL, or an empty text.
-QString refusal(const QUrl& url) {
+QString refusal(const HttpRequest& request) {
+    const QUrl& url = request.url;
     if (!url.isValid()) {
         return url.errorString();
     }
@@ -46,6 +61,9 @@ QString refusal(const QUrl& url) {
     }
     if (!pathStandsAsGiven(url)) {
         return QStringLiteral("the path \"%1\" cannot be sent").arg(url.path(QUrl::FullyEncoded));
+    }
+    if (!canBeSent(trimmedToken(request.token))) {
+        return QStringLiteral("the token holds characters that cannot be sent");
     }
     return {};
 }
@@ -60,10 +78,26 @@ bool isRefusedRewind(const QNetworkReply& reply) {
     return reply.error() == QNetworkReply::ContentReSendError && statusOf(reply) >= 300;
 }
 
+/// Empty for a body that is sent as it is.
+QByteArray contentCoding(const QNetworkReply& reply) {
+    const QByteArray coding = reply.rawHeader("Content-Encoding").trimmed().toLower();
+    return coding == "identity" ? QByteArray() : coding;
+}
+
+/// Whether a body that is said to be JSON begins as a document and does not end as one.
+bool isUnfinishedJson(const QNetworkReply& reply, const QByteArray& body) {
+    const QByteArray type = reply.rawHeader("Content-Type").trimmed().toLower();
+    const QByteArray text = body.trimmed();
+    return type.startsWith("application/json") && (text.startsWith('{') || text.startsWith('[')) &&
+           QJsonDocument::fromJson(text).isNull();
+}
+
 }  // namespace
 
 HttpExchange::HttpExchange(QNetworkAccessManager& network, HttpRequest outgoing, QObject* parent)
-    : QObject(parent), manager(network), request(std::move(outgoing)) {}
+    : QObject(parent), manager(network), request(std::move(outgoing)) {
+    connect(&idleWatch, &IdleWatch::expired, this, &HttpExchange::abort);
+}
 
 HttpExchange::~HttpExchange() {
     if (!reply.isNull()) {
@@ -81,7 +115,7 @@ void HttpExchange::expectLength(std::optional<qint64> bytes) {
 }
 
 void HttpExchange::start() {
-    const QString reason = refusal(request.url);
+    const QString reason = refusal(request);
     if (!reason.isEmpty()) {
         QMetaObject::invokeMethod(
             this, [this, reason] { conclude(reason); }, Qt::QueuedConnection);
@@ -96,8 +130,8 @@ void HttpExchange::send() {
                           QNetworkRequest::ManualRedirectPolicy);
     // Named here, the network layer leaves the decompression to us (see Inflater).
     outgoing.setRawHeader("Accept-Encoding", "gzip");
-    if (!request.token.isEmpty()) {
-        outgoing.setRawHeader("Authorization", "Bearer " + request.token.toUtf8());
+    if (const QByteArray token = trimmedToken(request.token); !token.isEmpty()) {
+        outgoing.setRawHeader("Authorization", "Bearer " + token);
     }
     if (!request.contentType.isEmpty()) {
         outgoing.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
@@ -119,9 +153,11 @@ void HttpExchange::send() {
     }
     status = 0;
     taken = 0;
+    received = 0;
     body.clear();
     inflater.reset();
     reply->setReadBufferSize(kReadBufferBytes);
+    idleWatch.watch(*reply, request.method != "GET");
     connect(reply, &QNetworkReply::readyRead, this, &HttpExchange::readAvailable);
     connect(reply, &QNetworkReply::finished, this, &HttpExchange::onReplyFinished);
 }
@@ -130,6 +166,9 @@ QNetworkReply* HttpExchange::sendBodyOnce(QNetworkRequest outgoing) {
     outgoing.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
     // A body that it had buffered could be sent again.
     outgoing.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    // A server may close a kept connection at any moment; what is repeated for other
+    // methods would fail here.
+    manager.clearConnectionCache();
     auto device = std::make_unique<OnceBody>(request.body);
     QNetworkReply* sent = manager.sendCustomRequest(outgoing, request.method, device.get());
     device.release()->setParent(sent);
@@ -152,6 +191,7 @@ void HttpExchange::readAvailable() {
         return;
     }
     status = statusOf(*reply);
+    received += bytes.size();
     if (!decode(bytes)) {
         if (abortReason.isEmpty()) {
             abortReason = QStringLiteral("the compressed reply is damaged");
@@ -161,8 +201,8 @@ void HttpExchange::readAvailable() {
 }
 
 bool HttpExchange::decode(const QByteArray& bytes) {
-    const QByteArray coding = reply->rawHeader("Content-Encoding").trimmed().toLower();
-    if (coding.isEmpty() || coding == "identity") {
+    const QByteArray coding = contentCoding(*reply);
+    if (coding.isEmpty()) {
         return take(bytes);
     }
     if (coding != "gzip" && coding != "x-gzip" && coding != "deflate") {
@@ -185,6 +225,10 @@ bool HttpExchange::take(const QByteArray& bytes) {
         }
         return abortReason.isEmpty();
     }
+    if (!isError && !mayKeep(bytes.size())) {
+        abortReason = QStringLiteral("the compressed reply is damaged");
+        return false;
+    }
     const qint64 most = isError ? kMostErrorBytes : kMostKeptBytes;
     if (body.size() + bytes.size() > most) {
         abortReason = QStringLiteral("the reply is larger than %1 MiB").arg(most / (1024 * 1024));
@@ -192,6 +236,12 @@ bool HttpExchange::take(const QByteArray& bytes) {
     }
     body += bytes;
     return true;
+}
+
+/// A few KiB that unfold to gigabytes are no document.
+bool HttpExchange::mayKeep(qsizetype more) const {
+    const qint64 size = body.size() + more;
+    return !inflater || size <= kAnyRatioBytes || size / kMostExpansion <= received;
 }
 
 void HttpExchange::onReplyFinished() {
@@ -212,6 +262,8 @@ void HttpExchange::onReplyFinished() {
         } else if (!followRedirect(request.url.resolved(target))) {
             conclude(QStringLiteral("the server redirects to \"%1\"").arg(target.toString()));
         }
+    } else if (status < 200) {
+        conclude(QStringLiteral("the server sent no final answer"));
     } else if (isCutShort()) {
         conclude(QStringLiteral("the reply is cut short"));
     } else {
@@ -230,6 +282,9 @@ bool HttpExchange::followRedirect(const QUrl& target) {
         return false;
     }
     if (!sameOrigin(target, request.url)) {
+        if (request.method != "GET") {
+            return false;
+        }
         request.token.clear();
     }
     request.url = target;
@@ -243,7 +298,14 @@ bool HttpExchange::isCutShort() const {
     if (inflater) {
         return !inflater->isComplete();
     }
-    return expectedLength && *expectedLength != taken && !reply->hasRawHeader("Content-Length");
+    if (reply->hasRawHeader("Content-Length")) {
+        return false;
+    }
+    if (!contentCoding(*reply).isEmpty()) {
+        return true;  // Even an empty body is some bytes of a compressed stream.
+    }
+    // The network layer takes a chunked body without its end for a whole one, now and then.
+    return sink ? expectedLength && *expectedLength != taken : isUnfinishedJson(*reply, body);
 }
 
 void HttpExchange::conclude(const QString& reason) {

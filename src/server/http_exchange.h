@@ -12,6 +12,7 @@
 #include <functional>
 #include <optional>
 
+#include "server/idle_watch.h"
 #include "server/inflater.h"
 
 class QIODevice;
@@ -25,7 +26,8 @@ struct HttpRequest {
     /// http or https. Fails unsent when its path has a segment "." or "..".
     QUrl url = {};
     /// Bearer token; empty sends no Authorization header. It is sent to the origin
-    /// of `url` alone and never follows a redirect to another one.
+    /// of `url` alone and never follows a redirect to another one. Blanks and line ends
+    /// around it are taken off; with a control character inside the exchange fails unsent.
     QString token = {};
     /// Empty sends no Content-Type header.
     QByteArray contentType = {};
@@ -38,13 +40,16 @@ struct HttpRequest {
 };
 
 /// One request and its reply, redirects included. Event-driven: start() returns at
-/// once, finished() is emitted once, on the same thread. There is no time limit.
+/// once, finished() is emitted once, on the same thread. There is no time limit but that
+/// something has to move (see IdleLimits).
 ///
-/// A POST is sent at most once, for it may create something; the network layer repeats
-/// any other request whose connection breaks before the answer.
+/// A POST is sent at most once, for it may create something, and on a connection of its
+/// own: one that was kept may be closing, unseen. The network layer repeats any other
+/// request whose connection breaks before the answer.
 ///
-/// Redirects are followed for GET, and with the codes 307 and 308 for every method;
-/// any other redirect is a failure, since it would turn a change into a read.
+/// Redirects are followed for GET, and with the codes 307 and 308 for every method, then
+/// within the origin alone, for a body may hold secrets; any other redirect is a failure,
+/// since it would turn a change into a read.
 class HttpExchange : public QObject {
     Q_OBJECT
 
@@ -58,8 +63,9 @@ public:
     ~HttpExchange() override;
 
     /// Hands a successful reply's body to `sink` as it arrives, so that memory does
-    /// not grow with it; without one the body is kept, up to 512 MiB. To be called
-    /// before start().
+    /// not grow with it; without one the body is kept, up to 256 MiB, and of a compressed
+    /// one past its first MiB up to 200 times what came over the wire. To be called before
+    /// start().
     void streamTo(Sink sink);
 
     /// The length in bytes that a successful body has by another source, or nothing. A
@@ -75,7 +81,7 @@ public:
 
     /// The rest is valid after finished().
 
-    /// A reply of a status below 300 whose whole body arrived.
+    /// A reply of a status from 200 to 299 whose whole body arrived.
     bool succeeded() const { return !failed; }
 
     /// The body of a reply that was not streamed.
@@ -107,6 +113,7 @@ private:
     bool decode(const QByteArray& bytes);
     bool take(const QByteArray& bytes);
     bool isCutShort() const;
+    bool mayKeep(qsizetype more) const;
 
     QNetworkAccessManager& manager;
     HttpRequest request;
@@ -118,11 +125,14 @@ private:
     QByteArray body;
     std::optional<qint64> expectedLength;
     qint64 taken = 0;
+    /// Bytes of the body as they came, still compressed.
+    qint64 received = 0;
     int status = 0;
     int redirects = 0;
     /// Why the exchange failed where the network layer does not say so itself.
     QString failure;
     bool failed = false;
+    IdleWatch idleWatch{idleLimits()};
     QString abortReason;
 };
 

@@ -2,6 +2,7 @@
 
 #include <zlib.h>
 
+#include <algorithm>
 #include <new>
 
 namespace quorvelle {
@@ -11,6 +12,11 @@ namespace {
 constexpr int kPieceBytes = 256 * 1024;
 /// The largest window, and the header (gzip or zlib) told from the data.
 constexpr int kAnyHeader = 15 + 32;
+
+bool isPadding(const z_stream& state) {
+    return std::all_of(state.next_in, state.next_in + state.avail_in,
+                       [](Bytef byte) { return byte == 0; });
+}
 
 }  // namespace
 
@@ -38,7 +44,10 @@ bool Inflater::feed(const QByteArray& bytes, const Sink& sink) {
     QByteArray piece;
     do {
         if (complete && state.avail_in > 0) {
-            // A gzip body may be several streams, one after another.
+            // A gzip body may be several streams, one after another, and padding behind them.
+            if (isPadding(state)) {
+                return true;
+            }
             inflateReset(&state);
             complete = false;
         }

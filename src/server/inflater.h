@@ -23,7 +23,8 @@ public:
     /// refused; the inflater is then of no further use.
     bool feed(const QByteArray& bytes, const Sink& sink);
 
-    /// Whether the bytes so far end with a whole compressed stream, its checksum included.
+    /// Whether the bytes so far end with a whole compressed stream, its checksum included;
+    /// zeros may follow it.
     bool isComplete() const { return complete; }
 
 private:

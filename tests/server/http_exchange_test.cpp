@@ -62,8 +62,16 @@ std::vector<std::string> replies(const QString& reply) {
     return std::vector(8, QString(reply).replace("~", "\r\n").toStdString());
 }
 
-/// 11 MiB that compress to a few KiB.
-const std::string kLargeObject = "{\"a\":\"" + std::string(11 << 20, 'x') + "\"}";
+/// 11 MiB that compress well, but not as a bomb does.
+std::string largeText() {
+    std::string text;
+    for (int i = 0; text.size() < (11 << 20); ++i) {
+        text += std::to_string(i) + std::string(99, 'x');
+    }
+    return text.substr(0, 11 << 20);
+}
+
+const std::string kLargeObject = "{\"a\":\"" + largeText() + "\"}";
 
 std::string deflated() {
     return qCompress(QByteArray::fromStdString(kLargeObject)).mid(4).toStdString();

@@ -1,0 +1,155 @@
+#include <gmock/gmock.h>
+
+#include <QNetworkAccessManager>
+#include <QTcpServer>
+
+#include "server/await_exchange.h"
+#include "server/http_exchange.h"
+#include "support/fake_server.h"
+#include "support/notation.h"
+#include "support/raw_server.h"
+
+/// Servers, proxies and portals that are slow, broken or hostile.
+
+namespace quorvelle::testing {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+namespace {
+
+std::string outcome(QNetworkAccessManager& network, HttpRequest request) {
+    HttpExchange exchange(network, std::move(request));
+    await(exchange);
+    return exchange.succeeded() ? "done" : exchange.failureText("ctx").toStdString();
+}
+
+std::string outcome(HttpRequest request) {
+    QNetworkAccessManager network;
+    return outcome(network, std::move(request));
+}
+
+std::string gzip(const QByteArray& bytes) {
+    // The same compressed bytes as zlib's own format, which servers call "deflate".
+    return qCompress(bytes).mid(4).toStdString();
+}
+
+}  // namespace
+
+/// "*" stands for words that differ from run to run: the network layer notices some of these.
+TEST(OddServers, AreNotTakenForSuccess) {
+    for (const QStringList& row : rows(R"(
+        103 Early Hints~~HTTP/1.1 200 OK~Content-Length: 2~~{}                     | (HTTP 103): the server sent no final answer
+        102 Processing~~                                                           | (HTTP 102): the server sent no final answer
+        000 Nothing~Content-Length: 2~~{}                                          | *
+        200 OK~Content-Type: application/json~~{"a":1                              | (HTTP 200): the reply is cut short
+        200 OK~Content-Type: application/json~Transfer-Encoding: chunked~~7~{"a":1 | *
+        200 OK~Content-Encoding: gzip~~                                            | (HTTP 200): the reply is cut short
+        200 OK~Content-Type: application/json~~<html>                              | done
+        200 OK~Content-Type: application/json~Content-Length: 6~~{"a":1            | done
+        200 OK~~{"a":1                                                             | done)")) {
+        SCOPED_TRACE(row[0].toStdString());
+        const std::string reply = "HTTP/1.1 " + QString(row[0]).replace("~", "\r\n").toStdString();
+        const RawServer server(std::vector(8, reply));
+        const std::string came = outcome({.method = "GET", .url = QUrl(server.url())});
+        if (row[1] == "*") {
+            EXPECT_THAT(came, StartsWith("ctx failed"));
+        } else {
+            EXPECT_EQ(came, row[1] == "done" ? "done" : "ctx failed " + row[1].toStdString());
+        }
+    }
+}
+
+TEST(OddServers, MayPackInSeveralStreamsWithPadding) {
+    const std::string head = "HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\n\r\n";
+    const std::string zeros(600, '\0');
+    for (const auto& [packed, expected] :
+         {std::pair{gzip("{}") + zeros, "done"},
+          {gzip("{") + gzip("}") + zeros, "done"},
+          {gzip("{}") + zeros + "x", "ctx failed (HTTP 200): the compressed reply is damaged"}}) {
+        const RawServer server(std::vector(8, head + packed));
+        EXPECT_EQ(outcome({.method = "GET", .url = QUrl(server.url())}), expected);
+    }
+}
+
+TEST(OddServers, CannotFillMemoryWithAFewBytes) {
+    const std::string bomb = gzip(QByteArray(64 << 20, ' '));
+    ASSERT_LT(bomb.size(), 100'000U);
+    const RawServer server(
+        std::vector(8, "HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\n\r\n" + bomb));
+    EXPECT_EQ(outcome({.method = "GET", .url = QUrl(server.url())}),
+              "ctx failed (HTTP 200): the compressed reply is damaged");
+}
+
+/// Nobody accepts here, but the system does: a connection stands and nothing comes.
+TEST(OddServers, AreNotWaitedForForEver) {
+    qputenv("QUORVELLE_IDLE_TIMEOUT", "1");
+    QTcpServer silent;
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
+    const QString place = QStringLiteral("://127.0.0.1:%1/x").arg(silent.serverPort());
+    for (const char* method : {"GET", "PUT", "POST", "DELETE"}) {
+        EXPECT_EQ(outcome({.method = method, .url = QUrl("http" + place), .body = "x"}),
+                  "ctx failed: no data for 1 s")
+            << method;
+    }
+    // The handshake is a part of making the connection.
+    EXPECT_EQ(outcome({.method = "GET", .url = QUrl("https" + place)}),
+              "ctx failed: no connection within 1 s");
+    qunsetenv("QUORVELLE_IDLE_TIMEOUT");
+}
+
+TEST(OddServers, GetNoSecretsThatWereForOthers) {
+    for (const char* method : {"PUT", "POST", "DELETE"}) {
+        FakeServer home;
+        FakeServer other;
+        home.on(method, "/x", [&](const auto&, httplib::Response& response) {
+            response.status = 307;
+            response.set_header("Location", other.url().toStdString() + "/y");
+        });
+        EXPECT_EQ(outcome({.method = method, .url = QUrl(home.url() + "/x"), .body = "secret"}),
+                  "ctx failed (HTTP 307): the server redirects to \"" + other.url().toStdString() +
+                      "/y\"");
+        EXPECT_THAT(other.lines(), IsEmpty());
+    }
+}
+
+/// A server may close a kept connection in the moment in which a request leaves, and a POST
+/// is not sent twice.
+TEST(OddServers, SeeEveryPostOnAConnectionOfItsOwn) {
+    FakeServer server;
+    std::vector<int> ports;
+    server.onAnythingElse([&](const httplib::Request& request, httplib::Response& response) {
+        ports.push_back(request.remote_port);
+        response.set_content("{}", "application/json");
+    });
+    QNetworkAccessManager network;
+    const QUrl url(server.url() + "/x");
+    for (const char* method : {"GET", "GET", "POST", "POST"}) {
+        EXPECT_EQ(outcome(network, {.method = method, .url = url, .body = "x"}), "done");
+    }
+    ASSERT_EQ(ports.size(), 4U);
+    EXPECT_EQ(ports[0], ports[1]);
+    EXPECT_NE(ports[1], ports[2]);
+    EXPECT_NE(ports[2], ports[3]);
+}
+
+TEST(OddServers, GetTheTokenWithoutItsLineEnd) {
+    FakeServer server;
+    server.onJson("GET", "/x", {});
+    for (const auto& [token, sent] :
+         {std::pair{"tok\n", "Bearer tok"}, {" tok\r\n", "Bearer tok"}, {" \n", "(none)"}}) {
+        server.forget();
+        const QUrl url(server.url() + "/x");
+        EXPECT_EQ(outcome({.method = "GET", .url = url, .token = token}), "done");
+        EXPECT_EQ(server.requests().at(0).header("Authorization"), sent);
+    }
+    server.forget();
+    for (const char* token : {"tok\r\nX-Evil: 1", "t\ttok", "a\x7f"}) {
+        EXPECT_EQ(outcome({.method = "GET", .url = QUrl(server.url() + "/x"), .token = token}),
+                  "ctx failed: the token holds characters that cannot be sent");
+    }
+    EXPECT_THAT(server.lines(), IsEmpty());
+}
+
+}  // namespace quorvelle::testing
