@@ -18,7 +18,7 @@ namespace quorvelle::devserver {
 /// "file_count" and "total_size" (bytes). Any thread may call any function.
 class BuildStore {
 public:
-    explicit BuildStore(const QDir& folder) : folder_(folder) {}
+    explicit BuildStore(const QDir& place) : folder(place) {}
 
     /// Takes up the builds an earlier run finalized. A build that cannot be
     /// read comes back as a sentence.
@@ -51,9 +51,9 @@ public:
 private:
     std::optional<Refusal> refusalLocked(const QString& build, const QString& path) const;
 
-    const QDir folder_;
-    mutable std::mutex mutex_;
-    QMap<QString, QJsonObject> finalized_;
+    const QDir folder;
+    mutable std::mutex mutex;
+    QMap<QString, QJsonObject> finalized;
 };
 
 }  // namespace quorvelle::devserver

@@ -17,7 +17,7 @@ namespace quorvelle::devserver {
 /// thread may call any function.
 class ChannelStore {
 public:
-    explicit ChannelStore(const QDir& folder) : folder_(folder) {}
+    explicit ChannelStore(const QDir& place) : folder(place) {}
 
     /// Takes up the channels of an earlier run. A channel that cannot be read
     /// comes back as a sentence.
@@ -43,9 +43,9 @@ public:
 private:
     Reply save(const QJsonObject& channel);
 
-    const QDir folder_;
-    mutable std::mutex mutex_;
-    QMap<QString, QJsonObject> channels_;
+    const QDir folder;
+    mutable std::mutex mutex;
+    QMap<QString, QJsonObject> channels;
 };
 
 }  // namespace quorvelle::devserver

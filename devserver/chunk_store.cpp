@@ -4,10 +4,9 @@
 
 #include <QFileInfo>
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
 
 namespace quorvelle::devserver {
+
 namespace {
 
 constexpr int kCompressionLevel = 3;
@@ -47,9 +46,9 @@ QString ChunkStore::find(const QString& id) const {
 }
 
 std::optional<Refusal> ChunkStore::add(const QString& id, const std::string& bytes) {
-    const Refusal failure{500, QString("cannot store chunk %1").arg(id)};
-    const auto file = folder_.newTemporaryFile();
-    if (!file || !dir_.mkpath(id.first(2))) {
+    const Refusal failure{500, QStringLiteral("cannot store chunk %1").arg(id)};
+    const auto file = folder.newTemporaryFile();
+    if (!file || !dir.mkpath(id.first(2))) {
         return failure;
     }
     const std::string stored = storedForm(bytes);
@@ -57,17 +56,14 @@ std::optional<Refusal> ChunkStore::add(const QString& id, const std::string& byt
     if (file->write(stored.data(), size) != size || !file->flush()) {
         return failure;
     }
-    std::error_code error;
-    std::filesystem::rename(nativePath(file->fileName()), nativePath(pathOf(id)), error);
-    if (error) {
+    if (takeOver(*file, pathOf(id))) {
         return failure;
     }
-    file->setAutoRemove(false);
     return std::nullopt;
 }
 
 QString ChunkStore::pathOf(const QString& id) const {
-    return dir_.filePath(id.first(2) + '/' + id);
+    return dir.filePath(id.first(2) + '/' + id);
 }
 
 }  // namespace quorvelle::devserver

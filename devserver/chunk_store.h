@@ -15,8 +15,8 @@ namespace quorvelle::devserver {
 /// is named by its content and never changes. Any thread may call any function.
 class ChunkStore {
 public:
-    explicit ChunkStore(const DataFolder& folder)
-        : folder_(folder), dir_(folder.dir().filePath("chunks")) {}
+    explicit ChunkStore(const DataFolder& data)
+        : folder(data), dir(data.dir().filePath(QStringLiteral("chunks"))) {}
 
     bool contains(const QString& id) const;
 
@@ -29,8 +29,8 @@ public:
 private:
     QString pathOf(const QString& id) const;
 
-    const DataFolder& folder_;
-    const QDir dir_;
+    const DataFolder& folder;
+    const QDir dir;
 };
 
 }  // namespace quorvelle::devserver

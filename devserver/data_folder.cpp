@@ -7,32 +7,41 @@
 
 namespace quorvelle::devserver {
 
+namespace {
+
+// Leaves room for a suffix below the usual limit of 255 bytes.
+constexpr qsizetype kMaxFileNameLength = 240;
+
+}  // namespace
+
 DataFolder::DataFolder(const QString& path)
-    : dir_(QDir(path).absolutePath()), lock_(dir_.filePath("lock")) {
+    : root(QDir(path).absolutePath()), lock(root.filePath(QStringLiteral("lock"))) {
     // A server may run for days; only the end of its process frees the lock.
-    lock_.setStaleLockTime(0);
+    lock.setStaleLockTime(0);
 }
 
 std::optional<QString> DataFolder::open() {
-    if (!dir_.mkpath(".")) {
-        return QString("cannot create the data folder '%1'").arg(dir_.path());
+    if (!root.mkpath(QStringLiteral("."))) {
+        return QStringLiteral("cannot create the data folder '%1'").arg(root.path());
     }
-    if (!lock_.tryLock(0)) {
-        return lock_.error() == QLockFile::LockFailedError
-                   ? QString("another server is using the data folder '%1'").arg(dir_.path())
-                   : QString("cannot write to the data folder '%1'").arg(dir_.path());
+    if (!lock.tryLock(0)) {
+        return lock.error() == QLockFile::LockFailedError
+                   ? QStringLiteral("another server is using the data folder '%1'").arg(root.path())
+                   : QStringLiteral("cannot write to the data folder '%1'").arg(root.path());
     }
-    QDir(dir_.filePath("tmp")).removeRecursively();
-    for (const char* name : {"tmp", "builds", "channels", "chunks", "tide"}) {
-        if (!dir_.mkpath(name)) {
-            return QString("cannot create '%1'").arg(dir_.filePath(name));
+    QDir(root.filePath(QStringLiteral("tmp"))).removeRecursively();
+    for (const QString& name :
+         {QStringLiteral("tmp"), QStringLiteral("builds"), QStringLiteral("channels"),
+          QStringLiteral("chunks"), QStringLiteral("tide")}) {
+        if (!root.mkpath(name)) {
+            return QStringLiteral("cannot create '%1'").arg(root.filePath(name));
         }
     }
     return std::nullopt;
 }
 
 std::unique_ptr<QTemporaryFile> DataFolder::newTemporaryFile() const {
-    auto file = std::make_unique<QTemporaryFile>(dir_.filePath("tmp/XXXXXX"));
+    auto file = std::make_unique<QTemporaryFile>(root.filePath(QStringLiteral("tmp/XXXXXX")));
     if (!file->open()) {
         return nullptr;
     }
@@ -65,6 +74,21 @@ bool writeWhole(const QString& path, const QByteArray& bytes, Readers readers) {
 
 bool writeJson(const QString& path, const QJsonObject& object, Readers readers) {
     return writeWhole(path, QJsonDocument(object).toJson(), readers);
+}
+
+std::error_code takeOver(QTemporaryFile& file, const QString& path) {
+    std::error_code error;
+    std::filesystem::rename(nativePath(file.fileName()), nativePath(path), error);
+    file.setAutoRemove(static_cast<bool>(error));
+    return error;
+}
+
+std::optional<QString> fileNameFor(const QString& name) {
+    const QByteArray encoded = name.toUtf8().toPercentEncoding({}, ".~");
+    if (encoded.size() > kMaxFileNameLength) {
+        return std::nullopt;
+    }
+    return QString::fromLatin1(encoded);
 }
 
 std::filesystem::path nativePath(const QString& path) {

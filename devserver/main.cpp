@@ -1,5 +1,6 @@
 #include <httplib.h>
 
+#include <QCoreApplication>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -7,11 +8,10 @@
 #include <memory>
 #include <thread>
 
-#include "endpoints.h"
+#include "build_endpoints.h"
+#include "channel_endpoints.h"
 #include "options.h"
 #include "people_endpoints.h"
-#include "publishing_endpoints.h"
-#include "request_log.h"
 #include "router.h"
 #include "service.h"
 #include "sign_in.h"
@@ -19,12 +19,10 @@
 #include "tide_endpoints.h"
 
 namespace quorvelle::devserver {
+
 namespace {
 
 constexpr char kHost[] = "127.0.0.1";
-constexpr char kUsage[] =
-    "\nUsage: quorvelle-devserver --data DIR [--port N] [--tide-channel NAME]... [--log FILE]";
-constexpr int kWrongUsage = 1;
 constexpr int kCannotServe = 2;
 // More than one client's connections: each one that is kept alive holds a thread.
 constexpr size_t kWorkers = 32;
@@ -42,9 +40,9 @@ extern "C" void requestStop(int signal) {
     std::signal(signal, SIG_DFL);
 }
 
-int fail(int exitCode, const QString& message) {
+int fail(const QString& message) {
     std::fprintf(stderr, "quorvelle-devserver: %s\n", message.toLocal8Bit().constData());
-    return exitCode;
+    return kCannotServe;
 }
 
 void configure(httplib::Server& server) {
@@ -97,52 +95,54 @@ void announce(int port, const Service& service) {
     std::fflush(stdout);
 }
 
+Reply showVersion(const Call&) {
+    return QJsonObject{{QStringLiteral("name"), QStringLiteral("quorvelle-devserver")},
+                       {QStringLiteral("version"), QStringLiteral(QUORVELLE_DEVSERVER_VERSION)},
+                       {QStringLiteral("schema_version"), 1}};
+}
+
 int run(const Options& options) {
     Service service(options.dataDir);
     if (const auto error = service.open(options.tideChannels)) {
-        return fail(kCannotServe, *error);
+        return fail(*error);
     }
     Router router([&service](const QString& token) { return service.people.callerOf(token); });
-    addEndpoints(router, service);
-    addPublishingEndpoints(router, service);
+    router.add("GET", u"api/version", showVersion, Router::Access::kOpen);
+    addBuildEndpoints(router, service);
+    addChannelEndpoints(router, service);
     addTideEndpoints(router, service);
     addPeopleEndpoints(router, service.people);
     addSignInEndpoints(router, service.people);
 
-    RequestLog log;
+    if (const auto error = router.logTo(options.logFile)) {
+        return fail(*error);
+    }
     httplib::Server server;
     configure(server);
     router.attach(server);
-    if (!options.logFile.isEmpty()) {
-        if (const auto error = log.open(options.logFile)) {
-            return fail(kCannotServe, *error);
-        }
-        log.attach(server);
-    }
     const auto port = bind(server, options.port);
     if (!port) {
-        return fail(kCannotServe, QString("cannot listen on port %1 of %2; is it taken?")
-                                      .arg(QString::number(options.port), kHost));
+        return fail(QStringLiteral("cannot listen on port %1 of %2; is it taken?")
+                        .arg(QString::number(options.port), kHost));
     }
     std::signal(SIGINT, requestStop);
     std::signal(SIGTERM, requestStop);
     announce(*port, service);
-    return serve(server) ? 0 : fail(kCannotServe, "the listener broke down");
+    return serve(server) ? 0 : fail(QStringLiteral("the listener broke down"));
 }
 
 }  // namespace
+
 }  // namespace quorvelle::devserver
 
 int main(int argc, char** argv) {
     using namespace quorvelle::devserver;
     tide::startEngine();
-    QStringList arguments;
-    for (int i = 1; i < argc; ++i) {
-        arguments.append(QString::fromLocal8Bit(argv[i]));
-    }
-    const auto parsed = parseOptions(arguments);
-    if (const auto* error = std::get_if<QString>(&parsed)) {
-        return fail(kWrongUsage, *error + kUsage);
+    const QCoreApplication application(argc, argv);
+    const auto parsed = parseOptions();
+    if (const auto* ending = std::get_if<Ending>(&parsed)) {
+        std::fputs(ending->text.toLocal8Bit().constData(), ending->exitCode == 0 ? stdout : stderr);
+        return ending->exitCode;
     }
     return run(std::get<Options>(parsed));
 }

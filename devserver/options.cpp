@@ -1,48 +1,65 @@
 #include "options.h"
 
-#include <optional>
+#include <QCommandLineParser>
+#include <QCoreApplication>
 
 namespace quorvelle::devserver {
+
 namespace {
 
-/// Takes one option's value over; what is wrong with it comes back as a sentence.
-std::optional<QString> take(const QString& name, const QString& value, Options& options) {
-    if (name == "--data") {
-        options.dataDir = value;
-    } else if (name == "--log") {
-        options.logFile = value;
-    } else if (name == "--tide-channel") {
-        options.tideChannels.append(value);
-    } else {
-        bool isNumber = false;
-        options.port = value.toUShort(&isNumber);
-        if (!isNumber) {
-            return QString("--port needs a number from 0 to 65535, not '%1'").arg(value);
+constexpr int kWrongUsage = 1;
+
+const QCommandLineOption kHelp(QStringLiteral("help"), QStringLiteral("Show this text."));
+const QCommandLineOption kData(QStringLiteral("data"),
+                               QStringLiteral("Folder of all state, made when it is missing."),
+                               QStringLiteral("DIR"));
+const QCommandLineOption kPort(QStringLiteral("port"),
+                               QStringLiteral("Port on 127.0.0.1, 0 for any free one."),
+                               QStringLiteral("N"), QStringLiteral("8420"));
+const QCommandLineOption kTideChannel(
+    QStringLiteral("tide-channel"),
+    QStringLiteral("A channel of the engine tide to create; any number of times."),
+    QStringLiteral("NAME"));
+const QCommandLineOption kLog(QStringLiteral("log"),
+                              QStringLiteral("Append a line per answered request to this file."),
+                              QStringLiteral("FILE"));
+
+/// What is wrong with what was parsed; empty when it says how to serve.
+QString faultOf(const QCommandLineParser& parser) {
+    if (!parser.positionalArguments().isEmpty()) {
+        return QStringLiteral("unknown argument '%1'").arg(parser.positionalArguments().first());
+    }
+    for (const QString& name : parser.optionNames()) {
+        if (parser.values(name).contains(QString())) {
+            return QStringLiteral("--%1 needs a value").arg(name);
         }
     }
-    return std::nullopt;
+    if (!parser.isSet(kData)) {
+        return QStringLiteral("--data is missing");
+    }
+    bool isNumber = false;
+    parser.value(kPort).toUShort(&isNumber);
+    return isNumber ? QString()
+                    : QStringLiteral("--port needs a number from 0 to 65535, not '%1'")
+                          .arg(parser.value(kPort));
 }
 
 }  // namespace
 
-std::variant<Options, QString> parseOptions(const QStringList& arguments) {
-    Options options;
-    for (qsizetype i = 0; i < arguments.size(); i += 2) {
-        const QString& name = arguments[i];
-        if (!QStringList{"--data", "--port", "--tide-channel", "--log"}.contains(name)) {
-            return QString("unknown argument '%1'").arg(name);
-        }
-        if (i + 1 == arguments.size() || arguments[i + 1].isEmpty()) {
-            return QString("%1 needs a value").arg(name);
-        }
-        if (const auto error = take(name, arguments[i + 1], options)) {
-            return *error;
-        }
+std::variant<Options, Ending> parseOptions() {
+    QCommandLineParser parser;
+    parser.addOptions({kHelp, kData, kPort, kTideChannel, kLog});
+    const bool parsed = parser.parse(QCoreApplication::arguments());
+    if (parser.isSet(kHelp)) {
+        return Ending{parser.helpText()};
     }
-    if (options.dataDir.isEmpty()) {
-        return QString("--data is missing");
+    const QString fault = parsed ? faultOf(parser) : parser.errorText();
+    if (!fault.isEmpty()) {
+        return Ending{QStringLiteral("quorvelle-devserver: %1\n%2").arg(fault, parser.helpText()),
+                      kWrongUsage};
     }
-    return options;
+    return Options{parser.value(kData), parser.value(kPort).toInt(), parser.values(kTideChannel),
+                   parser.value(kLog)};
 }
 
 }  // namespace quorvelle::devserver

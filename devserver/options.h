@@ -15,8 +15,14 @@ struct Options {
     QString logFile = {};
 };
 
-/// Reads the command line without the program's name. The alternative is a
-/// sentence that says what is wrong with it.
-std::variant<Options, QString> parseOptions(const QStringList& arguments);
+/// What was asked for instead of a server, or what is wrong with the command line: a text
+/// for the terminal, and the exit code to end with.
+struct Ending {
+    QString text;
+    int exitCode = 0;
+};
+
+/// Reads the command line that the application object holds.
+std::variant<Options, Ending> parseOptions();
 
 }  // namespace quorvelle::devserver

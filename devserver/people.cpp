@@ -9,46 +9,46 @@
 namespace quorvelle::devserver {
 
 std::optional<QString> People::load() {
-    if (!QFileInfo::exists(path_)) {
+    if (!QFileInfo::exists(file)) {
         return std::nullopt;
     }
-    const auto stored = readJson(path_);
+    const auto stored = readJson(file);
     if (!stored) {
-        return QString("cannot read the people in '%1'").arg(path_);
+        return QStringLiteral("cannot read the people in '%1'").arg(file);
     }
-    tables_ = *stored;
+    tables = *stored;
     return std::nullopt;
 }
 
 std::optional<Caller> People::callerOf(const QString& token) const {
-    const std::lock_guard lock(mutex_);
-    const QString name = entryOf(tables_, "tokens", token)["user"].toString();
-    const QJsonObject user = entryOf(tables_, "users", name);
-    if (user.isEmpty() || user["disabled"].toBool()) {
+    const std::lock_guard lock(mutex);
+    const QString name = entryOf(tables, u"tokens", token)[u"user"].toString();
+    const QJsonObject user = entryOf(tables, u"users", name);
+    if (user.isEmpty() || user[u"disabled"].toBool()) {
         return std::nullopt;
     }
-    return Caller{name, user["role"] == "admin"};
+    return Caller{name, user[u"role"] == QStringLiteral("admin")};
 }
 
-Reply People::with(const std::function<Reply(PeopleTables& tables)>& work) {
-    const std::lock_guard lock(mutex_);
-    PeopleTables changed = tables_;
+Reply People::with(const std::function<Reply(PeopleTables&)>& work) {
+    const std::lock_guard lock(mutex);
+    PeopleTables changed = tables;
     Reply reply = work(changed);
-    if (std::holds_alternative<Refusal>(reply) || changed == tables_) {
+    if (std::holds_alternative<Refusal>(reply) || changed == tables) {
         return reply;
     }
-    if (!writeJson(path_, changed, Readers::kOwner)) {
-        return Refusal{500, "cannot record the change"};
+    if (!writeJson(file, changed, Readers::kOwner)) {
+        return Refusal{500, QStringLiteral("cannot record the change")};
     }
-    tables_ = changed;
+    tables = changed;
     return reply;
 }
 
-QJsonObject entryOf(const PeopleTables& tables, const QString& table, const QString& key) {
+QJsonObject entryOf(const PeopleTables& tables, QStringView table, QStringView key) {
     return tables[table][key].toObject();
 }
 
-void setEntry(PeopleTables& tables, const QString& table, const QString& key,
+void setEntry(PeopleTables& tables, QStringView table, const QString& key,
               const QJsonObject& entry) {
     QJsonObject entries = tables[table].toObject();
     if (entry.isEmpty()) {
@@ -60,28 +60,33 @@ void setEntry(PeopleTables& tables, const QString& table, const QString& key,
 }
 
 QJsonObject newUser(const QString& role, bool isService) {
-    return {{"role", role},           {"service", isService},    {"disabled", false},
-            {"groups", QJsonArray()}, {"follows", QJsonArray()}, {"channels", QJsonArray()}};
+    return {{QStringLiteral("role"), role},
+            {QStringLiteral("service"), isService},
+            {QStringLiteral("disabled"), false},
+            {QStringLiteral("groups"), QJsonArray()},
+            {QStringLiteral("follows"), QJsonArray()},
+            {QStringLiteral("channels"), QJsonArray()}};
 }
 
 QString newSecret() {
     QRandomGenerator& random = *QRandomGenerator::system();
-    return QString("%1%2")
+    return QStringLiteral("%1%2")
         .arg(random.generate64(), 16, 16, QChar('0'))
         .arg(random.generate64(), 16, 16, QChar('0'));
 }
 
 QString addToken(PeopleTables& tables, const QString& user, const QString& name) {
     const QString token = newSecret();
-    setEntry(tables, "tokens", token, {{"user", user}, {"name", name}});
+    setEntry(tables, u"tokens", token,
+             {{QStringLiteral("user"), user}, {QStringLiteral("name"), name}});
     return token;
 }
 
 QStringList channelsOf(const PeopleTables& tables, const QString& user) {
-    const QJsonObject entry = entryOf(tables, "users", user);
-    QStringList channels = namesIn(entry["follows"]);
-    for (const QString& group : namesIn(entry["groups"])) {
-        channels += namesIn(entryOf(tables, "groups", group)["channels"]);
+    const QJsonObject entry = entryOf(tables, u"users", user);
+    QStringList channels = namesIn(entry[u"follows"]);
+    for (const QString& group : namesIn(entry[u"groups"])) {
+        channels += namesIn(entryOf(tables, u"groups", group)[u"channels"]);
     }
     channels.sort();
     channels.removeDuplicates();
@@ -90,22 +95,23 @@ QStringList channelsOf(const PeopleTables& tables, const QString& user) {
 
 Reply openSession(PeopleTables& tables, const QString& user, const QStringList& groups,
                   const QString& machine) {
-    QJsonObject entry = entryOf(tables, "users", user);
+    QJsonObject entry = entryOf(tables, u"users", user);
     if (entry.isEmpty()) {
-        entry = newUser("member", false);
+        entry = newUser(QStringLiteral("member"), false);
     }
-    if (entry["disabled"].toBool()) {
-        return Refusal{403, QString("user '%1' is disabled").arg(user)};
+    if (entry[u"disabled"].toBool()) {
+        return Refusal{403, QStringLiteral("user '%1' is disabled").arg(user)};
     }
     for (const QString& group : groups) {
-        entry["groups"] = withName(entry["groups"], group, true);
+        entry[u"groups"] = withName(entry[u"groups"], group, true);
     }
-    setEntry(tables, "users", user, entry);
-    return QJsonObject{{"token", addToken(tables, user, machine)},
-                       {"user", user},
-                       {"role", entry["role"]},
-                       {"groups", entry["groups"]},
-                       {"channels", QJsonArray::fromStringList(channelsOf(tables, user))}};
+    setEntry(tables, u"users", user, entry);
+    return QJsonObject{
+        {QStringLiteral("token"), addToken(tables, user, machine)},
+        {QStringLiteral("user"), user},
+        {QStringLiteral("role"), entry[u"role"]},
+        {QStringLiteral("groups"), entry[u"groups"]},
+        {QStringLiteral("channels"), QJsonArray::fromStringList(channelsOf(tables, user))}};
 }
 
 QStringList namesIn(const QJsonValue& list) {
@@ -119,6 +125,19 @@ QJsonArray withName(const QJsonValue& list, const QString& name, bool present) {
         names.append(name);
     }
     return QJsonArray::fromStringList(names);
+}
+
+int withdraw(PeopleTables& tables, QStringView table, QStringView list, const QString& name) {
+    int count = 0;
+    for (const QString& key : tables[table].toObject().keys()) {
+        QJsonObject entry = entryOf(tables, table, key);
+        if (namesIn(entry[list]).contains(name)) {
+            entry[list] = withName(entry[list], name, false);
+            setEntry(tables, table, key, entry);
+            ++count;
+        }
+    }
+    return count;
 }
 
 }  // namespace quorvelle::devserver

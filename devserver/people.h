@@ -26,7 +26,7 @@ using PeopleTables = QJsonObject;
 /// The tables in a file that its owner alone may read. Any thread may call any function.
 class People {
 public:
-    explicit People(const QString& path) : path_(path) {}
+    explicit People(const QString& path) : file(path) {}
 
     /// Takes up the file of an earlier run. One that cannot be read comes back as a sentence.
     std::optional<QString> load();
@@ -35,19 +35,19 @@ public:
     std::optional<Caller> callerOf(const QString& token) const;
 
     /// Lets `work` read or change the tables. What it changed is kept unless it refuses.
-    Reply with(const std::function<Reply(PeopleTables& tables)>& work);
+    Reply with(const std::function<Reply(PeopleTables&)>& work);
 
 private:
-    const QString path_;
-    mutable std::mutex mutex_;
-    PeopleTables tables_;
+    const QString file;
+    mutable std::mutex mutex;
+    PeopleTables tables;
 };
 
 /// One entry of a table; empty when there is none, for every entry has keys.
-QJsonObject entryOf(const PeopleTables& tables, const QString& table, const QString& key);
+QJsonObject entryOf(const PeopleTables& tables, QStringView table, QStringView key);
 
 /// Sets an entry; an empty one is removed.
-void setEntry(PeopleTables& tables, const QString& table, const QString& key,
+void setEntry(PeopleTables& tables, QStringView table, const QString& key,
               const QJsonObject& entry);
 
 /// A new user without groups.
@@ -70,5 +70,8 @@ Reply openSession(PeopleTables& tables, const QString& user, const QStringList& 
 /// The names of a JSON list, and the list with a name added (once) or removed.
 QStringList namesIn(const QJsonValue& list);
 QJsonArray withName(const QJsonValue& list, const QString& name, bool present);
+
+/// Takes a name out of a list that each entry of a table has; returns how many had it.
+int withdraw(PeopleTables& tables, QStringView table, QStringView list, const QString& name);
 
 }  // namespace quorvelle::devserver

@@ -2,86 +2,119 @@
 
 #include <QDateTime>
 #include <QJsonArray>
-#include <initializer_list>
 
 #include "data_folder.h"
 
 namespace quorvelle::devserver {
+
 namespace {
 
 constexpr int kDefaultInviteDays = 7;
 constexpr int kMostInviteDays = 3650;
 
-Refusal unknown(const QString& what, const QString& name) {
-    return {404, QString("no %1 '%2'").arg(what, name)};
+/// The refusal of a name that a table does not have, such as "no user 'ann'".
+Refusal notIn(QStringView table, const QString& name) {
+    return unknown(table.chopped(1).toString(), name);
+}
+
+/// Adds an entry to a table that must not have one of the name.
+Reply create(PeopleTables& t, QStringView table, const QString& name, const QJsonObject& entry) {
+    if (!entryOf(t, table, name).isEmpty()) {
+        return Refusal{409, QStringLiteral("%1 '%2' already exists").arg(table.chopped(1), name)};
+    }
+    setEntry(t, table, name, entry);
+    return entry;
 }
 
 /// Changes one entry of a table that must exist.
 template <class Work>
-Reply change(PeopleTables& t, const QString& table, const QString& name, Work work) {
+Reply change(PeopleTables& t, QStringView table, const QString& name, Work work) {
     QJsonObject entry = entryOf(t, table, name);
     if (entry.isEmpty()) {
-        return unknown(table.chopped(1), name);
+        return notIn(table, name);
     }
     work(entry);
     setEntry(t, table, name, entry);
     return entry;
 }
 
+/// Removes one entry of a table that must exist, and answers with `reply`.
+Reply drop(PeopleTables& t, QStringView table, const QString& name, const QJsonObject& reply = {}) {
+    if (entryOf(t, table, name).isEmpty()) {
+        return notIn(table, name);
+    }
+    setEntry(t, table, name, {});
+    return reply;
+}
+
 /// Adds a name to one of an entry's lists, or takes it out.
-Reply list(PeopleTables& t, const char* table, const QString& name, const char* key,
+Reply list(PeopleTables& t, QStringView table, const QString& name, QStringView key,
            const QString& value, bool present) {
     if (value.isEmpty()) {
-        return Refusal{400, "the query lacks the name"};
+        return Refusal{400, QStringLiteral("the query lacks the name")};
     }
     return change(t, table, name,
                   [&](QJsonObject& entry) { entry[key] = withName(entry[key], value, present); });
 }
 
-/// The entries of a table with their keys as `key`.
-QJsonArray listed(const PeopleTables& t, const QString& table, const char* key) {
+/// The entries of a table with their keys as `key`, each completed by `finish`.
+template <class Finish>
+QJsonArray listed(const PeopleTables& t, QStringView table, QStringView key, Finish finish) {
     QJsonArray entries;
     const QJsonObject all = t[table].toObject();
     for (auto it = all.begin(); it != all.end(); ++it) {
         QJsonObject entry = it->toObject();
         entry[key] = it.key();
+        finish(entry);
         entries.append(entry);
     }
     return entries;
 }
 
+QJsonArray listed(const PeopleTables& t, QStringView table, QStringView key) {
+    return listed(t, table, key, [](QJsonObject&) {});
+}
+
+/// The names that a query item lists, with commas between.
+QStringList namesOf(const Call& call, const QString& item) {
+    return call.item(item).split(',', Qt::SkipEmptyParts);
+}
+
 Reply showCaller(const PeopleTables& t, const Call& call) {
     const QString& name = call.caller.name;
-    const QJsonObject user = entryOf(t, "users", name);
-    return QJsonObject{{"user", name},
-                       {"name", name},
-                       {"role", user["role"].toString("admin")},
-                       {"groups", user["groups"].toArray()},
-                       {"channels", QJsonArray::fromStringList(channelsOf(t, name))}};
+    const QJsonObject user = entryOf(t, u"users", name);
+    return QJsonObject{
+        {QStringLiteral("user"), name},
+        {QStringLiteral("name"), name},
+        {QStringLiteral("role"), user[u"role"].toString(QStringLiteral("admin"))},
+        {QStringLiteral("groups"), user[u"groups"].toArray()},
+        {QStringLiteral("channels"), QJsonArray::fromStringList(channelsOf(t, name))}};
 }
 
 bool isRole(const QString& role) {
-    return QStringList{"admin", "member", "publisher"}.contains(role);
+    return QStringList{QStringLiteral("admin"), QStringLiteral("member"),
+                       QStringLiteral("publisher")}
+        .contains(role);
 }
 
 Reply createUser(PeopleTables& t, const Call& call) {
-    const QString role = call.query.value("role", "member");
+    const QString role = call.item(u"role", QStringLiteral("member"));
     if (!isRole(role)) {
-        return Refusal{400, QString("no role '%1'").arg(role)};
+        return Refusal{400, QStringLiteral("no role '%1'").arg(role)};
     }
-    if (call.name == kAdministrator || !entryOf(t, "users", call.name).isEmpty()) {
-        return Refusal{409, QString("user '%1' already exists").arg(call.name)};
+    // The administrator that every data folder knows stands in no table.
+    if (call.name == kAdministrator) {
+        return Refusal{409, QStringLiteral("user '%1' already exists").arg(call.name)};
     }
-    const QJsonObject user = newUser(role, call.query.contains("service"));
-    setEntry(t, "users", call.name, user);
-    return user;
+    const QJsonObject user = newUser(role, call.query.contains(QStringLiteral("service")));
+    return create(t, u"users", call.name, user);
 }
 
 int dropTokens(PeopleTables& t, const QString& user) {
     int dropped = 0;
-    for (const QJsonValue& token : listed(t, "tokens", "token")) {
-        if (token["user"] == user) {
-            setEntry(t, "tokens", token["token"].toString(), {});
+    for (const QJsonValue& token : listed(t, u"tokens", u"token")) {
+        if (token[u"user"] == user) {
+            setEntry(t, u"tokens", token[u"token"].toString(), {});
             ++dropped;
         }
     }
@@ -89,225 +122,198 @@ int dropTokens(PeopleTables& t, const QString& user) {
 }
 
 Reply deleteUser(PeopleTables& t, const Call& call) {
-    if (entryOf(t, "users", call.name).isEmpty()) {
-        return unknown("user", call.name);
-    }
-    setEntry(t, "users", call.name, {});
-    return QJsonObject{{"tokens_removed", dropTokens(t, call.name)}};
+    const int tokens = dropTokens(t, call.name);
+    return drop(t, u"users", call.name, {{QStringLiteral("tokens_removed"), tokens}});
 }
 
-Reply setDisabled(PeopleTables& t, const Call& call) {
-    const bool disabled = call.query.value("value") == "true";
+Reply disableUser(PeopleTables& t, const Call& call) {
+    const bool disabled = call.item(u"value") == u"true";
     if (disabled) {
         dropTokens(t, call.name);
     }
-    return change(t, "users", call.name, [&](QJsonObject& user) { user["disabled"] = disabled; });
+    return change(t, u"users", call.name, [&](QJsonObject& user) { user[u"disabled"] = disabled; });
 }
 
 Reply setRole(PeopleTables& t, const Call& call) {
-    const QString role = call.query.value("value");
+    const QString role = call.item(u"value");
     if (!isRole(role)) {
-        return Refusal{400, QString("no role '%1'").arg(role)};
+        return Refusal{400, QStringLiteral("no role '%1'").arg(role)};
     }
-    const QStringList channels = call.query.value("channels").split(',', Qt::SkipEmptyParts);
-    return change(t, "users", call.name, [&](QJsonObject& user) {
-        user["role"] = role;
-        user["channels"] = QJsonArray::fromStringList(channels);
+    const QStringList channels = namesOf(call, QStringLiteral("channels"));
+    return change(t, u"users", call.name, [&](QJsonObject& user) {
+        user[u"role"] = role;
+        user[u"channels"] = QJsonArray::fromStringList(channels);
     });
 }
 
 Reply createToken(PeopleTables& t, const Call& call) {
-    if (!entryOf(t, "users", call.name)["service"].toBool()) {
-        return unknown("service account", call.name);
+    if (!entryOf(t, u"users", call.name)[u"service"].toBool()) {
+        return unknown(QStringLiteral("service account"), call.name);
     }
-    return QJsonObject{{"token", addToken(t, call.name, call.query.value("name"))}};
+    return QJsonObject{{QStringLiteral("token"), addToken(t, call.name, call.item(u"name"))}};
 }
 
 Reply listGroups(const PeopleTables& t, const Call&) {
-    QJsonArray groups = listed(t, "groups", "name");
-    for (QJsonValueRef reference : groups) {
-        QJsonObject group = reference.toObject();
+    const auto addMembers = [&](QJsonObject& group) {
         QJsonArray members;
-        for (const QJsonValue& user : listed(t, "users", "name")) {
-            if (user["groups"].toArray().contains(group["name"])) {
-                members.append(user["name"]);
+        for (const QJsonValue& user : listed(t, u"users", u"name")) {
+            if (user[u"groups"].toArray().contains(group[u"name"])) {
+                members.append(user[u"name"]);
             }
         }
-        group["members"] = members;
-        reference = group;
-    }
-    return QJsonObject{{"groups", groups}};
+        group[u"members"] = members;
+    };
+    return QJsonObject{{QStringLiteral("groups"), listed(t, u"groups", u"name", addMembers)}};
 }
 
 Reply createGroup(PeopleTables& t, const Call& call) {
-    if (!entryOf(t, "groups", call.name).isEmpty()) {
-        return Refusal{409, QString("group '%1' already exists").arg(call.name)};
-    }
-    const QJsonObject group{{"channels", QJsonArray()}, {"sso_managed", false}};
-    setEntry(t, "groups", call.name, group);
-    return group;
+    return create(
+        t, u"groups", call.name,
+        {{QStringLiteral("channels"), QJsonArray()}, {QStringLiteral("sso_managed"), false}});
 }
 
 Reply deleteGroup(PeopleTables& t, const Call& call) {
-    if (entryOf(t, "groups", call.name).isEmpty()) {
-        return unknown("group", call.name);
-    }
-    setEntry(t, "groups", call.name, {});
-    int removed = 0;
-    for (const QJsonValue& user : listed(t, "users", "name")) {
-        if (user["groups"].toArray().contains(call.name)) {
-            list(t, "users", user["name"].toString(), "groups", call.name, false);
-            ++removed;
-        }
-    }
-    return QJsonObject{{"removed_from_users", removed}};
+    const int members = withdraw(t, u"users", u"groups", call.name);
+    return drop(t, u"groups", call.name, {{QStringLiteral("removed_from_users"), members}});
 }
 
 Reply joinGroup(PeopleTables& t, const Call& call) {
-    const QString group = call.query.value("group");
-    return entryOf(t, "groups", group).isEmpty()
-               ? unknown("group", group)
-               : list(t, "users", call.name, "groups", group, true);
+    const QString group = call.item(u"group");
+    return entryOf(t, u"groups", group).isEmpty()
+               ? notIn(u"groups", group)
+               : list(t, u"users", call.name, u"groups", group, true);
 }
 
 Reply addInvite(PeopleTables& t, const QString& user, const Call& call) {
     bool isNumber = false;
-    const int days = call.query.value("days", QString::number(kDefaultInviteDays)).toInt(&isNumber);
+    const int days = call.item(u"days", QString::number(kDefaultInviteDays)).toInt(&isNumber);
     if (user.isEmpty() || !isNumber || days < 1 || days > kMostInviteDays) {
-        return Refusal{400, "an invite needs a user, and its days are a number from 1 to 3650"};
+        return Refusal{
+            400,
+            QStringLiteral("an invite needs a user, and its days are a number from 1 to 3650")};
     }
-    const QStringList groups = call.query.value("groups").split(',', Qt::SkipEmptyParts);
+    const QStringList groups = namesOf(call, QStringLiteral("groups"));
     for (const QString& group : groups) {
-        if (entryOf(t, "groups", group).isEmpty()) {
-            return unknown("group", group);
+        if (entryOf(t, u"groups", group).isEmpty()) {
+            return notIn(u"groups", group);
         }
     }
     const QString code = newSecret();
-    const QJsonObject invite{
-        {"code", code},
-        {"user", user},
-        {"groups", QJsonArray::fromStringList(groups)},
-        {"expires_at", QDateTime::currentDateTimeUtc().addDays(days).toString(Qt::ISODate)}};
-    setEntry(t, "invites", newSecret().first(8), invite);
+    const QJsonObject invite{{QStringLiteral("code"), code},
+                             {QStringLiteral("user"), user},
+                             {QStringLiteral("groups"), QJsonArray::fromStringList(groups)},
+                             {QStringLiteral("expires_at"),
+                              QDateTime::currentDateTimeUtc().addDays(days).toString(Qt::ISODate)}};
+    setEntry(t, u"invites", newSecret().first(8), invite);
     return invite;
 }
 
 Reply listInvites(const PeopleTables& t, const Call&) {
-    QJsonArray invites = listed(t, "invites", "id");
-    for (QJsonValueRef reference : invites) {
-        QJsonObject invite = reference.toObject();
-        invite.remove("code");
-        invite["expired"] = invite["expires_at"].toString() < timestamp();
-        reference = invite;
-    }
-    return QJsonObject{{"invites", invites}};
+    const auto withoutCode = [](QJsonObject& invite) {
+        invite.remove(u"code");
+        invite[u"expired"] = invite[u"expires_at"].toString() < timestamp();
+    };
+    return QJsonObject{{QStringLiteral("invites"), listed(t, u"invites", u"id", withoutCode)}};
 }
 
 Reply redeem(PeopleTables& t, const Call& call) {
-    for (const QJsonValue& invite : listed(t, "invites", "id")) {
-        if (invite["code"] == call.query.value("code") &&
-            invite["expires_at"].toString() >= timestamp()) {
-            setEntry(t, "invites", invite["id"].toString(), {});
-            return openSession(t, invite["user"].toString(), namesIn(invite["groups"]),
-                               call.query.value("machine"));
+    for (const QJsonValue& invite : listed(t, u"invites", u"id")) {
+        if (invite[u"code"] == call.item(u"code") &&
+            invite[u"expires_at"].toString() >= timestamp()) {
+            setEntry(t, u"invites", invite[u"id"].toString(), {});
+            return openSession(t, invite[u"user"].toString(), namesIn(invite[u"groups"]),
+                               call.item(u"machine"));
         }
     }
-    return Refusal{404, "no such invite, or it has expired"};
+    return Refusal{404, QStringLiteral("no such invite, or it has expired")};
 }
 
 Reply requestAccess(PeopleTables& t, const QJsonObject& body) {
-    QJsonObject request{{"created_at", timestamp()}};
-    for (const char* key : {"name", "email", "message"}) {
+    QJsonObject request{{QStringLiteral("created_at"), timestamp()}};
+    for (const QString& key :
+         {QStringLiteral("name"), QStringLiteral("email"), QStringLiteral("message")}) {
         request[key] = body[key].toString();
     }
-    if (request["name"].toString().isEmpty() || request["email"].toString().isEmpty()) {
-        return Refusal{400, "a request needs a name and an email address"};
+    if (request[u"name"].toString().isEmpty() || request[u"email"].toString().isEmpty()) {
+        return Refusal{400, QStringLiteral("a request needs a name and an email address")};
     }
-    setEntry(t, "requests", newSecret().first(8), request);
+    setEntry(t, u"requests", newSecret().first(8), request);
     return QJsonObject{};
 }
 
 Reply listRequests(const PeopleTables& t, const Call&) {
-    QJsonArray requests = listed(t, "requests", "id");
-    for (QJsonValueRef reference : requests) {
-        QJsonObject request = reference.toObject();
-        request["user_exists"] = !entryOf(t, "users", request["name"].toString()).isEmpty();
-        reference = request;
-    }
-    return QJsonObject{{"requests", requests}};
+    const auto addKnown = [&](QJsonObject& request) {
+        request[u"user_exists"] = !entryOf(t, u"users", request[u"name"].toString()).isEmpty();
+    };
+    return QJsonObject{{QStringLiteral("requests"), listed(t, u"requests", u"id", addKnown)}};
 }
 
 Reply approve(PeopleTables& t, const Call& call) {
-    const QJsonObject request = entryOf(t, "requests", call.name);
+    const QJsonObject request = entryOf(t, u"requests", call.name);
     if (request.isEmpty()) {
-        return unknown("request", call.name);
+        return notIn(u"requests", call.name);
     }
-    Reply reply = addInvite(t, request["name"].toString(), call);
+    Reply reply = addInvite(t, request[u"name"].toString(), call);
     if (auto* invite = std::get_if<QJsonObject>(&reply)) {
-        setEntry(t, "requests", call.name, {});
-        (*invite)["email"] = request["email"];
+        setEntry(t, u"requests", call.name, {});
+        (*invite)[u"email"] = request[u"email"];
     }
     return reply;
-}
-
-/// Removes an entry that must exist.
-Reply drop(PeopleTables& t, const QString& table, const QString& id) {
-    if (entryOf(t, table, id).isEmpty()) {
-        return unknown(table.chopped(1), id);
-    }
-    setEntry(t, table, id, {});
-    return QJsonObject{};
 }
 
 }  // namespace
 
 void addPeopleEndpoints(Router& router, People& people) {
     using Access = Router::Access;
-    const auto add = [&](const char* method, const char* pattern, auto work,
+    const auto add = [&](const char* method, QStringView pattern, auto work,
                          Access access = Access::kAdmin) {
         const auto endpoint = [&people, work](const Call& call) {
             return people.with([&](PeopleTables& t) { return work(t, call); });
         };
         router.add(method, pattern, endpoint, access);
     };
-    // Both directions of a list: its name in the query, POST puts it in, DELETE takes it out.
-    const auto addList = [&](const char* pattern, const char* table, const char* key,
-                             const char* item, std::initializer_list<const char*> methods) {
-        for (const QByteArray method : methods) {
-            add(method.constData(), pattern, [=](PeopleTables& t, const Call& call) {
-                return list(t, table, call.name, key, call.query.value(item), method == "POST");
-            });
-        }
+    // The literals of the views below last as long as the program.
+    const auto addDrop = [&](QStringView pattern, QStringView table) {
+        add("DELETE", pattern,
+            [=](PeopleTables& t, const Call& call) { return drop(t, table, call.name); });
     };
-    add("GET", "api/me", showCaller, Access::kWithToken);
-    add("GET", "api/users", [](const PeopleTables& t, const Call&) -> Reply {
-        return QJsonObject{{"users", listed(t, "users", "name")}};
+    // One direction of a list: its name in the query, POST puts it in, DELETE takes it out.
+    const auto addList = [&](const char* method, QStringView pattern, QStringView table,
+                             QStringView key, const QString& item) {
+        const bool present = QByteArray(method) == "POST";
+        add(method, pattern, [=](PeopleTables& t, const Call& call) {
+            return list(t, table, call.name, key, call.item(item), present);
+        });
+    };
+    const QString channel = QStringLiteral("channel");
+    add("GET", u"api/me", showCaller, Access::kWithToken);
+    add("GET", u"api/users", [](const PeopleTables& t, const Call&) -> Reply {
+        return QJsonObject{{QStringLiteral("users"), listed(t, u"users", u"name")}};
     });
-    add("POST", "api/users/*", createUser);
-    add("DELETE", "api/users/*", deleteUser);
-    add("POST", "api/users/*/groups", joinGroup);
-    addList("api/users/*/groups", "users", "groups", "group", {"DELETE"});
-    addList("api/users/*/channels", "users", "follows", "channel", {"POST", "DELETE"});
-    add("POST", "api/users/*/disabled", setDisabled);
-    add("POST", "api/users/*/role", setRole);
-    add("POST", "api/users/*/tokens", createToken);
-    add("GET", "api/groups", listGroups);
-    add("POST", "api/groups/*", createGroup);
-    add("DELETE", "api/groups/*", deleteGroup);
-    addList("api/groups/*/channels", "groups", "channels", "channel", {"POST", "DELETE"});
-    add("POST", "api/invites", [](PeopleTables& t, const Call& call) {
-        return addInvite(t, call.query.value("user"), call);
-    });
-    add("GET", "api/invites", listInvites);
-    add("DELETE", "api/invites/*",
-        [](PeopleTables& t, const Call& call) { return drop(t, "invites", call.name); });
-    add("POST", "api/invites/redeem", redeem, Access::kOpen);
-    add("GET", "api/access-requests", listRequests);
-    add("POST", "api/access-requests/*/approve", approve);
-    add("DELETE", "api/access-requests/*",
-        [](PeopleTables& t, const Call& call) { return drop(t, "requests", call.name); });
+    add("POST", u"api/users/*", createUser);
+    add("DELETE", u"api/users/*", deleteUser);
+    add("POST", u"api/users/*/groups", joinGroup);
+    addList("DELETE", u"api/users/*/groups", u"users", u"groups", QStringLiteral("group"));
+    addList("POST", u"api/users/*/channels", u"users", u"follows", channel);
+    addList("DELETE", u"api/users/*/channels", u"users", u"follows", channel);
+    add("POST", u"api/users/*/disabled", disableUser);
+    add("POST", u"api/users/*/role", setRole);
+    add("POST", u"api/users/*/tokens", createToken);
+    add("GET", u"api/groups", listGroups);
+    add("POST", u"api/groups/*", createGroup);
+    add("DELETE", u"api/groups/*", deleteGroup);
+    addList("POST", u"api/groups/*/channels", u"groups", u"channels", channel);
+    addList("DELETE", u"api/groups/*/channels", u"groups", u"channels", channel);
+    add("POST", u"api/invites",
+        [](PeopleTables& t, const Call& call) { return addInvite(t, call.item(u"user"), call); });
+    add("GET", u"api/invites", listInvites);
+    addDrop(u"api/invites/*", u"invites");
+    add("POST", u"api/invites/redeem", redeem, Access::kOpen);
+    add("GET", u"api/access-requests", listRequests);
+    add("POST", u"api/access-requests/*/approve", approve);
+    addDrop(u"api/access-requests/*", u"requests");
     router.add(
-        "POST", "api/access-requests",
+        "POST", u"api/access-requests",
         [&people](const Call& call) {
             // Read before the tables are locked, for a client may take its time.
             const QJsonObject body = jsonBody(call);

@@ -13,6 +13,11 @@ struct Refusal {
     QString message;
 };
 
+/// The refusal of a name that stands for nothing: "no <what> '<name>'".
+inline Refusal unknown(const QString& what, const QString& name) {
+    return {404, QStringLiteral("no %1 '%2'").arg(what, name)};
+}
+
 /// A file on disk whose bytes are the answer. It must no longer change.
 struct FileBytes {
     QString path;

@@ -2,10 +2,12 @@
 
 #include <httplib.h>
 
+#include <QFile>
 #include <QMap>
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -30,21 +32,21 @@ class RequestBody {
 public:
     using Taker = std::function<void(const char* data, size_t size)>;
 
-    /// "reader" is null for a method that has no body.
-    RequestBody(const httplib::Request& request, const httplib::ContentReader* reader);
+    /// "source" is null for a method that has no body.
+    RequestBody(const httplib::Request& request, const httplib::ContentReader* source);
 
     /// Whether the client said how the body ends; without that there is none.
-    bool isAnnounced() const { return announced_; }
+    bool isAnnounced() const { return announced; }
 
     /// Passes all of the body to "take", the first time it is called. False
     /// when the client went away or fell silent before the end.
     bool read(const Taker& take);
 
 private:
-    const httplib::Request& request_;
-    const httplib::ContentReader* reader_;
-    bool announced_;
-    bool consumed_ = false;
+    const httplib::Request& head;
+    const httplib::ContentReader* reader;
+    bool announced;
+    bool consumed = false;
 };
 
 /// One request as an endpoint sees it: the name that stands where its pattern
@@ -57,10 +59,20 @@ struct Call {
     /// Of an open endpoint perhaps nobody: an empty name.
     Caller caller;
     RequestBody& body;
+
+    /// A query item; `missing` when there is none.
+    QString item(QStringView key, const QString& missing = {}) const {
+        return query.value(key.toString(), missing);
+    }
 };
 
 /// The JSON object in a request's body; empty when it holds none, or more than 64 KiB.
 QJsonObject jsonBody(const Call& call);
+
+/// Answers with what `work` makes of a query item that is "true" or "false". Any other text
+/// is refused; where the item is missing, `missing` stands for it.
+Reply withFlag(const Call& call, QStringView item, const std::function<Reply(bool)>& work,
+               const QString& missing = {});
 
 /// Finds the endpoint for a request, after checking its token. It goes by the
 /// raw target, for the HTTP library decodes "%2F" before it splits the path.
@@ -72,17 +84,22 @@ public:
     /// Finds who a token other than kToken belongs to.
     using Identify = std::function<std::optional<Caller>(const QString& token)>;
 
-    explicit Router(Identify identify) : identify_(std::move(identify)) {}
+    explicit Router(Identify how) : identify(std::move(how)) {}
 
     /// Adds an endpoint for a path such as "api/builds/*/files", where "*"
     /// stands for one name. Endpoints run on the server's threads, several at
     /// a time.
-    void add(const std::string& method, const QString& pattern, Endpoint endpoint,
+    void add(const std::string& method, QStringView pattern, Endpoint endpoint,
              Access access = Access::kWithToken);
+
+    /// Begins to append one line per answered request to a file, or to none when the path is
+    /// empty: method, path as sent (without the query), status, and the reply's body in
+    /// bytes, with blanks between. Why that is not possible comes back as a sentence.
+    std::optional<QString> logTo(const QString& path);
 
     /// Makes the server answer everything through this router, which must
     /// outlive it.
-    void attach(httplib::Server& server) const;
+    void attach(httplib::Server& server);
 
 private:
     struct Route {
@@ -95,8 +112,12 @@ private:
     Reply answer(const httplib::Request& request, RequestBody& body) const;
     std::optional<Caller> callerOf(const httplib::Request& request) const;
 
-    const Identify identify_;
-    std::vector<Route> routes_;
+    void logReply(const httplib::Request& request, const httplib::Response& response);
+
+    const Identify identify;
+    std::vector<Route> routes;
+    std::mutex logging;
+    QFile log;
 };
 
 }  // namespace quorvelle::devserver

@@ -7,6 +7,7 @@
 #include <memory>
 
 namespace quorvelle::devserver {
+
 namespace {
 
 constexpr size_t kChunkSize = 65536;
@@ -21,7 +22,8 @@ void sendJson(httplib::Response& response, int status, const QJsonObject& object
 void sendFile(httplib::Response& response, const QString& path) {
     const auto file = std::make_shared<QFile>(path);
     if (!file->open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        return sendJson(response, 500, {{"error", "cannot read the file"}});
+        return sendJson(response, 500,
+                        {{QStringLiteral("error"), QStringLiteral("cannot read the file")}});
     }
     const auto size = static_cast<size_t>(file->size());
     if (size == 0) {
@@ -43,7 +45,7 @@ void send(httplib::Response& response, const Reply& reply) {
     if (const auto* file = std::get_if<FileBytes>(&reply)) {
         sendFile(response, file->path);
     } else if (const auto* refusal = std::get_if<Refusal>(&reply)) {
-        sendJson(response, refusal->status, {{"error", refusal->message}});
+        sendJson(response, refusal->status, {{QStringLiteral("error"), refusal->message}});
     } else if (const auto* page = std::get_if<Page>(&reply)) {
         response.set_content(page->html.toStdString(), "text/html; charset=utf-8");
     } else if (const auto* redirect = std::get_if<Redirect>(&reply)) {

@@ -4,9 +4,9 @@ namespace quorvelle::devserver {
 
 Service::Service(const QString& dataDir)
     : folder(dataDir),
-      builds(folder.dir().filePath("builds")),
-      channels(folder.dir().filePath("channels")),
-      people(folder.dir().filePath("people.json")),
+      builds(folder.dir().filePath(QStringLiteral("builds"))),
+      channels(folder.dir().filePath(QStringLiteral("channels"))),
+      people(folder.dir().filePath(QStringLiteral("people.json"))),
       tide(folder, builds, signer) {}
 
 std::optional<QString> Service::open(const QStringList& tideChannels) {
@@ -14,17 +14,17 @@ std::optional<QString> Service::open(const QStringList& tideChannels) {
         return error;
     }
     for (auto& error : {builds.load(), channels.load(), people.load(),
-                        signer.load(folder.dir().filePath("secrets.json"))}) {
+                        signer.load(folder.dir().filePath(QStringLiteral("secrets.json")))}) {
         if (error) {
             return error;
         }
     }
     for (const QString& name : tideChannels) {
         const auto known = channels.find(name);
-        if (known && (*known)["engine"] != "tide") {
-            return QString("channel '%1' exists and is no tide channel").arg(name);
+        if (known && (*known)[u"engine"] != QStringLiteral("tide")) {
+            return QStringLiteral("channel '%1' exists and is no tide channel").arg(name);
         }
-        const Reply reply = known ? Reply(*known) : channels.create(name, "tide");
+        const Reply reply = known ? Reply(*known) : channels.create(name, QStringLiteral("tide"));
         if (const auto* refusal = std::get_if<Refusal>(&reply)) {
             return refusal->message;
         }

@@ -6,6 +6,7 @@
 #include <mutex>
 
 namespace quorvelle::devserver {
+
 namespace {
 
 constexpr char kGuest[] = "guest";
@@ -23,27 +24,27 @@ constexpr char kPage[] = R"(<!doctype html><meta charset=utf-8><title>Sign in</t
 class Codes {
 public:
     QString add() {
-        const std::lock_guard lock(mutex_);
+        const std::lock_guard lock(mutex);
         const QString code = newSecret();
-        expiry_.insert(code, QDateTime::currentSecsSinceEpoch() + kCodeSeconds);
+        expiry.insert(code, QDateTime::currentSecsSinceEpoch() + kCodeSeconds);
         return code;
     }
     bool take(const QString& code) {
-        const std::lock_guard lock(mutex_);
-        return expiry_.take(code) > QDateTime::currentSecsSinceEpoch();
+        const std::lock_guard lock(mutex);
+        return expiry.take(code) > QDateTime::currentSecsSinceEpoch();
     }
 
 private:
-    std::mutex mutex_;
-    QMap<QString, qint64> expiry_;
+    std::mutex mutex;
+    QMap<QString, qint64> expiry;
 };
 
 /// The port of the waiting client, or 0.
 int portOf(const Call& call) {
-    return call.query.value("port").toUShort();
+    return call.item(u"port").toUShort();
 }
 
-const Refusal kNoPort{400, "the query item 'port' is no port of this machine"};
+const Refusal kNoPort{400, QStringLiteral("the query item 'port' is no port of this machine")};
 
 }  // namespace
 
@@ -56,19 +57,20 @@ void addSignInEndpoints(Router& router, People& people) {
     const auto confirm = [codes](const Call& call) -> Reply {
         const int port = portOf(call);
         return port == 0 ? Reply(kNoPort)
-                         : Redirect{QString("http://127.0.0.1:%1/?handoff=%2")
+                         : Redirect{QStringLiteral("http://127.0.0.1:%1/?handoff=%2")
                                         .arg(QString::number(port), codes->add())};
     };
     const auto exchange = [codes, &people](const Call& call) -> Reply {
-        if (!codes->take(jsonBody(call)["code"].toString())) {
-            return Refusal{403, "the code is unknown, spent or too old"};
+        if (!codes->take(jsonBody(call)[u"code"].toString())) {
+            return Refusal{403, QStringLiteral("the code is unknown, spent or too old")};
         }
-        return people.with(
-            [](PeopleTables& tables) { return openSession(tables, kGuest, {}, "browser"); });
+        return people.with([](PeopleTables& tables) {
+            return openSession(tables, kGuest, {}, QStringLiteral("browser"));
+        });
     };
-    router.add("GET", "api/sso/start", start, Router::Access::kOpen);
-    router.add("POST", "api/sso/confirm", confirm, Router::Access::kOpen);
-    router.add("POST", "api/sso/handoff", exchange, Router::Access::kOpen);
+    router.add("GET", u"api/sso/start", start, Router::Access::kOpen);
+    router.add("POST", u"api/sso/confirm", confirm, Router::Access::kOpen);
+    router.add("POST", u"api/sso/handoff", exchange, Router::Access::kOpen);
 }
 
 }  // namespace quorvelle::devserver

@@ -8,6 +8,7 @@
 #include "data_folder.h"
 
 namespace quorvelle::devserver {
+
 namespace {
 
 constexpr qint64 kUrlSeconds = 3600;
@@ -49,32 +50,32 @@ bool makeSecrets(const QString& path) {
 
 std::optional<QString> Signer::load(const QString& path) {
     if (!QFile::exists(path) && !makeSecrets(path)) {
-        return QString("cannot record the server's keys in '%1'").arg(path);
+        return QStringLiteral("cannot record the server's keys in '%1'").arg(path);
     }
     const auto secrets = readJson(path);
     Seed seed{};
     if (!secrets || !readHex((*secrets)[kSeedKey].toString(), seed) ||
-        !readHex((*secrets)[kUrlKeyKey].toString(), urlKey_)) {
-        return QString("cannot read the server's keys in '%1'").arg(path);
+        !readHex((*secrets)[kUrlKeyKey].toString(), urlBytes)) {
+        return QStringLiteral("cannot read the server's keys in '%1'").arg(path);
     }
-    crypto_sign_seed_keypair(publicKey_.data(), secretKey_.data(), seed.data());
+    crypto_sign_seed_keypair(publicBytes.data(), secretBytes.data(), seed.data());
     return std::nullopt;
 }
 
 QByteArray Signer::publicKey() const {
-    return hexOf(publicKey_);
+    return hexOf(publicBytes);
 }
 
 QByteArray Signer::signatureOf(const QByteArray& message) const {
     std::array<unsigned char, crypto_sign_BYTES> signature{};
     crypto_sign_detached(signature.data(), nullptr, bytesOf(message),
-                         static_cast<unsigned long long>(message.size()), secretKey_.data());
+                         static_cast<unsigned long long>(message.size()), secretBytes.data());
     return hexOf(signature);
 }
 
 QString Signer::openPath(const QString& path) const {
     const qint64 expires = QDateTime::currentSecsSinceEpoch() + kUrlSeconds;
-    return QString("%1?expires=%2&sig=%3")
+    return QStringLiteral("%1?expires=%2&sig=%3")
         .arg(path, QString::number(expires), QString::fromLatin1(tag(path, expires)));
 }
 
@@ -94,8 +95,8 @@ QByteArray Signer::tag(const QString& path, qint64 expires) const {
     const QByteArray message = path.toUtf8() + '\n' + QByteArray::number(expires);
     std::array<unsigned char, crypto_generichash_BYTES> hash{};
     crypto_generichash(hash.data(), hash.size(), bytesOf(message),
-                       static_cast<unsigned long long>(message.size()), urlKey_.data(),
-                       urlKey_.size());
+                       static_cast<unsigned long long>(message.size()), urlBytes.data(),
+                       urlBytes.size());
     return hexOf(hash);
 }
 

@@ -35,9 +35,9 @@ public:
 private:
     QByteArray tag(const QString& path, qint64 expires) const;
 
-    std::array<unsigned char, crypto_sign_PUBLICKEYBYTES> publicKey_{};
-    std::array<unsigned char, crypto_sign_SECRETKEYBYTES> secretKey_{};
-    std::array<unsigned char, crypto_generichash_KEYBYTES> urlKey_{};
+    std::array<unsigned char, crypto_sign_PUBLICKEYBYTES> publicBytes{};
+    std::array<unsigned char, crypto_sign_SECRETKEYBYTES> secretBytes{};
+    std::array<unsigned char, crypto_generichash_KEYBYTES> urlBytes{};
 };
 
 }  // namespace quorvelle::devserver

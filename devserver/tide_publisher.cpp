@@ -7,11 +7,11 @@
 #include <string>
 #include <utility>
 
-#include "names.h"
 #include "tide/chunks/blake3_hash.h"
 #include "tide/chunks/chunker.h"
 
 namespace quorvelle::devserver {
+
 namespace {
 
 constexpr int kSchema = 1;
@@ -28,14 +28,14 @@ std::string read(std::ifstream& file, const tide::Chunk& chunk) {
 }  // namespace
 
 std::optional<Refusal> TidePublisher::publish(const QString& channel, const QString& build) {
-    const Reply reply = builds_.manifest(build);
+    const Reply reply = builds.manifest(build);
     if (const auto* refusal = std::get_if<Refusal>(&reply)) {
         return *refusal;
     }
     QJsonArray files;
-    for (const QJsonValue& entry : std::get<QJsonObject>(reply)["files"].toArray()) {
-        const QString path = entry["path"].toString();
-        const Reply content = builds_.file(build, path);
+    for (const QJsonValue& entry : std::get<QJsonObject>(reply)[u"files"].toArray()) {
+        const QString path = entry[u"path"].toString();
+        const Reply content = builds.file(build, path);
         if (const auto* refusal = std::get_if<Refusal>(&content)) {
             return *refusal;
         }
@@ -43,14 +43,15 @@ std::optional<Refusal> TidePublisher::publish(const QString& channel, const QStr
         if (pieces.refusal) {
             return pieces.refusal;
         }
-        files.append(
-            QJsonObject{{"path", path}, {"size", entry["size"]}, {"chunks", pieces.chunks}});
+        files.append(QJsonObject{{QStringLiteral("path"), path},
+                                 {QStringLiteral("size"), entry[u"size"]},
+                                 {QStringLiteral("chunks"), pieces.chunks}});
     }
-    return record(channel, {{"schema", kSchema},
-                            {"channel", channel},
-                            {"created", QDateTime::currentSecsSinceEpoch()},
-                            {"build", build},
-                            {"files", files}});
+    return record(channel, {{QStringLiteral("schema"), kSchema},
+                            {QStringLiteral("channel"), channel},
+                            {QStringLiteral("created"), QDateTime::currentSecsSinceEpoch()},
+                            {QStringLiteral("build"), build},
+                            {QStringLiteral("files"), files}});
 }
 
 TidePublisher::Cut TidePublisher::cut(const QString& file) {
@@ -58,17 +59,19 @@ TidePublisher::Cut TidePublisher::cut(const QString& file) {
     std::ifstream content(nativePath(file), std::ios::binary);
     const auto take = [&](const tide::Chunk& chunk) {
         const QString id = QString::fromStdString(chunk.id);
-        result.chunks.append(QJsonObject{{"h", id}, {"n", static_cast<qint64>(chunk.length)}});
-        if (result.refusal || chunks_.contains(id)) {
+        result.chunks.append(QJsonObject{{QStringLiteral("h"), id},
+                                         {QStringLiteral("n"), static_cast<qint64>(chunk.length)}});
+        if (result.refusal || store.contains(id)) {
             return;
         }
         const std::string bytes = read(content, chunk);
         // The store keeps what it has for good, so nothing wrong may enter it.
         if (tide::blake3Hex(bytes) != chunk.id) {
-            result.refusal = Refusal{500, QString("'%1' changed while it was cut").arg(file)};
+            result.refusal =
+                Refusal{500, QStringLiteral("'%1' changed while it was cut").arg(file)};
             return;
         }
-        result.refusal = chunks_.add(id, bytes);
+        result.refusal = store.add(id, bytes);
     };
     std::string error;
     if (!tide::chunkFile(nativePath(file), {}, take, &error)) {
@@ -81,11 +84,12 @@ std::optional<Refusal> TidePublisher::record(const QString& channel,
                                              const QJsonObject& manifest) const {
     const QByteArray bytes = QJsonDocument(manifest).toJson(QJsonDocument::Compact);
     const QString id = QString::fromStdString(tide::blake3Hex(bytes.toStdString()));
-    if (!dir_.mkpath("manifests") || !dir_.mkpath("channels") ||
+    if (!dir.mkpath(QStringLiteral("manifests")) || !dir.mkpath(QStringLiteral("channels")) ||
         !writeWhole(manifestPath(id), bytes) ||
-        !writeWhole(signaturePath(id), signer_.signatureOf(bytes)) ||
+        !writeWhole(signaturePath(id), signer.signatureOf(bytes)) ||
         !writeWhole(switchPath(channel), id.toLatin1())) {
-        return Refusal{500, QString("cannot record the manifest of channel '%1'").arg(channel)};
+        return Refusal{500,
+                       QStringLiteral("cannot record the manifest of channel '%1'").arg(channel)};
     }
     return std::nullopt;
 }
@@ -101,15 +105,15 @@ std::optional<TidePublisher::Published> TidePublisher::current(const QString& ch
 }
 
 QString TidePublisher::manifestPath(const QString& manifestId) const {
-    return dir_.filePath("manifests/" + manifestId + ".json");
+    return dir.filePath(QStringLiteral("manifests/") + manifestId + QStringLiteral(".json"));
 }
 
 QString TidePublisher::signaturePath(const QString& manifestId) const {
-    return manifestPath(manifestId) + ".sig";
+    return manifestPath(manifestId) + QStringLiteral(".sig");
 }
 
 QString TidePublisher::switchPath(const QString& channel) const {
-    return dir_.filePath("channels/" + fileNameFor(channel).value_or(QString()));
+    return dir.filePath(QStringLiteral("channels/") + fileNameFor(channel).value_or(QString()));
 }
 
 }  // namespace quorvelle::devserver

@@ -22,8 +22,11 @@ namespace quorvelle::devserver {
 /// with must outlive it.
 class TidePublisher {
 public:
-    TidePublisher(const DataFolder& folder, const BuildStore& builds, const Signer& signer)
-        : chunks_(folder), builds_(builds), signer_(signer), dir_(folder.dir().filePath("tide")) {}
+    TidePublisher(const DataFolder& folder, const BuildStore& source, const Signer& keys)
+        : store(folder),
+          builds(source),
+          signer(keys),
+          dir(folder.dir().filePath(QStringLiteral("tide"))) {}
 
     /// Makes a finalized build the channel's: cuts its files, stores the chunks that are
     /// new, writes and signs the manifest, then switches. One call at a time, and it takes
@@ -44,7 +47,7 @@ public:
     QString signaturePath(const QString& manifestId) const;
 
     /// Empty when no chunk has this id.
-    QString chunkPath(const QString& id) const { return chunks_.find(id); }
+    QString chunkPath(const QString& id) const { return store.find(id); }
 
 private:
     /// A cut file's entries for the manifest, or why it could not be cut.
@@ -57,10 +60,10 @@ private:
     std::optional<Refusal> record(const QString& channel, const QJsonObject& manifest) const;
     QString switchPath(const QString& channel) const;
 
-    ChunkStore chunks_;
-    const BuildStore& builds_;
-    const Signer& signer_;
-    const QDir dir_;
+    ChunkStore store;
+    const BuildStore& builds;
+    const Signer& signer;
+    const QDir dir;
 };
 
 }  // namespace quorvelle::devserver

@@ -1,12 +1,10 @@
-#include "names.h"
+#include "request_target.h"
 
 #include <QStringDecoder>
 
 namespace quorvelle::devserver {
-namespace {
 
-// Leaves room for a suffix below the usual limit of 255 bytes.
-constexpr qsizetype kMaxFileNameLength = 240;
+namespace {
 
 std::optional<QString> decoded(const QByteArray& encoded) {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
@@ -45,14 +43,6 @@ std::optional<Target> parseTarget(const std::string& raw) {
         target.query.insert(*key, *value);
     }
     return target;
-}
-
-std::optional<QString> fileNameFor(const QString& name) {
-    const QByteArray encoded = name.toUtf8().toPercentEncoding({}, ".~");
-    if (encoded.size() > kMaxFileNameLength) {
-        return std::nullopt;
-    }
-    return QString::fromLatin1(encoded);
 }
 
 }  // namespace quorvelle::devserver

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QByteArray>
 #include <QMap>
 #include <QString>
 #include <QStringList>
@@ -20,10 +19,5 @@ struct Target {
 /// Takes a raw request target apart. A "+" in the query stays a "+". Nothing
 /// when a part is not UTF-8 once decoded.
 std::optional<Target> parseTarget(const std::string& raw);
-
-/// The file name that stands for a build or channel on disk: percent-encoded
-/// outside [A-Za-z0-9_-], so that no name can leave its folder. Nothing when
-/// the name is too long for a file system to hold.
-std::optional<QString> fileNameFor(const QString& name);
 
 }  // namespace quorvelle::devserver
