@@ -119,9 +119,9 @@ Reply BuildStore::finalize(const QString& build) {
 }
 
 Reply BuildStore::setDisabled(const QString& build, bool disabled) {
-    Reply reply = manifest(build);
+    const std::lock_guard lock(mutex);
+    Reply reply = manifestLocked(build);
     if (auto* manifest = std::get_if<QJsonObject>(&reply)) {
-        const std::lock_guard lock(mutex);
         (*manifest)[u"disabled"] = disabled;
         if (!writeJson(folder.filePath(*fileNameFor(build) + kManifestFile), *manifest)) {
             return Refusal{500, QStringLiteral("cannot record build '%1'").arg(build)};
@@ -159,7 +159,12 @@ std::optional<QJsonObject> BuildStore::find(const QString& build) const {
 }
 
 Reply BuildStore::manifest(const QString& build) const {
-    if (!find(build)) {
+    const std::lock_guard lock(mutex);
+    return manifestLocked(build);
+}
+
+Reply BuildStore::manifestLocked(const QString& build) const {
+    if (!finalized.contains(build)) {
         return unknown(QStringLiteral("build"), build);
     }
     const auto manifest = readJson(folder.filePath(*fileNameFor(build) + kManifestFile));

@@ -49,7 +49,9 @@ public:
     Reply file(const QString& build, const QString& path) const;
 
 private:
+    // These expect the lock to be held.
     std::optional<Refusal> refusalLocked(const QString& build, const QString& path) const;
+    Reply manifestLocked(const QString& build) const;
 
     const QDir folder;
     mutable std::mutex mutex;

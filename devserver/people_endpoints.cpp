@@ -106,8 +106,10 @@ Reply createUser(PeopleTables& t, const Call& call) {
     if (call.name == kAdministrator) {
         return Refusal{409, QStringLiteral("user '%1' already exists").arg(call.name)};
     }
-    const QJsonObject user = newUser(role, call.query.contains(QStringLiteral("service")));
-    return create(t, u"users", call.name, user);
+    return withFlag(
+        call, u"service",
+        [&](bool isService) { return create(t, u"users", call.name, newUser(role, isService)); },
+        QStringLiteral("false"));
 }
 
 int dropTokens(PeopleTables& t, const QString& user) {
@@ -127,11 +129,13 @@ Reply deleteUser(PeopleTables& t, const Call& call) {
 }
 
 Reply disableUser(PeopleTables& t, const Call& call) {
-    const bool disabled = call.item(u"value") == u"true";
-    if (disabled) {
-        dropTokens(t, call.name);
-    }
-    return change(t, u"users", call.name, [&](QJsonObject& user) { user[u"disabled"] = disabled; });
+    return withFlag(call, u"value", [&](bool disabled) {
+        if (disabled) {
+            dropTokens(t, call.name);
+        }
+        return change(t, u"users", call.name,
+                      [&](QJsonObject& user) { user[u"disabled"] = disabled; });
+    });
 }
 
 Reply setRole(PeopleTables& t, const Call& call) {
