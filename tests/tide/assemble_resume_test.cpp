@@ -22,6 +22,18 @@ TEST_F(ResumeTest, GoesOnAfterBrokenConnectionsOneUponTheOther) {
     EXPECT_EQ(fetched + bucket.fetched.size(), kChunks + 2);
 }
 
+// Whenever the process dies, one chunk at most is lost.
+TEST_F(ResumeTest, ChunksReachTheFileBeforeTheNextIsDone) {
+    std::uint64_t before = 0;
+    onChunk = [&](std::uint64_t done) {
+        if (done > 1 && done <= kChunks + 1) {
+            EXPECT_GE(fs::file_size(staging() / "large.part"), before);
+            before += build[1].second[done - 2].size();
+        }
+    };
+    EXPECT_TRUE(assemble()) << err;
+}
+
 TEST_F(ResumeTest, AFinishedStagingIsKeptWithoutOneFetch) {
     ASSERT_TRUE(assemble());
     const auto before = fs::last_write_time(staging() / "large");
@@ -31,33 +43,39 @@ TEST_F(ResumeTest, AFinishedStagingIsKeptWithoutOneFetch) {
     expectAssembled(build);
 }
 
+// A file whose beginning is good is gone on with where it stands: it may be as large as what
+// is left of the disk. What else a half-written file holds is kept aside until the end.
 TEST_F(ResumeTest, DamageInTheHalfWrittenFileCostsOneChunk) {
     const std::string content = testing::joined(build[1].second);
     struct Row {
         const char* name;
         std::string part;
         std::size_t fetches;  // "small" and "last" among them
+        bool inPlace;
     };
     std::string flipped = content;
     flipped[100000] = static_cast<char>(flipped[100000] ^ 1);
     std::string zeros = content;
     zeros.replace(200000, 40000, 40000, '\0');
     const Row rows[] = {
-        {"whole", content, 2},
-        {"torn last chunk", content.substr(0, content.size() - 1), 3},
-        {"bytes behind the end", content + "behind", 2},
-        {"a flipped bit", flipped, 3},
-        {"a hole across two chunks", zeros, 4},
-        {"empty", "", 12},
-        {"something else", "something else", 12},
+        {"whole", content, 2, true},
+        {"torn last chunk", content.substr(0, content.size() - 1), 3, true},
+        {"bytes behind the end", content + "behind", 2, false},
+        {"a flipped bit", flipped, 3, false},
+        {"a hole across two chunks", zeros, 4, false},
+        {"empty", "", 12, false},
+        {"something else", "something else", 12, false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         fs::remove_all(staging());
         writeFile(staging() / "large.part", row.part);
+        bool keptAside = false;
+        onChunk = [&](std::uint64_t) { keptAside |= fs::exists(staging() / "leftover-1"); };
         EXPECT_TRUE(assemble()) << err;
         expectAssembled(build);
         EXPECT_THAT(bucket.fetched, SizeIs(row.fetches));
+        EXPECT_NE(keptAside, row.inPlace);
     }
 }
 
