@@ -8,16 +8,12 @@
 
 namespace tide {
 
-void requireSodium(int initResult) {
-    if (initResult < 0) {
-        std::fputs("tide-core: libsodium failed to initialise\n", stderr);
-        std::abort();
-    }
-}
-
 void startEngine() {
     static const bool started = [] {
-        requireSodium(sodium_init());
+        if (sodium_init() < 0) {
+            std::fputs("tide-core: libsodium failed to initialise\n", stderr);
+            std::abort();
+        }
         curl_global_init(CURL_GLOBAL_DEFAULT);
         return true;
     }();

@@ -8,8 +8,4 @@ namespace tide {
 /// says so on standard error and aborts.
 void startEngine();
 
-/// Judges the result of sodium_init(): a negative one is the failure that ends the
-/// process.
-void requireSodium(int initResult);
-
 }  // namespace tide

@@ -109,38 +109,5 @@ TEST_F(VerifyTest, ChunksThatClaimMoreThanTheFileAreTruncation) {
     EXPECT_THAT(check(manifest, true).issues, IsEmpty());
 }
 
-TEST_F(VerifyTest, AMissingInstallMissesEveryFile) {
-    fs::remove_all(temp / "install");
-    EXPECT_THAT(check(manifestOf(kBuild), true).issues,
-                ElementsAre("bin/app: missing", "data/\u00fcber.txt: missing", "empty: missing"));
-}
-
-TEST_F(VerifyTest, AnUnusableManifestIsAFailedCheck) {
-    const Check unsafe = check(manifestOf({{"../x", {}}}), true);
-    EXPECT_FALSE(unsafe.ok);
-    EXPECT_EQ(unsafe.err, "manifest contains an unsafe path: ../x");
-    const Check none = check(manifestOf({}), true);
-    EXPECT_FALSE(none.ok);
-    EXPECT_EQ(none.err, "manifest lists no files");
-}
-
-TEST_F(VerifyTest, TheInstallIsComparedWithTheFetchedManifest) {
-    MemoryBucket bucket(kBuild);
-    writeFile(temp / "install/empty", "no more");
-    std::string issue;
-    std::string err;
-    const auto verify = [&](const std::string& channel) {
-        return verifyInstall(
-            bucket, channel, files::utf8Text(temp / "install"), "", "", "", {},
-            [&](const std::string& path, const std::string& problem) { issue = path + problem; },
-            &err, false);
-    };
-    EXPECT_TRUE(verify("app"));
-    EXPECT_EQ(issue, "emptysize mismatch");
-    EXPECT_THAT(bucket.fetched, IsEmpty());
-    EXPECT_FALSE(verify("other"));
-    EXPECT_EQ(err, "GET channels/other/manifest.json -> HTTP 404");
-}
-
 }  // namespace
 }  // namespace tide

