@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <QJsonDocument>
 #include <functional>
 
 #include "support/tide_fixture.h"
@@ -19,7 +18,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, TideRefusal, ::testing::Bool(),
 TEST_P(TideRefusal, LeavesTheInstallAloneWhenTheDownloadFails) {
     const QString two = chunkId("two");
     const auto publish = [this](const QString& channel, const TideFiles& files) {
-        serveManifest(server, QJsonDocument(tideManifest(channel, files)).toJson().toStdString());
+        serveManifest(server, tideManifest(channel, files));
     };
     struct Row {
         const char* name;

@@ -2,9 +2,7 @@
 
 #include <QDir>
 #include <QFile>
-#include <QJsonDocument>
 
-#include "support/fake_bucket.h"
 #include "support/tide_fixture.h"
 
 namespace quorvelle::testing {
@@ -153,32 +151,33 @@ TEST_P(TideSync, NamesABuildByItsTimeWhenItHasNoOtherName) {
 }
 
 TEST_P(TideSync, ReadsFromTheBucketWhatHasNoUrl) {
-    FakeBucket bucket;
-    const auto target = [](const std::string& key) { return "/tide%20test/" + key + " 200"; };
-    const auto chunkKey = [](const std::string& bytes) {
+    FakeServer bucket;
+    const auto chunkTargetInBucket = [](const std::string& bytes) {
         const std::string id = chunkId(bytes).toStdString();
-        return "chunks/" + id.substr(0, 2) + '/' + id;
+        return "/tide%20test/chunks/" + id.substr(0, 2) + '/' + id;
     };
+    const std::string manifestTarget = "/tide%20test/channels/stable/manifest.json";
     for (const std::string bytes : {"one", "left ", "right"}) {
-        bucket.store(chunkKey(bytes), bytes);
+        bucket.onBytes("GET", chunkTargetInBucket(bytes), bytes);
     }
-    const QByteArray manifest = QJsonDocument(tideManifest("stable", kOne)).toJson();
-    bucket.store("channels/stable/manifest.json", manifest.toStdString());
-    box.environment.insert("TIDE_S3_ENDPOINT", QString::fromStdString(bucket.endpoint()));
-    box.environment.insert("TIDE_S3_REGION", FakeBucket::kRegion);
-    box.environment.insert("TIDE_S3_BUCKET", FakeBucket::kName);
-    box.environment.insert("TIDE_S3_KEY", FakeBucket::kKeyId);
-    box.environment.insert("TIDE_S3_SECRET", FakeBucket::kSecret);
+    bucket.onBytes("GET", manifestTarget, tideManifest("stable", kOne));
+    box.environment.insert("TIDE_S3_ENDPOINT", bucket.url());
+    box.environment.insert("TIDE_S3_REGION", "eu-test-1");
+    box.environment.insert("TIDE_S3_BUCKET", "tide test");
+    box.environment.insert("TIDE_S3_KEY", "AKFAKE");
+    box.environment.insert("TIDE_S3_SECRET", "secret/+=");
 
     publishTide(server, "stable", "b1", kOne);
     describe({{"build", "b1"}, {"chunks", QJsonObject()}, {"manifest_url", ""}}, kOne);
     expectSync("synced", whole("b1", kThreeChunks), retried("b1"));
     EXPECT_THAT(server.lines(), Not(Contains(StartsWith("GET /store/"))));
     EXPECT_EQ(installed(), kOneInstalled);
-    EXPECT_THAT(bucket.log(),
-                ElementsAre("GET " + target("channels/stable/manifest.json"),
-                            "GET " + target(chunkKey("one")), "GET " + target(chunkKey("left ")),
-                            "GET " + target(chunkKey("right"))));
+    EXPECT_THAT(
+        bucket.lines(),
+        ElementsAre("GET " + manifestTarget, "GET " + chunkTargetInBucket("one"),
+                    "GET " + chunkTargetInBucket("left "), "GET " + chunkTargetInBucket("right")));
+    EXPECT_THAT(bucket.requests().back().header("Authorization"),
+                StartsWith("AWS4-HMAC-SHA256 Credential=AKFAKE/"));
 }
 
 TEST_P(TideSync, ResumesOnlyInTheStagingOfTheSameBuild) {

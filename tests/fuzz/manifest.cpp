@@ -6,7 +6,7 @@
 #include "files/utf8_path.h"
 #include "fuzz/promise.h"
 #include "fuzz/targets.h"
-#include "tide/error.h"
+#include "tide/tide_files.h"
 
 namespace tide::fuzz {
 
@@ -16,27 +16,6 @@ namespace {
 constexpr const char* kPublicKey =
     "24a3ac40d7bcfa22a641d187cd93298ea3cd287e30d248c58001e30cdf1ac830";
 constexpr std::string_view kSigned = "signed ";
-
-/// A bucket that holds a manifest and its signature and nothing else.
-class ManifestBucket : public StorageProvider {
-public:
-    bool get(const std::string& key, std::string& body, std::string* err) override {
-        const bool known = key == manifestKey("app") || key == manifestKey("app") + ".sig";
-        if (known) {
-            body = key.ends_with(".sig") ? signature : manifest;
-        }
-        return known || fail(err, "not there");
-    }
-    bool put(const std::string&, const std::string&, std::string*) override { return false; }
-    bool head(const std::string&, std::uint64_t*, std::string*) override { return false; }
-    bool list(const std::string&, std::vector<ObjectEntry>&, std::string*) override {
-        return false;
-    }
-    bool remove(const std::string&, std::string*) override { return false; }
-
-    std::string manifest;
-    std::string signature;
-};
 
 void expectSafeNames(const std::vector<ManifestFile>& files) {
     const std::filesystem::path root = "/root";
@@ -56,11 +35,11 @@ void expectSafeNames(const std::vector<ManifestFile>& files) {
 }  // namespace
 
 int runManifest(const std::uint8_t* bytes, std::size_t size) {
-    ManifestBucket bucket;
-    bucket.manifest = textOf(bytes, size);
-    const bool isSigned = bucket.manifest.starts_with(kSigned);
+    testing::MemoryBucket bucket;
+    std::string& text = bucket.objects[manifestKey("app")] = textOf(bytes, size);
+    const bool isSigned = text.starts_with(kSigned);
     if (isSigned) {
-        bucket.signature = takeLine(bucket.manifest).substr(kSigned.size());
+        bucket.objects[manifestKey("app") + ".sig"] = takeLine(text).substr(kSigned.size());
     }
     Json::Value manifest;
     std::vector<ManifestFile> files;

@@ -1,37 +1,12 @@
 #include "support/fake_tide.h"
 
-#include <gtest/gtest.h>
-#include <sodium.h>
 #include <zstd.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <array>
-
-#include "tide/chunks/blake3_hash.h"
+#include "tide/tide_files.h"
 
 namespace quorvelle::testing {
 
 namespace {
-
-struct KeyPair {
-    std::array<unsigned char, crypto_sign_PUBLICKEYBYTES> open{};
-    std::array<unsigned char, crypto_sign_SECRETKEYBYTES> secret{};
-};
-
-KeyPair keyPair() {
-    EXPECT_GE(sodium_init(), 0);
-    std::array<unsigned char, crypto_sign_SEEDBYTES> seed{};
-    seed.fill(7);
-    KeyPair pair;
-    crypto_sign_seed_keypair(pair.open.data(), pair.secret.data(), seed.data());
-    return pair;
-}
-
-template <std::size_t kSize>
-QByteArray hex(const std::array<unsigned char, kSize>& bytes) {
-    return QByteArray(reinterpret_cast<const char*>(bytes.data()), kSize).toHex();
-}
 
 std::string compressed(const std::string& bytes) {
     std::string frame(ZSTD_compressBound(bytes.size()), '\0');
@@ -54,36 +29,21 @@ std::string chunkTarget(const std::string& bytes) {
 }
 
 QString signingKey() {
-    return QString::fromLatin1(hex(keyPair().open));
+    return QString::fromStdString(tide::testing::signingKey());
 }
 
 std::string signatureOf(const std::string& manifest) {
-    std::array<unsigned char, crypto_sign_BYTES> signature{};
-    crypto_sign_detached(signature.data(), nullptr,
-                         reinterpret_cast<const unsigned char*>(manifest.data()), manifest.size(),
-                         keyPair().secret.data());
-    return hex(signature).toStdString();
+    return tide::testing::signatureOf(manifest);
 }
 
-QJsonObject tideManifest(const QString& channel, const TideFiles& files) {
-    QJsonArray entries;
-    for (const TideFile& file : files) {
-        QJsonArray chunks;
-        qint64 size = 0;
-        for (const std::string& bytes : file.chunks) {
-            const auto length = static_cast<qint64>(bytes.size());
-            chunks.append(QJsonObject{{"h", chunkId(bytes)}, {"n", length}});
-            size += length;
-        }
-        entries.append(QJsonObject{{"path", file.path}, {"size", size}, {"chunks", chunks}});
-    }
-    return {{"schema", 1}, {"channel", channel}, {"files", entries}};
+std::string tideManifest(const QString& channel, const TideFiles& files) {
+    return tide::testing::manifestOf(files, channel.toStdString()).toStyledString();
 }
 
 QJsonObject tideDescriptor(const FakeServer& server, const QString& build, const TideFiles& files) {
     QJsonObject chunks;
-    for (const TideFile& file : files) {
-        for (const std::string& bytes : file.chunks) {
+    for (const auto& [path, cut] : files) {
+        for (const std::string& bytes : cut) {
             chunks.insert(chunkId(bytes), storeUrl(server, chunkTarget(bytes)));
         }
     }
@@ -100,13 +60,13 @@ void serveManifest(FakeServer& server, const std::string& manifest) {
 
 void publishTide(FakeServer& server, const QString& channel, const QString& build,
                  const TideFiles& files, ChunkForm form) {
-    for (const TideFile& file : files) {
-        for (const std::string& bytes : file.chunks) {
+    for (const auto& [path, cut] : files) {
+        for (const std::string& bytes : cut) {
             server.onBytes("GET", chunkTarget(bytes),
                            form == ChunkForm::kZstd ? compressed(bytes) : bytes);
         }
     }
-    serveManifest(server, QJsonDocument(tideManifest(channel, files)).toJson().toStdString());
+    serveManifest(server, tideManifest(channel, files));
     const std::string name = channel.toStdString();
     server.onJson("GET", "/api/tide/sync/" + name, tideDescriptor(server, build, files));
     server.onJson("GET", "/api/channels/" + name, {{"build", build}, {"engine", "tide"}});

@@ -3,18 +3,15 @@
 #include <QJsonObject>
 #include <QString>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/fake_server.h"
 
 namespace quorvelle::testing {
 
-/// A file of a chunked build: its bytes, cut where the test wants them cut.
-struct TideFile {
-    QString path;
-    std::vector<std::string> chunks;
-};
-using TideFiles = std::vector<TideFile>;
+/// The files of a chunked build: path and bytes, cut where the test wants them cut.
+using TideFiles = std::vector<std::pair<std::string, std::vector<std::string>>>;
 
 enum class ChunkForm { kRaw, kZstd };
 
@@ -29,7 +26,7 @@ QString signingKey();
 std::string signatureOf(const std::string& manifest);
 
 /// The manifest of a build, and what the server answers about it.
-QJsonObject tideManifest(const QString& channel, const TideFiles& files);
+std::string tideManifest(const QString& channel, const TideFiles& files);
 QJsonObject tideDescriptor(const FakeServer& server, const QString& build, const TideFiles& files);
 
 void serveManifest(FakeServer& server, const std::string& manifest);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <sys/types.h>
-
+#include <QProcess>
+#include <QTemporaryDir>
 #include <string>
 
 namespace quorvelle::testing {
@@ -18,8 +18,6 @@ public:
 
     S3Server();
     ~S3Server();
-    S3Server(const S3Server&) = delete;
-    S3Server& operator=(const S3Server&) = delete;
 
     /// Base URL without a trailing slash; empty when the server did not start, whose
     /// output then stands in `output`.
@@ -27,10 +25,8 @@ public:
     std::string output;
 
 private:
-    std::string directory;
-    pid_t process = -1;
-    /// The process's standard streams; it ends when this end closes.
-    int connection = -1;
+    QTemporaryDir directory;
+    QProcess process;
 };
 
 }  // namespace quorvelle::testing

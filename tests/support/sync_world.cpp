@@ -38,11 +38,10 @@ TideFiles inChunks(const Files& files) {
     constexpr qsizetype kChunk = 640 * 1024;
     TideFiles cut;
     for (const auto& [path, bytes] : files) {
-        TideFile file{path, {}};
+        auto& [name, chunks] = cut.emplace_back(path.toStdString(), std::vector<std::string>());
         for (qsizetype at = 0; at < bytes.size(); at += kChunk) {
-            file.chunks.push_back(bytes.mid(at, kChunk).toStdString());
+            chunks.push_back(bytes.mid(at, kChunk).toStdString());
         }
-        cut.push_back(std::move(file));
     }
     return cut;
 }

@@ -1,14 +1,13 @@
 #include "tide/assemble.h"
 
-#include "support/fake_bucket.h"
+#include "support/fake_server.h"
 #include "tide/assembly_fixture.h"
 
 namespace tide {
 namespace {
 
 namespace fs = std::filesystem;
-using quorvelle::testing::FakeBucket;
-using quorvelle::testing::Lie;
+using quorvelle::testing::FakeServer;
 using testing::AssemblyTest;
 using testing::Build;
 using ::testing::ElementsAre;
@@ -153,30 +152,27 @@ TEST_F(AssemblyTest, EachFailureHasItsText) {
 TEST_F(AssemblyTest, PresignedUrlsTakeThePlaceOfTheBucket) {
     const Build build = {{"f", {"first", "second"}}, {"g", {"first"}}};
     bucket.setManifest(manifestOf(build));
-    FakeBucket store;
+    FakeServer store;
+    std::vector<int> connections;
     ChunkUrls urls;
     for (const std::string chunk : {"first", "second"}) {
-        store.store(chunk, chunk);
-        urls[blake3Hex(chunk)] = store.presigned(chunk);
+        store.on("GET", "/" + chunk, [&, chunk](const auto& request, auto& response) {
+            connections.push_back(request.remote_port);
+            response.set_content(chunk, "");
+        });
+        urls[blake3Hex(chunk)] = store.url().toStdString() + "/" + chunk;
     }
     EXPECT_TRUE(assemble(urls)) << err;
     expectAssembled(build);
-    EXPECT_THAT(store.log(), SizeIs(2));
-    EXPECT_EQ(store.connections(), 1U);
+    ASSERT_THAT(connections, SizeIs(2));
+    EXPECT_EQ(connections[0], connections[1]);
 
+    fs::remove_all(staging());
     const std::string id = blake3Hex("second");
-    const std::pair<Lie, std::string> lies[] = {
-        {Lie::kForbidden, "chunk URL " + id + " -> HTTP 403"},
-        {Lie::kWrongBytes, "chunk " + id + " failed to decode/verify (corrupt or tampered)"},
-        {Lie::kShortBody, "curl: Transferred a partial file"},
-    };
-    for (const auto& [lie, text] : lies) {
-        fs::remove_all(staging());
-        store.lieAbout("second", lie);
-        EXPECT_FALSE(assemble(urls));
-        EXPECT_EQ(err, text);
-        EXPECT_FALSE(fs::exists(staging() / "f"));
-    }
+    store.onJson("GET", "/second", {}, 403);
+    EXPECT_FALSE(assemble(urls));
+    EXPECT_EQ(err, "chunk URL " + id + " -> HTTP 403");
+    EXPECT_FALSE(fs::exists(staging() / "f"));
     urls.erase(id);
     EXPECT_FALSE(assemble(urls));
     EXPECT_EQ(err, "no presigned URL for chunk " + id);

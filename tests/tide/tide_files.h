@@ -1,6 +1,7 @@
 #pragma once
 
 #include <json/writer.h>
+#include <sodium.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -96,10 +97,10 @@ inline std::string joined(const std::vector<std::string>& chunks) {
     return bytes;
 }
 
-inline Json::Value manifestOf(const Build& build) {
+inline Json::Value manifestOf(const Build& build, const std::string& channel = "app") {
     Json::Value manifest;
     manifest["schema"] = 1;
-    manifest["channel"] = "app";
+    manifest["channel"] = channel;
     manifest["files"] = Json::arrayValue;
     for (const auto& [path, chunks] : build) {
         Json::Value file;
@@ -117,7 +118,37 @@ inline Json::Value manifestOf(const Build& build) {
     return manifest;
 }
 
-/// A bucket in memory that notes which chunks were fetched.
+struct KeyPair {
+    unsigned char open[crypto_sign_PUBLICKEYBYTES];
+    unsigned char secret[crypto_sign_SECRETKEYBYTES];
+};
+
+/// The keys that tests sign with, always the same.
+inline KeyPair keyPair() {
+    const std::vector<unsigned char> seed(crypto_sign_SEEDBYTES, 7);
+    KeyPair pair;
+    crypto_sign_seed_keypair(pair.open, pair.secret, seed.data());
+    return pair;
+}
+
+template <std::size_t kSize>
+std::string hexOf(const unsigned char (&bytes)[kSize]) {
+    char text[2 * kSize + 1];
+    return sodium_bin2hex(text, sizeof text, bytes, kSize);
+}
+
+inline std::string signingKey() {
+    return hexOf(keyPair().open);
+}
+
+inline std::string signatureOf(const std::string& message) {
+    unsigned char signature[crypto_sign_BYTES];
+    crypto_sign_detached(signature, nullptr, reinterpret_cast<const unsigned char*>(message.data()),
+                         message.size(), keyPair().secret);
+    return hexOf(signature);
+}
+
+/// A bucket in memory that notes what was asked for, and which chunks were fetched.
 class MemoryBucket : public StorageProvider {
 public:
     MemoryBucket() = default;
@@ -139,6 +170,7 @@ public:
 
     bool get(const std::string& key, std::string& body, std::string* err) override {
         const bool chunk = key.starts_with("chunks/");
+        asked.push_back(key);
         if (!objects.contains(key) || (chunk && fetched.size() >= breakAfter)) {
             return fail(err, "GET ", key, " -> HTTP 404");
         }
@@ -156,6 +188,7 @@ public:
     bool remove(const std::string&, std::string*) override { return false; }
 
     std::map<std::string, std::string> objects;
+    std::vector<std::string> asked;
     std::vector<std::string> fetched;
     /// Chunks that are served before every other is refused.
     std::size_t breakAfter = ~std::size_t{0};

@@ -1,116 +1,132 @@
 #include "tide/manifest/manifest.h"
 
 #include <gmock/gmock.h>
-#include <sodium.h>
 
-#include "support/bucket_access.h"
+#include <algorithm>
+
 #include "support/fake_server.h"
+#include "tide/manifest/signature.h"
+#include "tide/tide_files.h"
 
 namespace tide {
 namespace {
 
-using namespace quorvelle::testing;
+using quorvelle::testing::FakeServer;
+using ::testing::ElementsAre;
+using testing::signatureOf;
+using testing::signingKey;
 using ::testing::StartsWith;
 
 constexpr const char* kKey = "channels/beta/manifest.json";
 constexpr const char* kGood = R"({"schema": 1, "channel": "beta", "files": []})";
 
-std::string hex(const unsigned char* bytes, std::size_t size) {
-    std::string text(size * 2 + 1, '\0');
-    sodium_bin2hex(text.data(), text.size(), bytes, size);
-    text.pop_back();
-    return text;
+TEST(SignatureTest, JudgesSignaturesMadeByOpenssl) {
+    const auto vectorFile = [](const std::string& name) {
+        return testing::readFile(QUORVELLE_TEST_DATA "/signatures/" + name);
+    };
+    const auto upper = [](std::string text) {
+        std::transform(text.begin(), text.end(), text.begin(), ::toupper);
+        return text;
+    };
+    const std::string key = vectorFile("public_key.hex");
+    const std::string message = vectorFile("message.json");
+    const std::string good = vectorFile("signature.hex");
+    ASSERT_EQ(good.size(), 128u);
+    std::string changed = good;
+    changed.front() = good.front() == '0' ? '1' : '0';
+
+    struct Row {
+        const char* name;
+        std::string key;
+        std::string message;
+        std::string signature;
+        const char* error;
+    };
+    const Row rows[] = {
+        {"good", key, message, good, ""},
+        {"upper case", upper(key), message, upper(good), ""},
+        {"a changed byte", key, message + ' ', good, "signature does not verify"},
+        {"a changed signature", key, message, changed, "signature does not verify"},
+        {"a newline after the signature", key, message, good + '\n', "bad signature"},
+        {"a signature cut short", key, message, good.substr(2), "bad signature"},
+        {"no hexadecimal digits", key, message, std::string(128, 'g'), "bad signature"},
+        {"blanks between", key, message, good.substr(0, 126) + " 0", "bad signature"},
+        {"no key", "", message, good, "bad public key"},
+        {"a key cut short", key.substr(2), message, good, "bad public key"},
+        {"a newline after the key", key + '\n', message, good, "bad public key"},
+        {"both bad", "xx", message, "xx", "bad public key"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::string err;
+        EXPECT_EQ(verifyEd25519(row.key, row.message, row.signature, &err),
+                  std::string(row.error).empty());
+        EXPECT_EQ(err, row.error);
+        EXPECT_EQ(verifyEd25519(row.key, row.message, row.signature, nullptr), err.empty());
+    }
 }
 
 class FetchManifestTest : public ::testing::Test {
 protected:
-    FetchManifestTest() { crypto_sign_keypair(publicKey, secretKey); }
-
-    std::string key() const { return hex(publicKey, sizeof publicKey); }
-
-    void storeSigned(const std::string& object, const std::string& body) {
-        unsigned char signature[crypto_sign_BYTES];
-        crypto_sign_detached(signature, nullptr,
-                             reinterpret_cast<const unsigned char*>(body.data()), body.size(),
-                             secretKey);
-        bucket.store(object, body);
-        bucket.store(object + ".sig", hex(signature, sizeof signature));
+    void storeSigned(const std::string& body) {
+        bucket.objects[kKey] = body;
+        bucket.objects[kKey + std::string(".sig")] = signatureOf(body);
     }
+
+    std::string url(const std::string& target) const { return server.url().toStdString() + target; }
 
     // What fetchManifest says; empty when it takes the manifest.
     std::string verdict(const std::string& publicKeyHex, const std::string& manifestUrl = {},
                         const std::string& signatureUrl = {}) {
-        S3Provider provider(accessTo(bucket));
         std::string err;
         manifest = "kept";
-        const bool ok = fetchManifest(provider, "beta", manifestUrl, publicKeyHex, signatureUrl,
-                                      manifest, &err);
+        const bool ok =
+            fetchManifest(bucket, "beta", manifestUrl, publicKeyHex, signatureUrl, manifest, &err);
         EXPECT_EQ(ok, err.empty());
         EXPECT_EQ(manifest.isObject(), ok);
-        EXPECT_EQ(fetchManifest(provider, "beta", manifestUrl, publicKeyHex, signatureUrl, manifest,
-                                nullptr),
-                  ok);
         return err;
     }
 
-    FakeBucket bucket;
+    FakeServer server;
+    testing::MemoryBucket bucket;
     Json::Value manifest;
-    unsigned char publicKey[crypto_sign_PUBLICKEYBYTES];
-    unsigned char secretKey[crypto_sign_SECRETKEYBYTES];
 };
 
-TEST_F(FetchManifestTest, TakesManifestAndSignatureFromTheBucket) {
-    storeSigned(kKey, kGood);
-    EXPECT_EQ(verdict(key()), "");
+TEST_F(FetchManifestTest, AsksForASignatureOnlyWithAKey) {
+    storeSigned(kGood);
+    EXPECT_EQ(verdict(signingKey()), "");
     EXPECT_EQ(manifest["channel"].asString(), "beta");
-    EXPECT_EQ(bucket.log()[0], "GET /tide%20test/channels/beta/manifest.json 200");
-    EXPECT_EQ(bucket.log()[1], "GET /tide%20test/channels/beta/manifest.json.sig 200");
-}
-
-TEST_F(FetchManifestTest, TakesManifestAndSignatureFromUrls) {
-    storeSigned("m", kGood);
-    EXPECT_EQ(verdict(key(), bucket.presigned("m"), bucket.presigned("m.sig")), "");
-    FakeServer elsewhere;
-    elsewhere.on("GET", "/m", [this](const httplib::Request&, httplib::Response& response) {
-        response.set_redirect(bucket.presigned("m"), 301);
-    });
-    EXPECT_EQ(verdict("", elsewhere.url().toStdString() + "/m"), "");
-}
-
-TEST_F(FetchManifestTest, AsksForNoSignatureWithoutAKey) {
-    bucket.store("m", kGood);
-    EXPECT_EQ(verdict("", bucket.presigned("m"), bucket.presigned("m.sig")), "");
-    bucket.store(kKey, kGood);
     EXPECT_EQ(verdict(""), "");
-    EXPECT_THAT(bucket.log(), ::testing::Each(::testing::Not(::testing::HasSubstr(".sig"))));
+    EXPECT_THAT(bucket.asked, ElementsAre(kKey, kKey + std::string(".sig"), kKey));
+
+    server.onBytes("GET", "/m", kGood);
+    server.onBytes("GET", "/s", signatureOf(kGood));
+    EXPECT_EQ(verdict(signingKey(), url("/m"), url("/s")), "");
+    EXPECT_EQ(verdict("", url("/m"), url("/s")), "");
+    EXPECT_THAT(server.lines(), ElementsAre("GET /m", "GET /s", "GET /m"));
+    EXPECT_EQ(bucket.asked.size(), 3U);
 }
 
 TEST_F(FetchManifestTest, RefusesWhatCannotBeFetched) {
     EXPECT_EQ(verdict(""), "GET channels/beta/manifest.json -> HTTP 404");
     EXPECT_EQ(verdict("", "file:///etc/hostname"), "curl: Unsupported protocol");
-    bucket.store("m", kGood);
-    bucket.lieAbout("m", Lie::kServerError);
-    EXPECT_EQ(verdict("", bucket.presigned("m")), "manifest URL -> HTTP 500");
+    server.onJson("GET", "/m", {}, 500);
+    EXPECT_EQ(verdict("", url("/m")), "manifest URL -> HTTP 500");
+    EXPECT_FALSE(fetchManifest(bucket, "beta", "", "", "", manifest, nullptr));
 }
 
 TEST_F(FetchManifestTest, RefusesWhatIsNotSignedByTheKey) {
     const std::string unsignedText = "channel 'beta' has no signature but verification is required";
-    storeSigned(kKey, kGood);
-    storeSigned("m", kGood);
-    const std::string url = bucket.presigned("m");
-    EXPECT_EQ(verdict(key(), url), unsignedText);
-    EXPECT_EQ(verdict(key(), url, bucket.presigned("nothing.sig")), unsignedText);
-    EXPECT_EQ(verdict(key(), url, "file:///etc/hostname"), unsignedText);
-    bucket.store("m", kGood + std::string("\n"));
-    EXPECT_EQ(verdict(key(), url, bucket.presigned("m.sig")), "signature does not verify");
+    storeSigned(kGood);
+    server.onBytes("GET", "/m", kGood);
+    EXPECT_EQ(verdict(signingKey(), url("/m")), unsignedText);
+    EXPECT_EQ(verdict(signingKey(), url("/m"), url("/nothing")), unsignedText);
+    EXPECT_EQ(verdict(signingKey(), url("/m"), "file:///etc/hostname"), unsignedText);
     EXPECT_EQ(verdict("abc"), "bad public key");
-    bucket.store("broken", "{");
-    EXPECT_EQ(verdict(key(), bucket.presigned("broken"), bucket.presigned("m.sig")),
-              "signature does not verify");
-    bucket.store("line.sig", bucket.objects()["m.sig"] + '\n');
-    EXPECT_EQ(verdict(key(), url, bucket.presigned("line.sig")), "bad signature");
-    bucket.lieAbout(std::string(kKey) + ".sig", Lie::kForbidden);
-    EXPECT_EQ(verdict(key()), unsignedText);
+    bucket.objects[kKey] = "{";
+    EXPECT_EQ(verdict(signingKey()), "signature does not verify");
+    bucket.objects.erase(kKey + std::string(".sig"));
+    EXPECT_EQ(verdict(signingKey()), unsignedText);
 }
 
 TEST_F(FetchManifestTest, JudgesSchemaAndChannel) {
@@ -133,26 +149,17 @@ TEST_F(FetchManifestTest, JudgesSchemaAndChannel) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.body);
-        storeSigned(kKey, row.body);
+        storeSigned(row.body);
         EXPECT_EQ(verdict(""), row.error);
-        EXPECT_EQ(verdict(key()), row.errorWithKey);
+        EXPECT_EQ(verdict(signingKey()), row.errorWithKey);
     }
 }
 
-TEST(ParseManifest, RefusesWhatIsNoJson) {
-    const std::pair<std::string, std::string> rows[] = {
-        {R"({"schema": 1)", "manifest parse error: * Line 1, Column 13\n"},
-        {"<html>", "manifest parse error: * Line 1, Column 1\n"},
-        {std::string(1 << 20, '['), "manifest parse error: Exceeded stackLimit"},
-    };
-    for (const auto& [body, error] : rows) {
-        Json::Value out = "kept";
-        std::string err = "replaced";
-        EXPECT_FALSE(parseManifest(body, out, &err));
-        EXPECT_THAT(err, StartsWith(error));
-        EXPECT_EQ(out, Json::Value("kept"));
-    }
-    EXPECT_EQ(manifestKey("a b"), "channels/a b/manifest.json");
+TEST_F(FetchManifestTest, SaysWhereTheJsonIsBroken) {
+    bucket.objects[kKey] = R"({"schema": 1)";
+    EXPECT_THAT(verdict(""), StartsWith("manifest parse error: * Line 1, Column 13\n"));
+    bucket.objects[kKey] = std::string(1 << 20, '[');
+    EXPECT_THAT(verdict(""), StartsWith("manifest parse error: Exceeded stackLimit"));
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "support/fake_bucket.h"
 #include "support/fake_server.h"
 #include "support/raw_server.h"
 
@@ -43,7 +42,6 @@ protected:
     std::string url(const std::string& target) const { return server.url().toStdString() + target; }
 
     FakeServer server;
-    FakeBucket bucket;
 };
 
 TEST_F(HttpGetTest, ReturnsBodyAndStatusWhateverTheStatus) {
@@ -92,39 +90,39 @@ TEST_F(HttpGetTest, SaysHowATransferBroke) {
     expectFailure(get(nobody), "curl: Couldn't connect to server");
     expectFailure(get("http://"), "curl: URL using bad/illegal format or missing URL");
 
-    bucket.store("k", "four");
-    bucket.lieAbout("k", Lie::kShortBody);
-    expectFailure(get(bucket.presigned("k")), "curl: Transferred a partial file");
-
     const RawServer silent({""});
     expectFailure(get(silent.url().toStdString()),
                   "curl: Server returned nothing (no headers, no data)");
-    const RawServer resetting({"HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nshort"},
-                              RawServer::Ending::kReset);
+    const std::string cutShort = "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nshort";
+    const RawServer closing({cutShort});
+    expectFailure(get(closing.url().toStdString()), "curl: Transferred a partial file");
+    const RawServer resetting({cutShort}, RawServer::Ending::kReset);
     EXPECT_FALSE(get(resetting.url().toStdString()).ok);
 }
 
 TEST_F(HttpGetTest, StopsAtTheBound) {
     const HttpOptions fourBytes{.maxBody = 4};
-    const std::string tooLong = "curl: Failed writing received data to disk/application";
-    bucket.store("fits", "four");
-    EXPECT_EQ(get(bucket.presigned("fits"), {}, fourBytes).body, "four");
-    bucket.store("long", "five!");
-    expectFailure(get(bucket.presigned("long"), {}, fourBytes), tooLong);
-    bucket.lieAbout("endless", Lie::kEndlessBody);
-    expectFailure(get(bucket.presigned("endless"), {}, {.maxBody = 3 << 20}), tooLong);
+    server.onBytes("GET", "/fits", "four");
+    EXPECT_EQ(get(url("/fits"), {}, fourBytes).body, "four");
+    server.onBytes("GET", "/long", "five!");
+    expectFailure(get(url("/long"), {}, fourBytes),
+                  "curl: Failed writing received data to disk/application");
 }
 
 TEST_F(HttpGetTest, KeepsConnectionsOpenOnlyInACache) {
-    bucket.store("k", "bytes");
+    std::set<int> connections;
+    server.on("GET", "/k", [&](const httplib::Request& request, httplib::Response& response) {
+        connections.insert(request.remote_port);
+        response.set_content("bytes", "");
+    });
     ConnectionCache cache;
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(get(bucket.presigned("k"), {}, {.connections = &cache}).body, "bytes");
+        EXPECT_EQ(get(url("/k"), {}, {.connections = &cache}).body, "bytes");
     }
-    EXPECT_EQ(bucket.connections(), 1u);
-    get(bucket.presigned("k"));
-    get(bucket.presigned("k"));
-    EXPECT_EQ(bucket.connections(), 3u);
+    EXPECT_EQ(connections.size(), 1u);
+    get(url("/k"));
+    get(url("/k"));
+    EXPECT_EQ(connections.size(), 3u);
 }
 
 }  // namespace

@@ -8,6 +8,10 @@ namespace tide {
 namespace {
 
 using quorvelle::testing::S3Server;
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 // The engine against an S3 server that shares no code with it.
 class S3ServerTest : public ::testing::Test {
@@ -19,12 +23,12 @@ protected:
 
     static std::unique_ptr<S3Server> server;
     ConnectionCache connections;
-    S3Provider provider{{.endpoint = server->endpoint,
-                         .region = "eu-west-1",
-                         .bucket = S3Server::kBucket,
-                         .accessKeyId = S3Server::kAccount,
-                         .secretAccessKey = S3Server::kAccount},
-                        &connections};
+    BucketAccess access{.endpoint = server->endpoint,
+                        .region = "eu-west-1",
+                        .bucket = S3Server::kBucket,
+                        .accessKeyId = S3Server::kAccount,
+                        .secretAccessKey = S3Server::kAccount};
+    S3Provider provider{access, &connections};
     std::string err;
 };
 
@@ -69,6 +73,29 @@ TEST_F(S3ServerTest, ListsOverSeveralPages) {
     EXPECT_EQ(entries, all);
     EXPECT_TRUE(provider.list("other", entries, &err)) << err;
     EXPECT_EQ(entries, (std::vector<ObjectEntry>{{"other", 0}}));
+}
+
+TEST_F(S3ServerTest, IsRefusedWithAnotherSecret) {
+    ASSERT_TRUE(provider.put("a/k", "kept", &err)) << err;
+    access.secretAccessKey += "x";
+    S3Provider stranger(access);
+    std::string body = "kept";
+    std::vector<ObjectEntry> entries{{"kept", 1}};
+    std::string errors[5];
+    EXPECT_FALSE(stranger.get("a/k", body, &errors[0]));
+    EXPECT_FALSE(stranger.put("a/k", "y", &errors[1]));
+    EXPECT_FALSE(stranger.head("a/k", nullptr, &errors[2]));
+    EXPECT_FALSE(stranger.remove("a/k", &errors[3]));
+    EXPECT_FALSE(stranger.list("a/", entries, &errors[4]));
+    EXPECT_THAT(errors, ElementsAre("GET a/k -> HTTP 403", "PUT a/k -> HTTP 403",
+                                    "HEAD a/k -> HTTP 403", "DELETE a/k -> HTTP 403",
+                                    AllOf(StartsWith("LIST -> HTTP 403 <"),
+                                          HasSubstr("SignatureDoesNotMatch"))));
+    EXPECT_EQ(body, "kept");
+    EXPECT_EQ(entries, (std::vector<ObjectEntry>{{"kept", 1}}));
+    EXPECT_TRUE(provider.get("a/k", body, &err)) << err;
+    EXPECT_EQ(body, "kept");
+    EXPECT_TRUE(provider.remove("a/k", &err)) << err;
 }
 
 }  // namespace
