@@ -25,7 +25,7 @@ protected:
                     onChunk(done);
                 }
             },
-            {}, maxReplaceAttempts, files::utf8Text(temp / "install"), &err);
+            {}, 0, files::utf8Text(temp / "install"), &err);
         EXPECT_EQ(ok, err.empty());
         return ok;
     }
@@ -52,7 +52,6 @@ protected:
     std::vector<std::string> progress;
     /// Called on the worker after each chunk, with the number done.
     std::function<void(std::uint64_t)> onChunk;
-    int maxReplaceAttempts = 0;
 };
 
 /// Assembles a build whose file "large" has kChunks chunks.

@@ -61,13 +61,5 @@ TEST_F(ReplaceFileTest, GivesUpAfterTheLastAttemptAndLeavesBothFiles) {
     EXPECT_TRUE(fs::exists(temp / "f/busy"));
 }
 
-TEST_F(ReplaceFileTest, ReplacesAFileWithoutAnyAdo) {
-    fs::remove_all(temp / "f");
-    writeFile(temp / "f", "old");
-    EXPECT_TRUE(replace(0));
-    EXPECT_EQ(readFile(temp / "f"), "new");
-    EXPECT_FALSE(fs::exists(temp / "f.part"));
-}
-
 }  // namespace
 }  // namespace tide

@@ -1,5 +1,7 @@
 #include "tide/chunks/cut_search.h"
 
+#include <array>
+
 namespace tide {
 
 namespace {
@@ -9,6 +11,8 @@ constexpr std::size_t kHashBits = 64;
 constexpr std::size_t kLane = 1024;
 constexpr std::size_t kLanes = 4;
 
+/// The 256 gear values: consecutive outputs of SplitMix64 from a fixed seed. They decide
+/// where every chunk ends, so they never change.
 std::array<std::uint64_t, 256> makeGearTable() {
     std::array<std::uint64_t, 256> table{};
     std::uint64_t state = 0x0123456789ABCDEF;
@@ -18,6 +22,11 @@ std::array<std::uint64_t, 256> makeGearTable() {
         z = (z ^ (z >> 27U)) * 0x94D049BB133111EB;
         entry = z ^ (z >> 31U);
     }
+    return table;
+}
+
+const std::array<std::uint64_t, 256>& gearTable() {
+    static const std::array<std::uint64_t, 256> table = makeGearTable();
     return table;
 }
 
@@ -55,11 +64,6 @@ bool lanesHoldCut(const char* bytes, std::uint64_t mask, std::uint64_t& hash,
 }
 
 }  // namespace
-
-const std::array<std::uint64_t, 256>& gearTable() {
-    static const std::array<std::uint64_t, 256> table = makeGearTable();
-    return table;
-}
 
 std::size_t scanByteByByte(std::string_view bytes, std::uint64_t mask, std::uint64_t& hash) {
     const std::uint64_t* const gear = gearTable().data();

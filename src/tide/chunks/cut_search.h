@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -10,10 +9,6 @@ namespace tide {
 /// The search for the end of a chunk: a rolling hash takes in one byte at a time (twice
 /// the old hash plus the byte's gear value, modulo 2^64), and the chunk ends after the
 /// first byte that leaves all bits of a mask zero.
-
-/// The 256 gear values: consecutive outputs of SplitMix64 from a fixed seed. They decide
-/// where every chunk ends, so they never change.
-const std::array<std::uint64_t, 256>& gearTable();
 
 /// Takes bytes into `hash`, up to and including the first that leaves `hash & mask`
 /// zero. Returns how many bytes that were; 0 when no byte did and all were taken in.
