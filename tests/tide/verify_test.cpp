@@ -71,6 +71,8 @@ TEST_F(VerifyTest, EachDamageHasItsWordInBothModes) {
     };
     const Row rows[] = {
         {"gone", [](const fs::path& app) { fs::remove(app); }, "missing", "missing"},
+        {"gone with its folder", [](const fs::path& app) { fs::remove_all(app.parent_path()); },
+         "missing", "missing"},
         {"a folder", [](const fs::path& app) { fs::remove(app), fs::create_directory(app); },
          "missing", "missing"},
         {"shorter", [](const fs::path& app) { writeFile(app, "firstsecon"); }, "size mismatch",

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+
 #include "support/fake_server.h"
 #include "tide/store/bucket_environment.h"
 
@@ -50,7 +52,7 @@ TEST_F(S3ProviderTest, ReadsObjectsOfAnyName) {
         EXPECT_TRUE(provider.head(key, &size, &err)) << err;
         EXPECT_EQ(size, 3U);
     }
-    EXPECT_TRUE(provider.head("a//b", nullptr, nullptr));
+    ASSERT_TRUE(provider.head("a//b", nullptr, nullptr));
     // Where no region is set.
     EXPECT_THAT(server.requests()[0].header("Authorization"), HasSubstr("/auto/s3/aws4_request"));
     EXPECT_EQ(provider.chunkKey("3f9a"), "chunks/3f/3f9a");
@@ -58,13 +60,16 @@ TEST_F(S3ProviderTest, ReadsObjectsOfAnyName) {
 }
 
 TEST_F(S3ProviderTest, FailsWhereTheBucketLies) {
+    std::atomic<std::size_t> sent = 0;
     const std::pair<FakeServer::Answer, std::string> rows[] = {
         {[](const auto&, auto& response) { response.set_redirect("/elsewhere", 301); },
          "GET chunks/aa -> HTTP 301"},
         {[](const auto&, auto& response) { response.status = 500; }, "GET chunks/aa -> HTTP 500"},
-        {[](const auto&, auto& response) {
+        {[&sent](const auto&, auto& response) {
+             const std::string block(1 << 20, 'x');
              response.set_chunked_content_provider(
-                 "", [block = std::string(1 << 20, 'x')](std::size_t, httplib::DataSink& sink) {
+                 "", [&sent, block](std::size_t offset, httplib::DataSink& sink) {
+                     sent = offset;
                      return sink.write(block.data(), block.size());
                  });
          },
@@ -76,6 +81,8 @@ TEST_F(S3ProviderTest, FailsWhereTheBucketLies) {
         EXPECT_EQ(err, error);
         EXPECT_EQ(body, "kept");
     }
+    // A chunk has 64 MiB at most; the rest is on its way.
+    EXPECT_LT(sent, std::size_t{128} << 20);
 }
 
 TEST_F(S3ProviderTest, ListsPageAfterPageWhileTheNextIsNew) {
