@@ -97,6 +97,7 @@ TEST_F(ResumeTest, ChunksOfAForeignLeftoverOutliveTheReuseOfItsName) {
     bucket.breakAfter = 1;
     EXPECT_FALSE(assemble());
     EXPECT_THAT(bucket.fetched, SizeIs(1));
+    EXPECT_TRUE(fs::exists(staging() / "a"));
     bucket.breakAfter = 100;
     EXPECT_TRUE(assemble()) << err;
     EXPECT_THAT(bucket.fetched, SizeIs(1));
