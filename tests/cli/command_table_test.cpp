@@ -2,114 +2,138 @@
 
 #include <gmock/gmock.h>
 
-#include <QFile>
 #include <QRegularExpression>
-#include <algorithm>
-#include <map>
-#include <set>
 
 #include "cli/dispatch.h"
+#include "console/output.h"
+#include "console/usage.h"
 #include "support/notation.h"
+#include "support/temporary_config.h"
 
 namespace quorvelle::testing {
 
 namespace {
 
-/// Every command in the order in which the words are compared, behind the source files
-/// that take its options.
-const QList<QStringList> kSources = rows(R"(
-cli/config_command.cpp | config
-cli/subscription_commands.cpp | subscribe | unsubscribe | subscriptions
-cli/subscription_commands.cpp | subscription set-interval | subscription set-self-heal
-admin/backup_commands.cpp admin/bucket_options.cpp | backups
-launch/run_command.cpp | run
-admin/backup_commands.cpp admin/bucket_options.cpp | backup schedule | backup init | backup forget
-admin/sso_commands.cpp admin/sso_map_command.cpp | sso
-onboarding/storage_init_command.cpp admin/storage_commands.cpp admin/bucket_options.cpp | storage
-admin/backup_commands.cpp admin/bucket_options.cpp | backup
-cli/server_entry_commands.cpp | server set-root | server set-token
-admin/server_version_command.cpp | server-version
-publish/push_command.cpp | push
-admin/build_commands.cpp | builds | build delete | build disable | build enable | build
-admin/channel_commands.cpp | channels | channel create | channel delete | channel public
-admin/channel_launch_command.cpp | channel launch list | channel launch add
-admin/channel_launch_command.cpp | channel launch remove | channel launch primary
-admin/channel_launch_command.cpp | channel launch clear
-publish/promote_command.cpp | promote
-admin/whoami_command.cpp | whoami
-admin/user_commands.cpp | users
-admin/token_command.cpp | token create
-admin/user_commands.cpp | user create | user join-group | user leave-group | user follow
-admin/user_commands.cpp | user unfollow | user disable | user enable | user delete | user set-role
-admin/group_commands.cpp | groups
-admin/invite_commands.cpp admin/invite.cpp | invite create | invite revoke | invites
-account/login_command.cpp | login
-admin/access_request_commands.cpp admin/invite.cpp | request-access | requests | request approve
-admin/access_request_commands.cpp admin/invite.cpp | request decline
-admin/license_commands.cpp | license request-trial | license | cloud portal
-account/join_command.cpp | join
-account/reconcile_command.cpp | reconcile
-admin/group_commands.cpp | group create | group assign-channel | group unassign-channel
-admin/group_commands.cpp | group delete
-sync/sync_command.cpp | sync
-cli/version_command.cpp | --version | version)");
+/// Commands that take any further words for nothing.
+const QStringList kTakesAnything = {"backups",        "builds",        "channels", "cloud portal",
+                                    "groups",         "invites",       "requests", "reconcile",
+                                    "server-version", "subscriptions", "users",    "version",
+                                    "whoami"};
 
 QString wordsOf(const Command& row) {
     return QString::fromUtf8(row.words.data(), qsizetype(row.words.size()));
 }
 
-QString usageOf(const Command& row) {
-    return QString::fromUtf8(row.usage.data(), qsizetype(row.usage.size()));
+QStringList usageLinesOf(const Command& row) {
+    return QString::fromUtf8(row.usage.data(), qsizetype(row.usage.size())).split(u'\n');
 }
 
-std::set<std::string> captured(const QString& text, const char* pattern) {
-    std::set<std::string> found;
-    auto matches = QRegularExpression(pattern).globalMatch(text);
-    while (matches.hasNext()) {
-        found.insert(matches.next().captured(1).toStdString());
+/// The line once for each of the alternatives "(a | b)", "[a | b]" and "a|b" in it.
+QStringList alternatives(const QString& line) {
+    static const QRegularExpression group(R"([(\[]([^()\[\]]*) \| ([^()\[\]]*)[)\]])");
+    static const QRegularExpression words(R"((?<![<\w|-])([\w-]+)\|([\w|-]+))");
+    for (const QRegularExpression& either : {group, words}) {
+        const QRegularExpressionMatch found = either.match(line);
+        if (found.hasMatch()) {
+            const auto with = [&](int which) {
+                return alternatives(QString(line).replace(
+                    found.capturedStart(), found.capturedLength(), found.captured(which)));
+            };
+            return with(1) + with(2);
+        }
+    }
+    return {line};
+}
+
+std::set<QString> optionsIn(const QString& line) {
+    static const QRegularExpression option("--[a-z][a-z-]*");
+    std::set<QString> found;
+    for (auto matches = option.globalMatch(line); matches.hasNext();) {
+        found.insert(matches.next().captured());
     }
     return found;
 }
 
-/// The options that a source file takes: words of the form "--x" that stand as a whole
-/// literal, and "--server" where the server is resolved.
-std::set<std::string> optionsTaken(const QString& files) {
-    std::set<std::string> options;
-    for (const QString& name : args(files)) {
-        QFile file(QStringLiteral(QUORVELLE_SOURCE_DIR "/") + name);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
-        const QString code = QString::fromUtf8(file.readAll());
-        options.merge(captured(code, "\"(--[a-z][a-z-]*)\""));
-        if (code.contains(QRegularExpression("((resolve|take|on)Server(Option)?\\(|onSubWord|"
-                                             "runListCommand)|runListCommand|onSubWord"))) {
-            options.insert("--server");
+/// A form of a command line that the usage shows, "user create <name> --role admin --service",
+/// and every option of that line, also of its other forms.
+struct Shown {
+    QString line;
+    std::set<QString> options;
+};
+
+std::vector<Shown> shownLines() {
+    static const QRegularExpression option(R"(\[((?:(?! \| )[^\[\]])*)\])");
+    std::vector<Shown> shown;
+    for (const Command& row : commandTable()) {
+        QStringList lines;
+        for (const QString& line : usageLinesOf(row)) {
+            const QString text = line.trimmed().section("  ", 0, 0).section(" [-- ", 0, 0);
+            if (line.startsWith("  quorvelle ")) {
+                lines.append(text.section(u' ', 1));
+            } else if (text.startsWith(u'[') || text.startsWith(u'-')) {
+                lines.last() += u' ' + text;
+            }
+        }
+        for (QString& line : lines) {
+            for (const QString& form : alternatives(line.replace(option, "\\1"))) {
+                shown.push_back({form, optionsIn(line)});
+            }
         }
     }
-    return options;
+    return shown;
 }
+
+/// The words without the last one that is no option and no option's value.
+QStringList withoutLastPositional(QStringList words) {
+    for (qsizetype at = words.size() - 1; at > 0; --at) {
+        if (!words[at].startsWith("--") && !words[at - 1].startsWith("--")) {
+            words.removeAt(at);
+            break;
+        }
+    }
+    return words;
+}
+
+/// Runs command lines in this process, each with a configuration of its own.
+struct CommandLines : ::testing::Test {
+    CommandLines() { setUsageTable(commandTable()); }
+
+    /// What a user types for the line: a value in the place of each "<...>".
+    QStringList typed(QString line) const {
+        static const QRegularExpression choice(R"(<[^<>]*\|([\w-]+)>)");
+        static const QRegularExpression value("<[^<>]*>");
+        line.replace("<url>", api.server.url()).replace("<server>", api.server.url());
+        return args(line.replace(choice, "\\1").replace(value, "1"));
+    }
+    /// Whether the line ends in nothing but the usage text, without a request.
+    bool isRefused(const QStringList& words) {
+        api.server.forget();
+        api.config.sandbox.writeConfig({{"schema_version", 2}, {"server", api.server.url()}});
+        ::testing::internal::CaptureStdout();
+        ::testing::internal::CaptureStderr();
+        const int code = dispatch(QStringList("quorvelle") + words, commandTable());
+        setJsonMode(false);
+        ::testing::internal::GetCapturedStderr();
+        return ::testing::internal::GetCapturedStdout() == usage && code == 1 &&
+               api.server.lines().empty();
+    }
+
+    const std::string usage = usageText(commandTable()).toStdString();
+    ApiServer api;
+    ScopedVariable cloudflare{"QUORVELLE_CLOUDFLARE_API_URL", api.server.url().toUtf8()};
+    ScopedVariable trial{"QUORVELLE_TRIAL_URL", api.server.url().toUtf8()};
+};
 
 }  // namespace
-
-TEST(CommandTable, HoldsTheCommandsInTheOrderInWhichWordsAreCompared) {
-    QStringList expected;
-    for (const QStringList& source : kSources) {
-        expected += source.mid(1);
-    }
-    QStringList words;
-    for (const Command& row : commandTable()) {
-        words.append(wordsOf(row));
-    }
-    EXPECT_EQ(words, expected);
-}
 
 TEST(CommandTable, ReachesEveryRow) {
     for (const Command& row : commandTable()) {
         SCOPED_TRACE(wordsOf(row).toStdString());
-        QStringList typed = args(wordsOf(row));
+        QStringList words = args(wordsOf(row));
         for (int i = 0; i < row.leastArguments; ++i) {
-            typed.append("x");
+            words.append("x");
         }
-        EXPECT_EQ(findCommand(typed, commandTable()), &row);
+        EXPECT_EQ(findCommand(words, commandTable()), &row);
         EXPECT_LE(row.leastArguments, row.mostArguments);
         EXPECT_NE(row.handler, nullptr);
     }
@@ -130,7 +154,7 @@ TEST(CommandTable, DescribesEveryRow) {
         SCOPED_TRACE(wordsOf(row).toStdString());
         EXPECT_FALSE(row.summary.empty());
         EXPECT_FALSE(row.summary.ends_with('.'));
-        QStringList lines = usageOf(row).split(u'\n');
+        QStringList lines = usageLinesOf(row);
         EXPECT_EQ(lines.takeLast(), QString()) << "the last line has no end";
         for (const QString& line : lines) {
             EXPECT_TRUE(line.startsWith("  quorvelle ") ||
@@ -141,20 +165,58 @@ TEST(CommandTable, DescribesEveryRow) {
     }
 }
 
-/// Rows that share source files are compared together.
-TEST(CommandTable, ShowsExactlyTheOptionsThatTheHandlersTake) {
-    std::map<QString, std::set<std::string>> shown;
-    for (const Command& row : commandTable()) {
-        const auto source = std::find_if(
-            kSources.begin(), kSources.end(),
-            [&](const QStringList& files) { return files.mid(1).contains(wordsOf(row)); });
-        ASSERT_NE(source, kSources.end()) << wordsOf(row).toStdString();
-        shown[source->first()].merge(captured(usageOf(row), "(?<![\\w-])(--[a-z][a-z-]*)"));
+/// An option that a command does not take is one word too many.
+TEST_F(CommandLines, TakeTheWordsAndOptionsThatAreShownAndNoOthers) {
+    const std::vector<Shown> shown = shownLines();
+    std::set<QString> everyOption;
+    for (const Shown& form : shown) {
+        everyOption.insert(form.options.begin(), form.options.end());
     }
-    for (const auto& [files, options] : shown) {
-        EXPECT_EQ(options, optionsTaken(files)) << files.toStdString();
+    EXPECT_GT(everyOption.size(), 30U);
+    for (const auto& [line, options] : shown) {
+        SCOPED_TRACE(line.toStdString());
+        const QStringList words = typed(line);
+        const Command* row = findCommand(words, commandTable());
+        ASSERT_NE(row, nullptr);
+        const QString command = wordsOf(*row);
+        // A sign-in would wait for the browser.
+        EXPECT_TRUE(command == "login" || !isRefused(words));
+        if (kTakesAnything.contains(command) || line == "config list") {
+            continue;
+        }
+        if (line.section(" --", 0, 0) != command) {
+            EXPECT_TRUE(isRefused(withoutLastPositional(words))) << "a word too few";
+        }
+        EXPECT_TRUE(isRefused(words + QStringList("surplus")));
+        for (const QString& option : everyOption) {
+            // Told apart, to be refused in words of their own.
+            const bool isKnown = options.count(option) > 0 ||
+                                 (command == "storage init" && option == "--token") ||
+                                 (command == "backup init" && line.contains("--shared"));
+            EXPECT_TRUE(isKnown || isRefused(words + QStringList(option))) << option.toStdString();
+            EXPECT_TRUE(isKnown || isRefused(words + QStringList{option, "1"}))
+                << option.toStdString();
+        }
     }
-    EXPECT_EQ(shown["sync/sync_command.cpp"].size(), 3U);
+}
+
+/// Words in the right number; "~" stands for an empty one.
+TEST_F(CommandLines, RefuseWrongWords) {
+    for (const QStringList& row : rows(R"(
+channel public a yes | channel public a True | channel launch add a --label l
+channel launch add a --exe e | channel launch add --label l --exe e --primary a --args
+channel launch primary a b --clear | user create x --role owner | user create x --role Admin
+user create x --role ~ | user set-role x owner | token create t
+invite create x y --days 0 | request-access s --name x | request-access s --email x@a
+promote live b --from dev | storage Show | sso map role boss root | backup schedule ~
+config remove server | subscribe http://n c | subscribe http://n c --dir x --interval 1.5
+subscribe http://n c --dir x --self-heal 1 | run -- app | run app --target -- x)")) {
+        for (const QString& line : row) {
+            SCOPED_TRACE(line.toStdString());
+            EXPECT_TRUE(isRefused(args(line).replaceInStrings("~", "")));
+            EXPECT_EQ(api.config.sandbox.config().size(), 2) << "something was saved";
+        }
+    }
 }
 
 }  // namespace quorvelle::testing

@@ -18,12 +18,6 @@ channel public a false | POST /api/channels/a/public?value=false | | {} | channe
 )");
 }
 
-TEST(ChannelCommands, PrintTheUsageForAWrongCountOrValue) {
-    checkUsageLines(R"(
-channel create | channel create a b | channel delete | channel delete a b | channel public a
-channel public a true b | channel public a yes | channel public a True)");
-}
-
 TEST(BuildCommands, MakeOneRequestEach) {
     checkOneRequestCommands(R"(
 builds | GET /api/builds | | {'builds':[]} | builds | No builds on SERVER\n
@@ -35,12 +29,6 @@ build delete 7#1 | DELETE /api/builds/7%231 | | {'x':1} | build delete | Build '
 build disable 7 | POST /api/builds/7/disabled?value=true | | {} | build disable | Build '7' disabled (cannot be promoted)\n
 build enable 7 | POST /api/builds/7/disabled?value=false | | {} | build enable | Build '7' enabled\n
 )");
-}
-
-TEST(BuildCommands, PrintTheUsageForAWrongCount) {
-    checkUsageLines(R"(
-build 1 2 | build delete | build delete 1 2 | build disable | build enable 1 2
-build delete 7 --server)");
 }
 
 }  // namespace

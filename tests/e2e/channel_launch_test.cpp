@@ -81,12 +81,5 @@ TEST_F(ChannelLaunch, StopsBeforeItWritesAWrongList) {
                 "channel launch add failed (HTTP 409): no");
 }
 
-TEST_F(ChannelLaunch, PrintsTheUsageForWrongWords) {
-    checkUsageLines(R"(
-channel launch list a b | channel launch add a --label l | channel launch add a --exe e
-channel launch add a b --label l --exe e | channel launch add --label l --exe e --primary a --args
-channel launch remove a | channel launch primary a | channel launch primary a b --clear)");
-}
-
 }  // namespace
 }  // namespace quorvelle::testing

@@ -19,6 +19,18 @@ TEST(Dispatch, PrintsTheUsageWithoutACommand) {
     expectUsage(box, {"--json", "--json"});
 }
 
+TEST(Dispatch, TakesJsonModeFromAnywhere) {
+    const Sandbox box;
+    for (const char* line :
+         {"--json config set token t", "config --json set --json token t --json"}) {
+        EXPECT_EQ(box.run(args(line)).json(), json("{'token':'t'}")) << line;
+    }
+    for (const char* word : {"--JSON", "--json=1"}) {
+        expectOutcome(box.run({"config", "set", "token", word}), 0,
+                      "token = " + QString(word) + '\n');
+    }
+}
+
 TEST(Dispatch, PrintsTheVersionForBothWordsInBothModes) {
     const Sandbox box;
     const Outcome version = box.run({"version"});

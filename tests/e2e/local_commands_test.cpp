@@ -229,22 +229,5 @@ set-self-heal | default | self-heal check: default         | self_heal        | 
     }
 }
 
-TEST(LocalCommands, PrintTheUsageForWrongWordsAndSaveNothing) {
-    const Sandbox box;
-    for (const QStringList& lines : rows(R"(
-config get | config get server x | config set server | config set server a b
-config remove server | subscribe http://n c | subscribe http://n c --dir | subscribe c --dir x
-subscribe http://n c d --dir x | subscribe http://n c --dir x --interval
-subscribe http://n c --dir x --interval 1.5 | subscribe http://n c --dir x --self-heal 1
-subscription set-interval app | subscription set-interval app 5 6 | subscription set-self-heal
-unsubscribe | unsubscribe app kit)")) {
-        for (const QString& line : lines) {
-            SCOPED_TRACE(line.toStdString());
-            expectUsage(box, args(line));
-        }
-    }
-    EXPECT_EQ(box.read("config/config.json"), "(missing)");
-}
-
 }  // namespace
 }  // namespace quorvelle::testing

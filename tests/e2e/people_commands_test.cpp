@@ -47,18 +47,6 @@ request decline 1 | DELETE /api/access-requests/1 | | {} | request decline | Dec
 )");
 }
 
-TEST(PeopleCommands, PrintTheUsageForAWrongCountOrRole) {
-    checkUsageLines(R"(
-user create | user create x y | user create x --role | user create x --role owner
-user create x --role Admin | user delete | user join-group x | user leave-group x g h
-user follow x | user unfollow x | user disable | user enable x y | user set-role x
-user set-role x owner | user set-role x admin y | token create t | token create --user ci
-token create t u --user ci | group create | group delete g h | group assign-channel g
-group unassign-channel g c d | invite create | invite create x y --days 0 | invite revoke
-request-access | request-access s --name x | request-access s --email x@a
-request-access s t --name x --email x@a | request approve | request decline 1 2)");
-}
-
 TEST(PeopleCommands, TellAnEmptyOptionFromAMissingOne) {
     FakeServer server;
     const Sandbox box;
@@ -68,7 +56,6 @@ TEST(PeopleCommands, TellAnEmptyOptionFromAMissingOne) {
     EXPECT_EQ(box.run(args("user set-role x publisher") + on).code, 0);
     const QStringList days = {"--server", server.url(), "--groups", ""};
     EXPECT_EQ(box.run(args("request approve 1 --days 007") + days).code, 0);
-    expectUsage(box, args("user create x --role") + QStringList{"", "--server", server.url()});
     EXPECT_EQ(server.requests().size(), 2U);
 }
 

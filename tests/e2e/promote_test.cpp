@@ -14,9 +14,6 @@ TEST_F(Promote, PointsAChannelAtABuild) {
     checkOneRequestCommands(R"(
 promote live b#7 | POST /api/channels/live/promote?build=b%237 | | {'name':'live','size':5000000000} | promote | Channel 'live' now at build b#7\n
 )");
-    checkUsageLines(R"(
-promote | promote live | promote live b c | promote live b --from dev | promote --from dev
-)");
 }
 
 TEST_F(Promote, TakesTheBuildOfAnotherChannel) {

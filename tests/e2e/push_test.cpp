@@ -140,9 +140,6 @@ TEST_F(Push, ChecksItsWordsInOrder) {
     expectError(box, args("push"), 1, noChannel);
     expectError(box, args("push a b --server http://x"), 1, noChannel);
     expectError(box, args("push nowhere --channel"), 1, noChannel);
-    expectUsage(box, args("push --channel beta"));
-    expectUsage(box, args("push empty file --channel beta"));
-    expectUsage(box, args("push empty --channel beta --build"));
     expectError(box, args("push ./nowhere/ --channel beta"), 2, "./nowhere/ is not a directory");
     expectError(box, args("push file --channel beta"), 2, "file is not a directory");
     expectError(box, {"push", "", "--channel", "beta"}, 2, " is not a directory");

@@ -154,10 +154,6 @@ TEST_F(Run, RefusesBeforeItStartsAnything) {
                 "'" + box.path("app/readme.txt") +
                     "' is a document, not a program - the client opens it with its associated "
                     "app; the CLI does not");
-    for (const char* line : {"run", "run app b", "run -- app", "run app --target -- x"}) {
-        SCOPED_TRACE(line);
-        expectUsage(box, args(line));
-    }
 }
 
 /// A server that refuses, is not there, answers nonsense or nothing at all.

@@ -78,17 +78,7 @@ license request-trial | --name <licensee> is required)")) {
     }
     expectError(box, {"backup", "schedule", "off", "--keep", ""}, 1,
                 "--keep must be a number >= 0");
-    expectUsage(box, {"backup", "schedule", ""});
     EXPECT_THAT(server.lines(), ::testing::ElementsAre());
-}
-
-TEST(ServiceCommands, PrintTheUsageForAWrongCountOrWord) {
-    checkUsageLines(R"(
-license status | license request-trial x --name y | backup now | backup init --shared x
-backup forget x | backup schedule | backup schedule 03:00 04:00 | storage | storage Show
-storage show x | storage set x | sso | sso show x | sso set x --issuer i | sso map
-sso map list x | sso map role boss | sso map role boss root | sso map role boss admin x
-sso map group g | sso map remove | sso map default | sso map claims | sso map claims x --roles r)");
 }
 
 }  // namespace

@@ -98,11 +98,6 @@ TEST_F(Session, JoinNamesThisMachineAndReportsRefusals) {
     EXPECT_EQ(box.read("config/config.json"), "(missing)");
     refuseSaves();
     expectError(box, join(), 2, kSaveIt);
-    for (const char* line : {"join", "join http://a", "join http://a c more", "join a c --machine",
-                             "login", "login http://a more", "login http://a --install-root"}) {
-        SCOPED_TRACE(line);
-        expectUsage(box, args(line));
-    }
     expectError(box, args("login ftp://x"), 1, "'ftp://x' is no http or https address");
     expectError(box, args("login servers.example/"), 1,
                 "'servers.example' is no http or https address");

@@ -82,8 +82,6 @@ TEST_P(SyncCommand, ReportsIncompleteSubscriptionsAndGoesOn) {
 
 TEST(SyncWords, AreChecked) {
     const Sandbox box;
-    expectUsage(box, args("sync app"));
-    expectUsage(box, args("sync --name"));
     expectError(box, args("sync --name app"), 1,
                 "no subscriptions (quorvelle subscribe <server> <channel> --dir <path>)");
     EXPECT_EQ(box.run(args("subscribe http://h c --dir x")).code, 0);

@@ -59,17 +59,4 @@ void checkOneRequestCommands(const QString& table) {
     }
 }
 
-void checkUsageLines(const QString& lines) {
-    const FakeServer server;
-    const Sandbox box;
-    box.writeConfig({{"schema_version", 2}, {"server", server.url()}});
-    for (const QStringList& row : rows(lines)) {
-        for (const QString& line : row) {
-            SCOPED_TRACE(line.toStdString());
-            expectUsage(box, args(line));
-        }
-    }
-    EXPECT_THAT(server.lines(), ::testing::ElementsAre());
-}
-
 }  // namespace quorvelle::testing

@@ -29,8 +29,4 @@ struct ServerTest : ::testing::Test {
 /// In the text "\n" ends a line and SERVER stands for the server's URL.
 void checkOneRequestCommands(const QString& table);
 
-/// Expects the usage text of each command of a table, with a server configured and no
-/// request.
-void checkUsageLines(const QString& lines);
-
 }  // namespace quorvelle::testing
