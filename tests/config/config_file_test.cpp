@@ -61,34 +61,17 @@ TEST(ConfigFile, IsSavedAsIndentedJson) {
     EXPECT_EQ(config.sandbox.tree("."), QStringList("config/config.json={\n}\n"));
 }
 
-TEST(ConfigFile, IsReadableByItsOwnerAlone) {
-    const TemporaryConfig config;
-    ASSERT_TRUE(config::save({}));
-    EXPECT_TRUE(isOwnersAlone(config::path()));
-    openToOthers(config::path());
-    EXPECT_FALSE(isOwnersAlone(config::path()));
-    ASSERT_TRUE(config::save({}));
-    EXPECT_TRUE(isOwnersAlone(config::path()));
-}
-
-TEST(ConfigFile, IsLeftAloneWhenItCannotBeRead) {
-    const TemporaryConfig config;
-    config.sandbox.write("config/config.json/inside", "kept");
-    EXPECT_EQ(text(config::load()), "{'schema_version':2}");
-    EXPECT_FALSE(config::save(json("{'server':'s'}")));
-    EXPECT_FALSE(config::Change().save());
-    EXPECT_EQ(config.sandbox.tree("."), QStringList("config/config.json/inside=kept"));
-}
-
-TEST(ConfigFile, IsNotSavedWhereNoFolderCanBeMade) {
+TEST(ConfigFile, IsNotSavedOverADirectoryOrBelowAFile) {
     TemporaryConfig config;
+    config.sandbox.write("folder/config.json/inside", "kept");
     config.sandbox.write("file", "kept");
-    for (const char* folder : {"file", "file/below"}) {
+    for (const char* folder : {"folder", "file", "file/below"}) {
         config.folder.set(config.sandbox.path(folder).toUtf8());
         EXPECT_FALSE(config::save({}));
         EXPECT_FALSE(config::Change().save());
     }
-    EXPECT_EQ(config.sandbox.tree("."), QStringList("file=kept"));
+    EXPECT_EQ(config.sandbox.tree("."),
+              QStringList({"file=kept", "folder/config.json/inside=kept"}));
 }
 
 TEST(ConfigChange, LosesNothingOfFiftyCommandsAtOnce) {

@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 
 #include "support/outcomes.h"
+#include "support/platform.h"
 
 namespace quorvelle::testing {
 namespace {
@@ -18,12 +19,16 @@ const char kJoined[] = R"({"schema_version":2,"server":"http://d","token":"top",
   {"name":"kit","server":"http://h","channel":"kit","dir":"/kit","managed":true,
    "interval_seconds":90,"self_heal":2,"token":"own"},
   {"name":"odd","server":"http://o","channel":"c","dir":"/o","interval_seconds":0,
-   "self_heal":7}]})";
+   "self_heal":7},
+  {"name":"%1","server":"%2","channel":"c","dir":"/q","managed":false,"interval_seconds":1,
+   "self_heal":1},{"name":"n","server":"","channel":"","dir":"/n","self_heal":0}]})";
 
 const char kAppLine[] =
     "app: stable @ http://h -> `/games/stable`  (the global default, self-heal default)\n";
 const char kKitLine[] = "kit: kit @ http://h -> `/kit`  (every 90s, self-heal full)  [managed]\n";
 const char kOddLine[] = "odd: c @ http://o -> `/o`  (manual (no auto-sync), self-heal default)\n";
+const char kQuickLine[] = "%1: c @ %2 -> `/q`  (every 1s, self-heal quick)\n";
+const char kNoneLine[] = "n:  @  -> `/n`  (the global default, self-heal none)\n";
 
 /// Sets the value at a path such as "servers/0/token"; null takes an array's element out.
 void change(QJsonObject& document, const QString& path, const QJsonValue& value) {
@@ -112,7 +117,8 @@ QStringList typed(const QString& line) {
 }
 
 TEST(LocalCommands, List) {
-    const QString kit = QString("  ") + kAppLine + "  " + kKitLine + "  " + kOddLine;
+    const QString kit = QString("  ") + kAppLine + "  " + kKitLine + "  " + kOddLine + "  " +
+                        kQuickLine + "  " + kNoneLine;
     const QString file = "\nConfig file: `{box}/config/config.json`\n";
     check({args("config list x"),
            "server = http://d\ntoken = (set)\n\nSubscriptions:\n" + kit + file, kJoined});
@@ -124,7 +130,7 @@ TEST(LocalCommands, List) {
                before});
     }
     const QJsonObject all{{"subscriptions", object(kJoined)["subscriptions"]}};
-    check({args("subscriptions"), QString(kAppLine) + kKitLine + kOddLine,
+    check({args("subscriptions"), QString(kAppLine) + kKitLine + kOddLine + kQuickLine + kNoneLine,
            QJsonDocument(all).toJson()});
     check({args("subscriptions x"),
            "No subscriptions. Add one with:\n  quorvelle subscribe <server> <channel> --dir "
@@ -154,6 +160,35 @@ unsubscribe 100%1 | No subscription named '100%1')")) {
     }
 }
 
+TEST(LocalCommands, SayThatTheyCannotSave) {
+    Sandbox box;
+    box.write("config/config.json", kJoined);
+    box.write("config/config.json.lock/in-the-way", "");
+    const QString file = QDir::toNativeSeparators(box.configPath());
+    for (const QStringList& row : rows(R"(
+config set server http://n                | Could not write FILE
+server set-token http://h new             | could not save config
+server set-root http://h /n               | could not save config
+subscribe http://n c --dir x              | could not write FILE
+unsubscribe app                           | could not write FILE
+subscription set-interval app 5           | could not write FILE
+subscription set-self-heal app full       | could not write FILE)")) {
+        SCOPED_TRACE(row[0].toStdString());
+        expectError(box, args(row[0]), 2, QString(row[1]).replace("FILE", file));
+    }
+    EXPECT_EQ(box.read("config/config.json"), kJoined);
+}
+
+TEST(LocalCommands, SaveNothingOverAFileThatTheyCannotRead) {
+    const Sandbox box;
+    box.write("config/config.json", kJoined);
+    {
+        const Held held(box.configPath(), Held::From::kReads);
+        EXPECT_EQ(runObeyingPermissions(box, args("config set server http://n")).code, 2);
+    }
+    EXPECT_EQ(box.tree("config"), QStringList("config.json=" + QString(kJoined)));
+}
+
 /// Each row: the words, the text, the JSON object, what changes.
 TEST(LocalCommands, ChangeAndSayWhatTheyWereAskedFor) {
     const QString repointed =
@@ -166,7 +201,6 @@ config set token 100%1 | token = 100%1 | {'token':'100%1'} | {'token':'100%1'}
 config set token Ünïcode~日本 | token = Ünïcode 日本 | {'token':'Ünïcode 日本'} | {'token':'Ünïcode 日本'}
 server set-root http://h {drive}/n | Install root for http://h is now `{drive}/n` (2 | {'server':'http://h','install_root':'{drive}/n','repointed':2} | {'servers/0/install_root':'{drive}/n','subscriptions/0/dir':'{drive}/n/stable','subscriptions/1/dir':'{drive}/n/kit'}
 server set-root http://h// sub | Install root for http://h is now `{box}/sub` (2 | {'server':'http://h','install_root':'{box}/sub','repointed':2} | {'servers/0/install_root':'{box}/sub','subscriptions/0/dir':'{box}/sub/stable','subscriptions/1/dir':'{box}/sub/kit'}
-server set-root http://s {drive}/n | Install root for http://s/ is now `{drive}/n` (0 | {'server':'http://s/','install_root':'{drive}/n','repointed':0} | {'servers/1/install_root':'{drive}/n'}
 server set-token http://h/ new | Token stored for http://h | {'server':'http://h'} | {'servers/0/token':'new','subscriptions/0/token':'new','subscriptions/1/token':'new'}
 server set-token http://o// %1 | Token stored for http://o | {'server':'http://o'} | {'servers/2':{'server':'http://o','token':'%1','install_root':''},'subscriptions/2/token':'%1'}
 unsubscribe kit | Unsubscribed 'kit' (installed files stay on disk) | {'unsubscribed':'kit'} | {'subscriptions/1':null})")) {
@@ -191,7 +225,6 @@ http://s c | the global default, self-heal default | {'server':'http://s/','toke
 http://n c | the global default, self-heal default | {'token':'env'} | {} | env
 http://h c --token mine | the global default, self-heal default | {'server':'http://h','token':'mine'} | {'servers/0/token':'mine'} |
 http://n/ c --token mine | the global default, self-heal default | {'token':'mine'} | {'servers/2':{'server':'http://n','token':'mine','install_root':''}} |
-http://n c --interval MANUAL | manual (no auto-sync), self-heal default | {'interval_seconds':0} | {} |
 http://n c --interval ~2147483647~ | every 2147483647s, self-heal default | {'interval_seconds':2147483647} | {} |
 http://n stable --name n2 --self-heal Full | the global default, self-heal full | {'name':'n2','self_heal':2} | {} |
 http://n %1 --name 100%2 | the global default, self-heal default | {'name':'100%2'} | {} |
@@ -205,7 +238,7 @@ http://n Ünïcode~日本 | the global default, self-heal default | {} | {} |)")
             entry.insert(part.key(), part.value());
         }
         QJsonObject changes = json(row[3].toUtf8());
-        changes["subscriptions/3"] = entry;
+        changes["subscriptions/5"] = entry;
         check({QStringList("subscribe") + words + args("--dir in"),
                QString("Subscribed:\n  %1: %2 @ %3 -> `{box}/in`  (%4)\n")
                    .arg(entry["name"].toString(), words[1], entry["server"].toString(), row[1]),
@@ -215,11 +248,9 @@ http://n Ünïcode~日本 | the global default, self-heal default | {} | {} |)")
 
 TEST(LocalCommands, ChangeASetting) {
     for (const QStringList& row : rows(R"(
-set-interval  | 1       | now syncs every 1s               | interval_seconds | 1
 set-interval  | Off     | now syncs manual (no auto-sync)  | interval_seconds | 0
 set-interval  | DEFAULT | now syncs the global default     | interval_seconds | -1
-set-self-heal | Full    | self-heal check: full            | self_heal        | 2
-set-self-heal | default | self-heal check: default         | self_heal        | -1)")) {
+set-self-heal | Full    | self-heal check: full            | self_heal        | 2)")) {
         QJsonObject entry = object(kJoined)["subscriptions"][0].toObject();
         entry[row[3]] = row[4].toInt();
         check({{"subscription", row[0], "app", row[1]},

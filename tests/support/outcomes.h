@@ -26,9 +26,6 @@ void expectError(const Sandbox& sandbox, const QStringList& words, int code,
 /// Runs the command in both modes and expects the usage text and exit code 1.
 void expectUsage(const Sandbox& sandbox, const QStringList& words);
 
-/// A run that may not write a single byte to any file, as on a full disk.
-Outcome runOnFullDisk(const Sandbox& sandbox, const QStringList& words);
-
 /// A run that obeys file permissions, also when the tests run as root.
 Outcome runObeyingPermissions(const Sandbox& sandbox, const QStringList& words);
 

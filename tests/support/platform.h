@@ -22,9 +22,6 @@ std::size_t sendSome(socket_t socket, const std::string& bytes);
 /// Whether a file is there that nobody but its owner may read.
 bool isOwnersAlone(const QString& path);
 
-/// Lets others read a file that they could not.
-void openToOthers(const QString& path);
-
 /// The home folder of a program whose environment has HOME set to a folder.
 QString homeFolder(const QString& home);
 

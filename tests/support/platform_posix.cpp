@@ -31,10 +31,6 @@ bool isOwnersAlone(const QString& path) {
     return ::stat(path.toUtf8().constData(), &info) == 0 && (info.st_mode & 07777U) == 0600U;
 }
 
-void openToOthers(const QString& path) {
-    ::chmod(path.toUtf8().constData(), 0644);
-}
-
 QString homeFolder(const QString& home) {
     return home;
 }

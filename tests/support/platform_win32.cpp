@@ -12,11 +12,6 @@ std::wstring native(const QString& path) {
     return QDir::toNativeSeparators(path).toStdWString();
 }
 
-/// Everyone.
-struct WorldSid {
-    SID sid = {SID_REVISION, 1, SECURITY_WORLD_SID_AUTHORITY, {SECURITY_WORLD_RID}};
-};
-
 }  // namespace
 
 socket_t newSocket() {
@@ -56,21 +51,6 @@ bool isOwnersAlone(const QString& path) {
     }
     LocalFree(descriptor);
     return alone;
-}
-
-void openToOthers(const QString& path) {
-    WorldSid world;
-    EXPLICIT_ACCESSW everyone = {};
-    everyone.grfAccessPermissions = GENERIC_ALL;
-    everyone.grfAccessMode = SET_ACCESS;
-    everyone.Trustee.TrusteeForm = TRUSTEE_IS_SID;
-    everyone.Trustee.ptstrName = reinterpret_cast<LPWSTR>(&world.sid);
-    PACL list = nullptr;
-    SetEntriesInAclW(1, &everyone, nullptr, &list);
-    std::wstring name = native(path);
-    SetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
-                          list, nullptr);
-    LocalFree(list);
 }
 
 // That of the user, whatever the environment holds.

@@ -4,11 +4,6 @@
 
 namespace quorvelle::testing {
 
-Outcome runOnFullDisk(const Sandbox& sandbox, const QStringList& words) {
-    return sandbox.runProgram("prlimit",
-                              QStringList{"--fsize=0", "--", quorvelleProgram()} + words);
-}
-
 Outcome runObeyingPermissions(const Sandbox& sandbox, const QStringList& words) {
     if (::geteuid() != 0) {
         return sandbox.run(words);
