@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <functional>
 
+#include "account/browser.h"
 #include "account/handoff_request.h"
 #include "support/fake_server.h"
 #include "support/notation.h"
@@ -116,6 +117,16 @@ TEST(HandoffRequest, CountsOnlyAsTheBrowsersOwnRedirect) {
         EXPECT_EQ(handoffIn(head + "\r\n\r\nHost: x", 80), row[1]);
         const QByteArray unended = row[0].section("~~", 0, 0).toUtf8().replace("~", "\r\n");
         EXPECT_EQ(handoffIn(unended, 80), row[1]) << "no blank line";
+    }
+}
+
+TEST(Browser, IsForAddressesOfTheWebAlone) {
+    for (const char* url : {"http://a/", "HTTPS://a:1/b?port=2"}) {
+        EXPECT_TRUE(isWebUrl(url)) << url;
+    }
+    for (const char* url : {"", "a/b", "/bin/sh", "file:///bin/sh", "file://a/b", "ftp://a/",
+                            "javascript:1", "--help", "http://[/", "http:///a", "httpx://a/"}) {
+        EXPECT_FALSE(isWebUrl(url)) << url;
     }
 }
 

@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include "onboarding/cloudflare_api.h"
-#include "onboarding/interrupts.h"
 #include "onboarding_fixture.h"
 #include "support/raw_server.h"
 
@@ -62,15 +60,6 @@ TEST_F(WizardTest, GivesUpACallThatTakesTooLong) {
     callLimit = 20;
     EXPECT_EQ(run(usual).err, "Cloudflare: Cloudflare did not answer within 0 seconds\n");
     EXPECT_EQ(onboarding::Surroundings{}.callLimit.count(), 30000);
-}
-
-TEST_F(WizardTest, SendsCreationsOnlyOnce) {
-    const RawServer dead({"", "", ""});
-    onboarding::Interrupts interrupts;
-    onboarding::BoundedCalls calls(interrupts);
-    onboarding::CloudflareApi direct(calls, dead.url(), "t");
-    EXPECT_FALSE(direct.createBucket({"acc", "", "builds-1"}).done());
-    EXPECT_EQ(dead.served(), 1);
 }
 
 /// The whole conversation: line, jurisdiction, body.

@@ -168,6 +168,17 @@ TEST(HttpExchange, FailsWhenTheConnectionIsReset) {
     }
 }
 
+/// A repeated creation would leave a second invite or token that nobody was told of.
+TEST(HttpExchange, SendsACreationOnceWhenTheAnswerIsLost) {
+    for (const QByteArray& body : {QByteArray(), QByteArray("{}")}) {
+        const RawServer server(replies(""));
+        const QUrl url(server.url() + "/x");
+        EXPECT_EQ(run({.method = "POST", .url = url, .body = body}).failure,
+                  "ctx failed: Connection closed");
+        EXPECT_EQ(server.served(), 1);
+    }
+}
+
 /// Such a file would otherwise be installed as if it were whole: without a length only the
 /// compressed stream itself knows where it ends.
 TEST(HttpExchange, NoticesThatACompressedStreamIsCutShortOrDamaged) {

@@ -2,62 +2,15 @@
 
 #include <gmock/gmock.h>
 
-#include <QBuffer>
 #include <QJsonArray>
-#include <functional>
 
+#include "config/server_url.h"
 #include "server/server_option.h"
+#include "server/url.h"
 #include "support/notation.h"
 #include "support/temporary_config.h"
 
 namespace quorvelle::testing {
-
-TEST(Requests, SendExactlyWhatTheCallSays) {
-    struct Row {
-        std::function<Reply(const Server& server)> call;
-        /// Method and target, Authorization, Content-Type, body.
-        const char* seen;
-    };
-    const QJsonObject body = json("{'b':[1,true],'a':'ü +'}");
-    QBuffer file;
-    file.setData("bytes\r\n");
-    file.open(QIODevice::ReadOnly);
-    file.seek(3);
-    ApiServer api;
-    for (const Row& row : {
-             Row{[](const Server& s) { return getJson(s, "/api/me", "x"); },
-                 "GET /api/me|Bearer secret|(none)|"},
-             Row{[&](const Server& s) { return postJson(s, "/api/c", "x", body); },
-                 "POST /api/c|Bearer secret|application/json|{\"a\":\"ü +\",\"b\":[1,true]}"},
-             Row{[](const Server& s) {
-                     return postEmpty(s, "/api/p", "x", {{"b", "1"}, {"a", "2"}});
-                 },
-                 "POST /api/p?b=1&a=2|Bearer secret|application/octet-stream|"},
-             Row{[&](const Server& s) { return putJson(s, "/api/s", "x", body); },
-                 "PUT /api/s|Bearer secret|application/json|{\"a\":\"ü +\",\"b\":[1,true]}"},
-             Row{[&](const Server& s) {
-                     return putFile(s, "/api/f", "x", {{"path", "a/b"}}, file);
-                 },
-                 "PUT /api/f?path=a%2Fb|Bearer secret|application/octet-stream|bytes\r\n"},
-             Row{[](const Server& s) {
-                     return deleteResource(s, "/api/d", "x", {{"all", "1"}});
-                 },
-                 "DELETE /api/d?all=1|Bearer secret|(none)|"},
-         }) {
-        SCOPED_TRACE(row.seen);
-        const QStringList line = QString(row.seen).section(u'|', 0, 0).split(u' ');
-        api.server.onJson(line[0].toStdString(), line[1].toStdString(), json("{'reply':1}"));
-        api.server.forget();
-        const Reply reply = row.call({api.server.url(), "secret"});
-        EXPECT_TRUE(reply.ok);
-        EXPECT_EQ(text(reply.object), "{'reply':1}");
-        ASSERT_EQ(api.server.requests().size(), 1U);
-        const SeenRequest seen = api.server.requests().front();
-        EXPECT_EQ(seen.line() + '|' + seen.header("Authorization") + '|' +
-                      seen.header("Content-Type") + '|' + seen.body,
-                  row.seen);
-    }
-}
 
 TEST(Requests, CarryTheFirstTokenThereIs) {
     ApiServer api;
@@ -84,24 +37,47 @@ TEST(Requests, CarryTheFirstTokenThereIs) {
     }
 }
 
-TEST(ResolveServer, FallsBackOnTheConfiguration) {
-    const TemporaryConfig config;
+TEST(WithoutTrailingSlashes, RemovesAllOfThem) {
+    EXPECT_EQ(withoutTrailingSlashes("http://h/base///"), QString("http://h/base"));
+    EXPECT_EQ(withoutTrailingSlashes("///"), QString());
+}
+
+TEST(ApiUrl, SendsEveryNameAsOnePathSegment) {
+    ApiServer api;
+    FakeServer& server = api.server;
     for (const QStringList& row : rows(R"(
-        a --server http://o// b | http://c  | http://o | a b
-        a                       | http://c/ | http://c | a
-        a --server              | http://c  | http://c | a --server
-        a                       |           |          | a)")) {
-        SCOPED_TRACE(row[0].toStdString());
-        config.sandbox.writeConfig({{"schema_version", 2}, {"server", row[1]}});
-        QStringList typed = args(row[0]);
-        ::testing::internal::CaptureStderr();
-        EXPECT_EQ(resolveServer(typed).value_or(Server{}).url, row[2]);
-        EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-                  row[2].isEmpty()
-                      ? "'server' is not configured (quorvelle config set server <value>)\n"
-                      : "");
-        EXPECT_EQ(typed, args(row[3]));
+        app-1.0_b~c  | app-1.0_b~c
+        a/b          | a%2Fb
+        ...          | ...
+        what?x=1     | what%3Fx%3D1
+        bob#2        | bob%232
+        100%1        | 100%251
+        %2F          | %252F
+        a+b          | a%2Bb
+        a b          | a%20b
+        a\b"c        | a%5Cb%22c
+        größe        | gr%C3%B6%C3%9Fe
+        日😀         | %E6%97%A5%F0%9F%98%80)")) {
+        const std::string segment = row[1].toStdString();
+        server.forget();
+        getJson({server.url() + "/base//"}, apiPath("/api/builds/%1", row[0]), "x");
+        getJson({server.url()}, apiPath("/api/channels/%1/launch", row[0]), "x");
+        EXPECT_THAT(server.lines(),
+                    ::testing::ElementsAre("GET /base/api/builds/" + segment,
+                                           "GET /api/channels/" + segment + "/launch"));
     }
+}
+
+/// The network layer takes "." and ".." out of a path, however they are encoded: the
+/// deletion of a build named ".." would become that of something else.
+TEST(ApiUrl, SendsNothingForANameThatWouldChangeThePath) {
+    ApiServer api;
+    for (const char* name : {".", ".."}) {
+        SCOPED_TRACE(name);
+        EXPECT_FALSE(deleteResource({api.server.url()}, apiPath("/api/builds/%1", name), "x").ok);
+        EXPECT_FALSE(getJson({api.server.url() + "/base"}, apiPath("/api/%1/x", name), "x").ok);
+    }
+    EXPECT_THAT(api.server.lines(), ::testing::IsEmpty());
 }
 
 }  // namespace quorvelle::testing
