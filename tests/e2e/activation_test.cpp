@@ -106,66 +106,6 @@ TEST_P(Activation, NeverMixesTwoBuilds) {
     EXPECT_EQ(installed(), kBoth);
 }
 
-TEST_P(Activation, IgnoresTheRemainsOfOtherBuilds) {
-    publish(server, "stable", "b2", {{"a", "two"}, {"b", "two"}});
-    writeState(".staging/d/leftover", "x");
-    writeState(".staging.build", "b1");
-    writeState(".old/leftover", "x");
-    writeState(".staged.json", R"({"build":"b1","channel":"stable","total_size":1})");
-    writeState(".installed.json", "torn {");
-    box.write("apps/app/a", "zero");
-    expectSync("synced", whole("b2", {"a", "b"}), synced("b2", 2, 6));
-    EXPECT_EQ(installed(), kBoth);
-    EXPECT_EQ(state(), QStringList("app.installed.json"));
-}
-
-TEST_P(Activation, MovesTheStateOfEarlierReleases) {
-    publish(server, "stable", "b1", {});
-    box.write("apps/app.installed.json", R"({"build":"b1"})");
-    box.write("apps/app.staging/x", "x");
-    box.write("apps/app.staging.build", "b0");
-    box.write("apps/app.old/x", "x");
-    writeState(".staged.json", R"({"build":"new"})");
-    box.write("apps/app.staged.json", R"({"build":"legacy"})");
-    box.write("apps/app/a", "one");
-    expectSync("current", {kChecking}, upToDate("b1"));
-    EXPECT_EQ(
-        box.tree("apps"),
-        (QStringList{R"(.quorvelle/app.installed.json={"build":"b1"})", ".quorvelle/app.old/x=x",
-                     R"(.quorvelle/app.staged.json={"build":"new"})",
-                     ".quorvelle/app.staging.build=b0", ".quorvelle/app.staging/x=x",
-                     R"(app.staged.json={"build":"legacy"})", "app/a=one"}));
-}
-
-TEST_P(Activation, OfALegacyStagedBuildIsRetried) {
-    publish(server, "stable", "b2", {});
-    box.write("apps/app.staged.json", R"({"build":"b2","total_size":3})");
-    box.write("apps/app.staging/a", "two");
-    expectSync("synced", retrying("b2"), retried("b2"));
-    EXPECT_EQ(box.tree("apps").filter("a="), QStringList("app/a=two"));
-}
-
-TEST_P(Activation, CutShortBetweenItsRenamesIsTakenBackAndRetried) {
-    blockBuildTwo();
-    ASSERT_TRUE(QDir().rename(box.path("apps/app"), box.path("apps/.quorvelle/app.old")));
-    server.onJson("GET", "/api/channels/stable", {{"error", "down"}}, 503);
-    expectSync("failed", {kChecking}, "'app': sync failed (HTTP 503): down");
-    EXPECT_EQ(installed(), QStringList("a=one"));
-    ASSERT_TRUE(QDir().rename(box.path("apps/app"), box.path("apps/.quorvelle/app.old")));
-    server.onJson("GET", "/api/channels/stable", {{"build", "b2"}});
-    expectSync("synced", retrying("b2"), retried("b2"));
-    EXPECT_EQ(installed(), kBoth);
-    EXPECT_EQ(state(), QStringList("app.installed.json"));
-}
-
-TEST_P(Activation, CutShortWithoutStagingLeavesTheOldBuildInPlace) {
-    publish(server, "stable", "b2", {});
-    writeState(".old/a", "one");
-    writeState(".staged.json", R"({"build":"b2"})");
-    expectSync("blocked", retrying("b2"), notActivated("b2"));
-    EXPECT_EQ(installed(), QStringList("a=one"));
-}
-
 TEST_P(Activation, KeepsTheOnlyCopyUntilABuildIsInPlace) {
     publish(server, "stable", "b2", {{"a", "two"}});
     server.onJson("GET", fileTarget("b2", "a"), {{"error", "lost"}}, 404);

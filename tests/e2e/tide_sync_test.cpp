@@ -212,5 +212,85 @@ TEST_P(TideSync, ResumesAfterABlockedActivation) {
     EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.staging.build"}));
 }
 
+TEST_P(TideSync, LeavesTheInstallAloneWhenTheDownloadFails) {
+    installOne();
+    const auto fails = [this](const QString& why) {
+        expectSync("failed", downloading(""), "'app': Tide sync: " + why);
+        expectOneStillInstalled();
+    };
+    publishTide(server, "stable", "b2", kTwo);
+    server.onJson("GET", chunkTarget("two"), {}, 404);
+    fails("chunk URL " + chunkId("two") + " -> HTTP 404");
+    describe({{"chunks", QJsonObject()}}, {});
+    fails(
+        "no chunk URLs and no bucket credentials (TIDE_S3_ENDPOINT, TIDE_S3_BUCKET, TIDE_S3_KEY, "
+        "TIDE_S3_SECRET)");
+    publishTide(server, "stable", "b2", kTwo);
+    expectSync("synced", whole("b2", kThreeChunks), retried("b2"));
+    EXPECT_EQ(installed(), kTwoInstalled);
+}
+
+TEST_P(TideSync, EndsBeforeTheDownload) {
+    installOne();
+    const QStringList lines{kChecking, kCheckingTide};
+    server.onJson("GET", "/api/tide/sync/stable", {{"error", "no %1"}}, 403);
+    expectSync("failed", lines, "'app': Tide sync failed (HTTP 403): no %1");
+    describe({{"chunks", QJsonObject{{"x", QJsonArray()}}}}, kTwo);
+    expectSync("failed", lines,
+               "'app': bad Tide descriptor: manifest parse error: malformed manifest");
+    expectOneStillInstalled();
+}
+
+TEST_P(TideSync, NeedsItsStagingDirectory) {
+    publishTide(server, "stable", "b1", kOne);
+    box.write("apps/.quorvelle", "in the way");
+    expectSync("failed", {kChecking, kCheckingTide},
+               "'app': cannot create staging dir " + box.path("apps/.quorvelle/app.staging"));
+    EXPECT_EQ(box.tree("apps"), QStringList(".quorvelle=in the way"));
+}
+
+TEST_P(TideSync, TakesTheKeyOfTheSubscriptionThenTheServerThenTheEnvironment) {
+    const auto key = [](const QString& word) {
+        return QString(word).replace("good", signingKey());
+    };
+    publishTide(server, "stable", "b", kOne);
+    for (const QStringList& row : rows(R"(
+        good | bad  | bad  | fits
+        bad  | good | good |
+             | good | bad  | fits
+             | bad  | good |
+             |      | good | fits
+             |      | bad  |)")) {
+        SCOPED_TRACE(row.join(',').toStdString());
+        QJsonObject entry = subscription("app", "stable");
+        entry.insert("tide_public_key", key(row[0]));
+        box.writeConfig({{"schema_version", 2},
+                         {"subscriptions", QJsonArray{entry}},
+                         {"servers", QJsonArray{QJsonObject{{"server", server.url()},
+                                                            {"tide_public_key", key(row[1])}}}}});
+        box.environment.insert("QUORVELLE_TIDE_PUBLIC_KEY", key(row[2]));
+        if (row[3] == "fits") {
+            expectSync("synced", whole("b", kThreeChunks), retried("b"), args("sync --force"));
+        } else {
+            expectSync("failed", downloading(""), "'app': Tide sync: bad public key",
+                       args("sync --force"));
+        }
+        EXPECT_THAT(server.lines(), Contains(std::string("GET ") + kSignatureTarget));
+    }
+}
+
+TEST_P(TideSync, RefusesWhatTheKeyDidNotSign) {
+    installOne();
+    box.environment.insert("QUORVELLE_TIDE_PUBLIC_KEY", signingKey());
+    publishTide(server, "stable", "b2", kTwo);
+    server.onBytes("GET", kSignatureTarget, signatureOf("x"));
+    expectSync("failed", downloading(""), "'app': Tide sync: signature does not verify");
+    server.onJson("GET", kSignatureTarget, {}, 404);
+    expectSync("failed", downloading(""),
+               "'app': Tide sync: channel 'stable' has no signature but verification is required");
+    EXPECT_THAT(server.lines(), Not(Contains("GET " + chunkTarget("two"))));
+    expectOneStillInstalled();
+}
+
 }  // namespace
 }  // namespace quorvelle::testing
