@@ -4,7 +4,7 @@
 #include <QDir>
 
 #include "support/fake_builds.h"
-#include "support/outcomes.h"
+#include "support/one_request.h"
 #include "support/platform.h"
 #include "support/qt_printers.h"
 
@@ -17,10 +17,7 @@ using ::testing::ElementsAre;
 constexpr qint64 kSize = 9007199254740993;
 const QJsonObject kSizes{{"file_count", 3}, {"total_size", kSize}, {"more", 1}};
 
-class Push : public ::testing::Test {
-protected:
-    Push() { box.writeConfig({{"schema_version", 2}, {"server", server.url()}, {"token", "t"}}); }
-
+struct Push : ServerTest {
     /// Lets the server take these files of build "b1" and promote it into "beta".
     void accept(const QStringList& paths) {
         for (const QString& path : paths) {
@@ -30,8 +27,6 @@ protected:
         server.onJson("POST", "/api/channels/beta/promote?build=b1", {{"build", "other"}});
     }
 
-    FakeServer server;
-    Sandbox box;
     const QStringList words = args("push build --channel beta --build b1");
 };
 
@@ -61,30 +56,6 @@ TEST_F(Push, UploadsFinalizesAndPromotes) {
     }
 }
 
-TEST_F(Push, PrintsOneObjectInJsonMode) {
-    box.write("build/a", "a");
-    accept({"a"});
-    const Outcome got = box.run(words + QStringList{"--json", "--server", server.url() + "//"});
-    EXPECT_EQ(got.code, 0);
-    EXPECT_EQ(got.err, QString());
-    EXPECT_EQ(got.json(), (QJsonObject{{"build", "b1"},
-                                       {"channel", "beta"},
-                                       {"server", server.url()},
-                                       {"file_count", 3},
-                                       {"total_size", kSize}}));
-    EXPECT_TRUE(got.out.contains("9007199254740993"));
-}
-
-TEST_F(Push, ShowsTheServerAsTypedAndZerosForAReplyWithoutSizes) {
-    box.write("build/a", "a");
-    accept({"a"});
-    server.onBytes("POST", "/api/builds/b1/finalize", "");
-    expectOutcome(box.run(words + QStringList{"--server", server.url() + "//"}), 0,
-                  "Pushing 1 files as build b1 to " + server.url() +
-                      "// ...\n  a (1 bytes)\nFinalized build b1 (0 files, 0 bytes)\n"
-                      "Channel 'beta' now at build b1\n");
-}
-
 TEST_F(Push, SendsRegularVisibleFilesInPathOrder) {
     // By UTF-16 code units: a surrogate pair stands before U+FF21.
     const QStringList sent{"B.lnk", "a.txt", "bin.txt", "bin/x", "é+ &%.txt", "😀", "Ａ"};
@@ -105,15 +76,40 @@ TEST_F(Push, SendsRegularVisibleFilesInPathOrder) {
                     "POST /api/builds/b1/finalize", "POST /api/channels/beta/promote?build=b1"));
 }
 
-TEST_F(Push, LeavesPercentSignsInNamesAlone) {
+TEST_F(Push, ShowsNamesAndTheServerAsTyped) {
     box.write("100%1/%2", "x");
+    const std::string finalize = "/api/builds/%253%20b/finalize";
     server.onJson("PUT", "/api/builds/%253%20b/files?path=%252", {});
-    server.onJson("POST", "/api/builds/%253%20b/finalize", kSizes);
+    server.onJson("POST", finalize, kSizes);
     server.onJson("POST", "/api/channels/%251/promote?build=%253%20b", {});
-    expectOutcome(box.run({"push", "100%1", "--channel", "%1", "--build", "%3 b"}), 0,
+    const QStringList typed{"push",    "100%1", "--channel", "%1",
+                            "--build", "%3 b",  "--server",  server.url() + "//"};
+    const Outcome got = box.run(typed + QStringList("--json"));
+    EXPECT_EQ(got.err, QString());
+    EXPECT_EQ(got.json(), (QJsonObject{{"build", "%3 b"},
+                                       {"channel", "%1"},
+                                       {"server", server.url()},
+                                       {"file_count", 3},
+                                       {"total_size", kSize}}));
+    EXPECT_TRUE(got.out.contains("9007199254740993"));
+    server.onBytes("POST", finalize, "");
+    expectOutcome(box.run(typed), 0,
                   "Pushing 1 files as build %3 b to " + server.url() +
-                      " ...\n  %2 (1 bytes)\nFinalized build %3 b (3 files, 9007199254740993 "
-                      "bytes)\nChannel '%1' now at build %3 b\n");
+                      "// ...\n  %2 (1 bytes)\nFinalized build %3 b (0 files, 0 bytes)\n"
+                      "Channel '%1' now at build %3 b\n");
+}
+
+TEST_F(Push, TakesLinksToFilesUnlessBehindALinkToAFolder) {
+    box.write("build/file", "");
+    box.write("outside/x", "");
+    for (const auto& [at, target] : {std::pair{"folder", "outside"},
+                                     {"loop", "build"},
+                                     {"broken", "nowhere"},
+                                     {"linked", "outside/x"}}) {
+        ASSERT_TRUE(QFile::link(box.path(target), box.path("build/") + at)) << at;
+    }
+    accept({"file", "linked"});
+    EXPECT_TRUE(box.run(words).out.contains(" ...\n  file (0 bytes)\n  linked (0 bytes)\nF"));
 }
 
 TEST_F(Push, NamesABuildAfterTheTimeInUtc) {

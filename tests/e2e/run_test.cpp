@@ -142,15 +142,12 @@ TEST_F(Run, RefusesBeforeItStartsAnything) {
     expectError(box, args("run App"), 1, "no subscription named 'App'");
     expectError(box, args("run app"), 1, none);
     EXPECT_EQ(server.requests().back().header("Authorization"), "Bearer entry");
-    offer(
-        "[{'label':'a'},{'label':'%2','exe':'gone'},"
-        "{'label':'d','exe':'readme.txt'}]");
-    expectError(box, args("run app --wait"), 1,
-                "'app' has 3 launch targets and no primary - pick one with --target <label>");
+    offer("[{'label':'a'},{'label':'%2','exe':'gone'}]");
     expectError(box, args("run app --target %2"), 1,
                 "cannot run '%2': not found: " + box.path("app/gone") +
                     " (has this subscription synced yet?)");
-    expectError(box, args("run app --target d"), 1,
+    offer("[{'label':'d','exe':'readme.txt'}]");
+    expectError(box, args("run app"), 1,
                 "'" + box.path("app/readme.txt") +
                     "' is a document, not a program - the client opens it with its associated "
                     "app; the CLI does not");

@@ -5,6 +5,8 @@
 namespace quorvelle::testing {
 namespace {
 
+using ::testing::ElementsAre;
+
 TEST(ServiceCommands, ShowVersionLicenseAndPortal) {
     checkOneRequestCommands(R"(
 server-version surplus | GET /api/version | | {'name':'quorvelled','version':'1.2.3','schema_version':9} | server-version | quorvelled 1.2.3 (schema v9) at SERVER\n
@@ -78,7 +80,114 @@ license request-trial | --name <licensee> is required)")) {
     }
     expectError(box, {"backup", "schedule", "off", "--keep", ""}, 1,
                 "--keep must be a number >= 0");
-    EXPECT_THAT(server.lines(), ::testing::ElementsAre());
+    EXPECT_THAT(server.lines(), ElementsAre());
+}
+
+using SsoMap = ServerTest;
+
+const std::string kMapping = "/api/sso/mapping";
+
+TEST_F(SsoMap, WritesTheWholeMappingBackWithOneChange) {
+    server.onJson("PUT", kMapping, {{"saved", true}});
+    for (const QStringList& cells : rows(R"(
+role x publisher | {'mapping':{'roles':{'a':'admin','x':'member'},'groups':{'g':'h'},'limit':9007199254740993}} | {'roles':{'a':'admin','x':'publisher'},'groups':{'g':'h'},'limit':9007199254740993}
+role a/b admin | {'configured':false} | {'roles':{'a/b':'admin'}}
+group x staff | {'mapping':{'roles':{'x':'admin'},'deep':{'k':[null]}}} | {'roles':{'x':'admin'},'groups':{'x':'staff'},'deep':{'k':[null]}}
+remove x | {'mapping':{'roles':{'a':'admin','x':'member'},'groups':{'g':'h'}}} | {'roles':{'a':'admin'},'groups':{'g':'h'}}
+remove x | {'mapping':{'roles':{},'groups':{'x':'h'},'new':1}} | {'roles':{},'groups':{},'new':1}
+remove x | {'mapping':{'roles':{'x':'admin'},'groups':{'x':'h'}}} | {'roles':{},'groups':{}}
+default publisher | {'mapping':{'default_role':'member','new':1}} | {'default_role':'publisher','new':1}
+claims --roles r --groups g | {'mapping':{'roles_claim':'a','new':1}} | {'roles_claim':'r','groups_claim':'g','new':1}
+claims --groups g | {'mapping':{'roles_claim':'a','groups_claim':'b'}} | {'roles_claim':'a','groups_claim':'g'}
+)")) {
+        SCOPED_TRACE(cells.join(u'|').toStdString());
+        server.onJson("GET", kMapping, json(cells[1].toUtf8()));
+        server.forget();
+        const QStringList words = args("sso map " + cells[0]);
+        expectOutcome(box.run(words), 0, "Mapping saved.\n");
+        EXPECT_EQ(box.run(words + QStringList("--json")).json(), (QJsonObject{{"saved", true}}));
+        ASSERT_THAT(server.lines(), ElementsAre("GET " + kMapping, "PUT " + kMapping,
+                                                "GET " + kMapping, "PUT " + kMapping));
+        EXPECT_EQ(object(QString::fromStdString(server.requests()[1].body)),
+                  json(cells[2].toUtf8()));
+    }
+}
+
+TEST_F(SsoMap, WritesNothingItHasNotReadOrCannotChange) {
+    const QStringList words = args("sso map remove x%1");
+    expectError(box, words, 2,
+                "sso map failed (HTTP 404): nothing at " + QString::fromStdString(kMapping));
+    for (const char* reply : {"<html>", "{}", "[{'configured':true}]"}) {
+        server.onBytes("GET", kMapping, reply);
+        expectError(box, words, 2, "sso map failed: the reply holds no mapping");
+    }
+    server.onJson("GET", kMapping,
+                  json("{'mapping':{'roles':{'x':'admin'},'groups':{'y':'x%1'}}}"));
+    expectError(box, words, 1, "'x%1' is not mapped");
+    for (const std::string& line : server.lines()) {
+        EXPECT_EQ(line, "GET " + kMapping);
+    }
+    server.onJson("PUT", kMapping, {{"error", "no such role"}}, 422);
+    expectError(box, args("sso map default nobody"), 2, "sso map failed (HTTP 422): no such role");
+}
+
+const QStringList kRequest{"license", "request-trial", "--name", "%1 & Söhne"};
+
+struct TrialLicense : ServerTest {
+    TrialLicense() { box.environment.insert("QUORVELLE_TRIAL_URL", service.url() + "/"); }
+
+    FakeServer service;
+};
+
+TEST_F(TrialLicense, IsFetchedFromTheServiceAndInstalledOnTheServer) {
+    const QJsonObject trial =
+        json("{'tier':'T','licensee':'%1','days_left':9,'expires':'later','blob':[5000000001]}");
+    service.onJson("POST", "/api/trial", trial);
+    server.onJson("POST", "/api/license", {{"ok", 1}});
+    const QString installedOn = "Trial installed on " + server.url() + ": ";
+    expectOutcome(box.run(kRequest), 0, installedOn + "T for '%1', 9 days (through later)\n");
+    const QJsonObject reply = json("{'tier':'t','licensee':'l','days_left':0,'expires':''}");
+    server.onJson("POST", "/api/license", reply);
+    expectOutcome(box.run(kRequest), 0, installedOn + "t for 'l', 0 days (through )\n");
+    EXPECT_EQ(box.run(kRequest + QStringList("--json")).json(), reply);
+    const SeenRequest asked = service.requests().at(0);
+    EXPECT_EQ(asked.header("Authorization"), "Bearer quorvelle-cli");
+    EXPECT_EQ(asked.header("Content-Type"), "application/json");
+    EXPECT_EQ(asked.body, "{\"name\":\"%1 & Söhne\"}");
+    const SeenRequest installed = server.requests().at(0);
+    EXPECT_EQ(installed.header("Authorization"), "Bearer t");
+    EXPECT_EQ(object(QString::fromStdString(installed.body)), trial);
+
+    box.environment.insert("QUORVELLE_TRIAL_TOKEN", "mine");
+    server.onJson("POST", "/api/license", {{"error", "too old"}}, 409);
+    expectError(box, kRequest, 2, "install trial failed (HTTP 409): too old");
+    EXPECT_EQ(service.requests().back().header("Authorization"), "Bearer mine");
+}
+
+TEST_F(TrialLicense, IsNotInstalledWhenTheServiceGaveNone) {
+    for (const QStringList& cells : rows(R"(
+401 | {"error":"x"} | the licensing service rejected this client (bad or missing token)
+429 | {"error":"x"} | rate limited by the licensing service - try again shortly
+403 | {"error":"name taken: %1"} | name taken: %1
+500 | <html> | licensing service returned HTTP 500
+403 | {"error":""} | licensing service returned HTTP 403
+200 | [{"tier":"t"}] | the licensing service sent no license
+)")) {
+        SCOPED_TRACE(cells.join(u'|').toStdString());
+        service.on("POST", "/api/trial", [&](const httplib::Request&, httplib::Response& response) {
+            response.status = cells[0].toInt();
+            response.set_content(cells[1].toStdString(), "application/json");
+        });
+        expectError(box, kRequest, 2, cells[2]);
+    }
+    EXPECT_THAT(server.lines(), ElementsAre());
+}
+
+TEST_F(TrialLicense, NamesTheServiceThatIsNotThere) {
+    const QString nowhere = "http://127.0.0.1:1";
+    box.environment.insert("QUORVELLE_TRIAL_URL", nowhere);
+    expectError(box, kRequest, 2, "could not reach the licensing service at " + nowhere);
+    EXPECT_THAT(server.lines(), ElementsAre());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QFile>
 
 #include "support/notation.h"
 #include "support/process_runner.h"
@@ -91,6 +92,16 @@ TEST_F(LaunchSpecs, WrapScriptsByTheSuffixOfTheFileName) {
             QString(row[2]).replace("FILE", spec.isScript ? QDir::toNativeSeparators(file) : file));
         EXPECT_EQ(start.workingDir, box.path("app"));
     }
+}
+
+TEST_F(LaunchSpecs, CountALinkByWhatItLeadsTo) {
+    box.write("app/file", "");
+    box.write("other/tool", "");
+    ASSERT_TRUE(QFile::link(box.path("other/tool"), box.path("app/link")));
+    ASSERT_TRUE(QFile::link(box.path("nowhere"), box.path("app/broken")));
+    EXPECT_EQ(resolve("ROOT/app", "{'exe':'link'}").program, box.path("app/link"));
+    EXPECT_EQ(resolve("ROOT/app", "{'exe':'broken'}").error,
+              "not found: " + box.path("app/broken") + " (has this subscription synced yet?)");
 }
 
 }  // namespace quorvelle::testing
