@@ -1,23 +1,11 @@
 #pragma once
 
-#include <httplib.h>
-
 #include <QString>
 #include <memory>
-#include <string>
-#include <thread>
 
 /// What tests need of the platform.
 
 namespace quorvelle::testing {
-
-/// A TCP socket that programs which are started do not inherit.
-socket_t newSocket();
-void closeSocket(socket_t socket);
-/// Ends an accept() that the thread waits in, and with it the thread and the socket.
-void endListening(socket_t listener, std::thread& acceptor);
-/// Sends some of the bytes and returns how many; 0 when the other side is gone.
-std::size_t sendSome(socket_t socket, const std::string& bytes);
 
 /// Whether a file is there that nobody but its owner may read.
 bool isOwnersAlone(const QString& path);

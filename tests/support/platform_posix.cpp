@@ -1,30 +1,10 @@
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <QFile>
 
 #include "support/platform.h"
 
 namespace quorvelle::testing {
-
-socket_t newSocket() {
-    return ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-}
-
-void closeSocket(socket_t socket) {
-    ::close(socket);
-}
-
-void endListening(socket_t listener, std::thread& acceptor) {
-    ::shutdown(listener, SHUT_RDWR);
-    acceptor.join();
-    ::close(listener);
-}
-
-std::size_t sendSome(socket_t socket, const std::string& bytes) {
-    const ssize_t sent = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    return sent < 0 ? 0 : static_cast<std::size_t>(sent);
-}
 
 bool isOwnersAlone(const QString& path) {
     struct stat info = {};

@@ -1,5 +1,7 @@
 #include "support/platform.h"
 
+#include <windows.h>
+
 #include <aclapi.h>
 
 #include <QDir>
@@ -13,25 +15,6 @@ std::wstring native(const QString& path) {
 }
 
 }  // namespace
-
-socket_t newSocket() {
-    return ::WSASocketW(AF_INET, SOCK_STREAM, 0, nullptr, 0,
-                        WSA_FLAG_NO_HANDLE_INHERIT | WSA_FLAG_OVERLAPPED);
-}
-
-void closeSocket(socket_t socket) {
-    ::closesocket(socket);
-}
-
-void endListening(socket_t listener, std::thread& acceptor) {
-    ::closesocket(listener);
-    acceptor.join();
-}
-
-std::size_t sendSome(socket_t socket, const std::string& bytes) {
-    const int sent = ::send(socket, bytes.data(), static_cast<int>(bytes.size()), 0);
-    return sent < 0 ? 0 : static_cast<std::size_t>(sent);
-}
 
 bool isOwnersAlone(const QString& path) {
     PSID owner = nullptr;

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <httplib.h>
-
+#include <QSemaphore>
 #include <QString>
+#include <QThread>
 #include <atomic>
+#include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace quorvelle::testing {
@@ -19,18 +19,18 @@ public:
 
     explicit RawServer(std::vector<std::string> replies, Ending ending = Ending::kClose);
     ~RawServer();
-
-    QString url() const;
+    QString url() const { return QStringLiteral("http://127.0.0.1:%1").arg(port); }
     /// How many connections sent a request head so far.
     int served() const { return count; }
 
 private:
     void serve(const std::vector<std::string>& replies, Ending ending);
 
-    socket_t listener = INVALID_SOCKET;
     int port = 0;
     std::atomic<int> count{0};
-    std::thread thread;
+    QSemaphore listening;
+    QSemaphore ended;
+    std::unique_ptr<QThread> thread;
 };
 
 }  // namespace quorvelle::testing
