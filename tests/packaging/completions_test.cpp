@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include "cli/command_table.h"
 #include "next_words.h"
 #include "scripts.h"
+#include "support/outcomes.h"
 
 namespace quorvelle::testing {
 namespace {
@@ -41,10 +43,34 @@ TEST(Completions, OfferTheWordsOfTheTable) {
               "quorvelle user enable: --days --json --server\n");
 }
 
-TEST(Completions, AreQuotedAsEachShellReadsThem) {
+TEST(Completions, AreOfferedByBash) {
+    const char kComplete[] = R"(source ./quorvelle.bash
+        complete -p quorvelle
+        for line in "$@"; do
+            read -ra COMP_WORDS <<<"$line"
+            [[ $line != *' ' ]] || COMP_WORDS+=("")
+            COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) COMPREPLY=(left over)
+            _quorvelle
+            echo "$line: ${COMPREPLY[*]}"
+        done)";
+    const Sandbox box;
+    box.write("quorvelle.bash", QByteArray::fromStdString(bashScript(nextWords(commandTable()))));
+    expectOutcome(
+        box.runProgram("bash", {"-c", kComplete, "bash", "quorvelle us", "quorvelle config set ",
+                                "quorvelle --json sync --f", "quorvelle user disable bob --",
+                                "quorvelle channel launch ", "quorvelle nothing x"}),
+        0,
+        "complete -o default -F _quorvelle quorvelle\n"
+        "quorvelle us: user users\n"
+        "quorvelle config set : server token --json\n"
+        "quorvelle --json sync --f: --force\n"
+        "quorvelle user disable bob --: --json --server\n"
+        "quorvelle channel launch : add clear list primary remove --json\n"
+        "quorvelle nothing x: \n");
+}
+
+TEST(Completions, AreQuotedForTheOtherShells) {
     const NextWords words = nextWords(kTable);
-    EXPECT_NE(bashScript(words).find("  ['quorvelle set mode']='fast slow --json'\n"),
-              std::string::npos);
     EXPECT_NE(zshScript(words).find(R"(disable:stop a user'\''s access)"), std::string::npos);
     EXPECT_NE(powerShellScript(words).find("'disable' = 'stop a user''s access'\n"),
               std::string::npos);
