@@ -23,7 +23,7 @@ struct Held::Hold {
 // A directory that may not be written cannot be moved into another one.
 Held::Held(const QString& path, From from) : hold(new Hold{path, QFile::permissions(path)}) {
     const QFile::Permissions reading = QFile::ReadOwner | QFile::ExeOwner;
-    QFile::setPermissions(path, from == From::kMoves ? reading : QFile::Permissions());
+    QFile::setPermissions(path, from == From::kMoves ? reading : QFile::WriteOwner);
 }
 
 Held::~Held() {
