@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <numeric>
 #include <optional>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -178,8 +177,6 @@ private:
         }
         return true;
     }
-
-    static void sleepFor(std::chrono::nanoseconds time) { std::this_thread::sleep_for(time); }
 
     const std::vector<ManifestFile>& files;
     const TargetTree& target;

@@ -10,7 +10,9 @@ namespace tide {
 /// A chunk object as stored, and the content that its zstd frame declares.
 inline constexpr std::uint64_t kMaxChunkBytes = std::uint64_t{64} << 20;
 /// A manifest, a signature, and every other object or URL.
-inline constexpr std::uint64_t kMaxBodyBytes = std::uint64_t{512} << 20;
+inline constexpr std::uint64_t kMaxBodyBytes = std::uint64_t{256} << 20;
+/// All headers and trailers of one reply, its interim answers included.
+inline constexpr std::uint64_t kMaxHeaderBytes = std::uint64_t{1} << 20;
 /// One page of an object listing.
 inline constexpr std::uint64_t kMaxListPageBytes = std::uint64_t{16} << 20;
 

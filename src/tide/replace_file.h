@@ -1,18 +1,16 @@
 #pragma once
 
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <string>
+
+#include "tide/sleep.h"
 
 namespace tide {
 
 /// Called while a file in use keeps its place: its path (UTF-8), the number of the
 /// attempt that comes next, from 1, and the most there will be.
 using InUseCallback = std::function<void(const std::string& path, int attempt, int maximum)>;
-
-/// Blocks for a time.
-using Sleep = std::function<void(std::chrono::nanoseconds)>;
 
 /// Renames `from` over `to`. A refusal is read as "in use by a running program": up to
 /// `attempts` times `inUse` (may be empty) is called, a second passes, and it is tried

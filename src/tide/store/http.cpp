@@ -1,24 +1,63 @@
 #include "tide/store/http.h"
 
+#include <algorithm>
+#include <chrono>
+#include <optional>
 #include <utility>
 
 #include "tide/store/transfer.h"
 
 namespace tide {
 
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr int kAttempts = 3;
+constexpr milliseconds kFirstPause(500);
+constexpr milliseconds kLongestPause(10'000);
+
+bool asksToComeBack(long status) {
+    return status == 429 || status == 502 || status == 503 || status == 504;
+}
+
+/// How long to wait before another attempt; nothing when this one was the last.
+std::optional<milliseconds> pauseAfter(const Transfer& transfer, bool completed, int attempt) {
+    if (attempt == kAttempts) {
+        return std::nullopt;
+    }
+    if (!completed) {
+        return transfer.connectionBroke() ? std::optional(kFirstPause * attempt) : std::nullopt;
+    }
+    if (!asksToComeBack(transfer.status())) {
+        return std::nullopt;
+    }
+    const auto told = transfer.retryAfter();
+    return told ? std::optional(std::min<milliseconds>(*told, kLongestPause)) : std::nullopt;
+}
+
+}  // namespace
+
 bool httpGet(const std::string& url, std::string& body, long& status, std::string* err,
              const std::string& bearerToken, const HttpOptions& options) {
-    Transfer transfer(url, options.maxBody, options.connections);
-    transfer.followRedirects();
-    if (!bearerToken.empty()) {
-        transfer.addHeader("Authorization: Bearer " + bearerToken);
+    for (int attempt = 1;; ++attempt) {
+        Transfer transfer(url, options.maxBody, options.connections);
+        transfer.followRedirects(options.httpsOnly);
+        transfer.limitIdleTime();
+        if (!bearerToken.empty()) {
+            transfer.addHeader("Authorization: Bearer " + bearerToken);
+        }
+        const bool completed = transfer.perform(err);
+        if (const auto pause = pauseAfter(transfer, completed, attempt)) {
+            options.sleep(*pause);
+            continue;
+        }
+        if (completed) {
+            body = std::move(transfer.body);
+            status = transfer.status();
+        }
+        return completed;
     }
-    if (!transfer.perform(err)) {
-        return false;
-    }
-    body = std::move(transfer.body);
-    status = transfer.status();
-    return true;
 }
 
 }  // namespace tide

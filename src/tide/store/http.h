@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tide/limits.h"
+#include "tide/sleep.h"
 
 namespace tide {
 
@@ -29,13 +30,19 @@ struct HttpOptions {
     std::uint64_t maxBody = kMaxBodyBytes;
     /// Borrowed; null makes a connection of its own.
     ConnectionCache* connections = nullptr;
+    /// Refuses redirects away from TLS.
+    bool httpsOnly = false;
+    /// Waits between two attempts.
+    Sleep sleep = sleepFor;
 };
 
-/// GETs an http or https URL, following up to 30 redirects to such URLs, with no time
-/// limit and no retry. True when the transfer completed, whatever the HTTP status: then
-/// `body` and `status` are those of the last reply, and the caller judges the status. On
-/// failure `err`, unless null, is assigned "curl: <reason>" (or "curl init failed") and
-/// the other out-parameters keep what they held.
+/// GETs an http or https URL, following up to 30 redirects to such URLs, without a time
+/// limit but those of network(). Tries up to three times: when the connection breaks, after
+/// 0.5 s and 1 s, and when a status 429, 502, 503 or 504 says when to come back
+/// (Retry-After, at most 10 s are waited). What comes of the last attempt is told. True when the
+/// transfer completed, whatever the HTTP status: then `body` and `status` are those of the last
+/// reply, and the caller judges the status. On failure `err`, unless null, is assigned "curl:
+/// <reason>" (or "curl init failed") and the other out-parameters keep what they held.
 ///
 /// A non-empty bearer token is sent to the URL's own origin alone: a redirect to another
 /// host or port does not carry it.

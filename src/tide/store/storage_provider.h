@@ -29,7 +29,7 @@ public:
     virtual bool put(const std::string& key, const std::string& body, std::string* err) = 0;
 
     /// Reads the whole object into `body`. A key below "chunks/" may be 64 MiB long, any
-    /// other 512 MiB.
+    /// other 256 MiB.
     virtual bool get(const std::string& key, std::string& body, std::string* err) = 0;
 
     /// Whether the object exists; a missing one is a failure. `size` may be null; on

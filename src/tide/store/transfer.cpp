@@ -6,6 +6,8 @@
 #include <new>
 
 #include "tide/error.h"
+#include "tide/limits.h"
+#include "tide/store/network.h"
 
 namespace tide {
 
@@ -29,10 +31,13 @@ constexpr long kMostRedirects = 30;
 constexpr const char* kSchemes = "http,https";
 constexpr const char* kUserAgent = "quorvelle-tide/0.1";
 
+constexpr long kKeepAliveSeconds = 60;
+
 // What goes through libcurl's callbacks.
 struct Streams {
     std::string* body = nullptr;
     std::uint64_t maxBody = 0;
+    std::uint64_t headerBytes = 0;
     const std::string* payload = nullptr;
     std::size_t sent = 0;
 };
@@ -49,6 +54,13 @@ std::size_t receive(const char* bytes, std::size_t, std::size_t count, void* con
         return 0;
     }
     return count;
+}
+
+// Headers of interim answers and trailers count as well: any of them could go on for ever.
+std::size_t receiveHeader(const char*, std::size_t, std::size_t count, void* context) noexcept {
+    auto& streams = *static_cast<Streams*>(context);
+    streams.headerBytes += count;
+    return streams.headerBytes > kMaxHeaderBytes ? 0 : count;
 }
 
 std::size_t send(char* buffer, std::size_t size, std::size_t count, void* context) noexcept {
@@ -74,6 +86,7 @@ struct Transfer::Handle {
     CURL* easy = curl_easy_init();
     curl_slist* headers = nullptr;
     Streams streams;
+    CURLcode result = CURLE_OK;
 
     ~Handle() {
         curl_slist_free_all(headers);
@@ -97,6 +110,14 @@ Transfer::Transfer(const std::string& url, std::uint64_t maxBody, ConnectionCach
     // Windows asks whether certificates were revoked, which fails for those of a private
     // authority that publishes no list; other platforms never ask.
     curl_easy_setopt(easy, CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_REVOKE_BEST_EFFORT));
+    curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT,
+                     static_cast<long>(network().connectLimit.count()));
+    // A peer that vanished would otherwise be waited for until the process ends.
+    curl_easy_setopt(easy, CURLOPT_TCP_KEEPALIVE, 1L);
+    curl_easy_setopt(easy, CURLOPT_TCP_KEEPIDLE, kKeepAliveSeconds);
+    curl_easy_setopt(easy, CURLOPT_TCP_KEEPINTVL, kKeepAliveSeconds);
+    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &receiveHeader);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, &handle->streams);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &receive);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, &handle->streams);
     if (connections != nullptr) {
@@ -106,9 +127,18 @@ Transfer::Transfer(const std::string& url, std::uint64_t maxBody, ConnectionCach
 
 Transfer::~Transfer() = default;
 
-void Transfer::followRedirects() {
+void Transfer::followRedirects(bool httpsOnly) {
+    if (httpsOnly) {
+        curl_easy_setopt(handle->easy, CURLOPT_REDIR_PROTOCOLS_STR, "https");
+    }
     curl_easy_setopt(handle->easy, CURLOPT_FOLLOWLOCATION, 1L);
     curl_easy_setopt(handle->easy, CURLOPT_MAXREDIRS, kMostRedirects);
+}
+
+void Transfer::limitIdleTime() {
+    curl_easy_setopt(handle->easy, CURLOPT_LOW_SPEED_LIMIT, 1L);
+    curl_easy_setopt(handle->easy, CURLOPT_LOW_SPEED_TIME,
+                     static_cast<long>(network().idleLimit.count()));
 }
 
 void Transfer::keepPath() {
@@ -147,14 +177,44 @@ bool Transfer::perform(std::string* err) {
         return fail(err, "curl init failed");
     }
     curl_easy_setopt(handle->easy, CURLOPT_HTTPHEADER, handle->headers);
-    const CURLcode code = curl_easy_perform(handle->easy);
-    return code == CURLE_OK || fail(err, "curl: ", curl_easy_strerror(code));
+    handle->result = curl_easy_perform(handle->easy);
+    if (handle->streams.headerBytes > kMaxHeaderBytes) {
+        // What libcurl makes of the refusal depends on where in the reply it met it.
+        handle->result = CURLE_WRITE_ERROR;
+    }
+    if (handle->result == CURLE_OPERATION_TIMEDOUT) {
+        return fail(err, "curl: ", timeOutText());
+    }
+    return handle->result == CURLE_OK || fail(err, "curl: ", curl_easy_strerror(handle->result));
+}
+
+std::string Transfer::timeOutText() const {
+    curl_off_t ready = 0;
+    curl_easy_getinfo(handle->easy, CURLINFO_PRETRANSFER_TIME_T, &ready);
+    return ready > 0
+               ? "no data for " + std::to_string(network().idleLimit.count()) + " s"
+               : "no connection within " + std::to_string(network().connectLimit.count()) + " s";
+}
+
+bool Transfer::connectionBroke() const {
+    return handle->result == CURLE_RECV_ERROR || handle->result == CURLE_SEND_ERROR ||
+           handle->result == CURLE_GOT_NOTHING || handle->result == CURLE_PARTIAL_FILE;
 }
 
 long Transfer::status() const {
     long code = 0;
     curl_easy_getinfo(handle->easy, CURLINFO_RESPONSE_CODE, &code);
     return code;
+}
+
+std::optional<std::chrono::seconds> Transfer::retryAfter() const {
+    curl_header* found = nullptr;
+    if (curl_easy_header(handle->easy, "Retry-After", 0, CURLH_HEADER, -1, &found) != CURLHE_OK) {
+        return std::nullopt;
+    }
+    curl_off_t seconds = 0;
+    curl_easy_getinfo(handle->easy, CURLINFO_RETRY_AFTER, &seconds);
+    return std::chrono::seconds(seconds);
 }
 
 std::uint64_t Transfer::declaredLength() const {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "tide/store/http.h"
@@ -20,9 +22,11 @@ public:
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
 
-    /// Follows up to 30 redirects. Headers of addHeader that carry credentials stay with
-    /// the first origin.
-    void followRedirects();
+    /// Follows up to 30 redirects, with `httpsOnly` to https alone. Headers of addHeader
+    /// that carry credentials stay with the first origin.
+    void followRedirects(bool httpsOnly);
+    /// Ends the transfer as failed when it moves no byte for the time of network().
+    void limitIdleTime();
     /// Sends the path with its "." and ".." parts as they are: a signature covers it.
     void keepPath();
     /// Adds a request header line, "Name: value"; "Name:" suppresses one of libcurl's.
@@ -37,14 +41,22 @@ public:
     /// null, is assigned "curl: <reason>" or "curl init failed".
     bool perform(std::string* err);
 
+    /// Whether a transfer that did not complete had its connection broken, so that another
+    /// attempt may do better.
+    bool connectionBroke() const;
+
     /// The reply, valid after perform() returned true. The body may be moved out.
     std::string body;
     long status() const;
     /// The length in bytes that the reply declares, 0 when it declares none.
     std::uint64_t declaredLength() const;
+    /// When to ask again, where the reply says so (Retry-After).
+    std::optional<std::chrono::seconds> retryAfter() const;
 
 private:
     struct Handle;
+    std::string timeOutText() const;
+
     std::unique_ptr<Handle> handle;
 };
 

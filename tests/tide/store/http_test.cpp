@@ -4,6 +4,7 @@
 
 #include "support/fake_server.h"
 #include "support/raw_server.h"
+#include "tide/store/network.h"
 
 namespace tide {
 namespace {
@@ -90,14 +91,66 @@ TEST_F(HttpGetTest, SaysHowATransferBroke) {
     expectFailure(get(nobody), "curl: Couldn't connect to server");
     expectFailure(get("http://"), "curl: URL using bad/illegal format or missing URL");
 
-    const RawServer silent({""});
-    expectFailure(get(silent.url().toStdString()),
-                  "curl: Server returned nothing (no headers, no data)");
+    std::string endless;
+    while (endless.size() < (2 << 20)) {
+        endless += "X: " + std::string(1000, 'x') + "\r\n";
+    }
+    for (const char* begin : {"", "Transfer-Encoding: chunked\r\n\r\n0\r\n"}) {
+        const RawServer raw(std::vector(3, "HTTP/1.1 200 OK\r\n" + (begin + endless) + "\r\n"));
+        EXPECT_FALSE(get(raw.url().toStdString(), {}, {.sleep = [](auto) {}}).ok) << begin;
+    }
+}
+
+TEST_F(HttpGetTest, TriesAgainWhereThatMayHelp) {
+    struct Row {
+        std::vector<std::string> replies;
+        const char* err;
+        std::vector<int> pausesMs;
+    };
+    const std::string whole = "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nwhole";
     const std::string cutShort = "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nshort";
-    const RawServer closing({cutShort});
-    expectFailure(get(closing.url().toStdString()), "curl: Transferred a partial file");
-    const RawServer resetting({cutShort}, RawServer::Ending::kReset);
-    EXPECT_FALSE(get(resetting.url().toStdString()).ok);
+    const auto busy = [](const char* header) {
+        return std::string("HTTP/1.1 503 Busy\r\nContent-Length: 0\r\n") + header + "\r\n";
+    };
+    for (const Row& row : {
+             Row{{whole}, "", {}},
+             Row{{"", cutShort, whole}, "", {500, 1000}},
+             Row{{"", "", ""}, "curl: Server returned nothing (no headers, no data)", {500, 1000}},
+             Row{{"", "", cutShort}, "curl: Transferred a partial file", {500, 1000}},
+             Row{{busy("Retry-After: 0\r\n"), busy("Retry-After: 99\r\n"), whole}, "", {0, 10000}},
+             Row{{busy("")}, "503", {}},
+             Row{{busy("Retry-After: 3\r\n"), busy("Retry-After: 2\r\n"),
+                  busy("Retry-After: 1\r\n")},
+                 "503",
+                 {3000, 2000}},
+         }) {
+        const RawServer raw(row.replies);
+        std::vector<int> pauses;
+        const HttpOptions options{.sleep = [&](std::chrono::nanoseconds time) {
+            pauses.push_back(static_cast<int>(time / std::chrono::milliseconds(1)));
+        }};
+        const Got got = get(raw.url().toStdString(), {}, options);
+        if (std::string(row.err) == "503") {
+            EXPECT_EQ(got.status, 503);
+        } else if (*row.err != '\0') {
+            expectFailure(got, row.err);
+        } else {
+            EXPECT_EQ(got.body, "whole") << got.err;
+        }
+        EXPECT_EQ(pauses, row.pausesMs);
+        EXPECT_EQ(raw.served(), static_cast<int>(row.replies.size()));
+    }
+}
+
+/// The server accepts and says nothing.
+TEST_F(HttpGetTest, DoesNotWaitForEver) {
+    const Network usual = network();
+    useNetwork({.idleLimit = std::chrono::seconds(1)});
+    server.on("GET", "/silent", [](const httplib::Request&, httplib::Response&) {
+        std::this_thread::sleep_for(std::chrono::seconds(3));
+    });
+    expectFailure(get(url("/silent")), "curl: no data for 1 s");
+    useNetwork(usual);
 }
 
 TEST_F(HttpGetTest, StopsAtTheBound) {
