@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdio>
+
 namespace quorvelle {
 
 /// Makes the process fit to be a well-behaved console program, before anything
@@ -7,5 +9,9 @@ namespace quorvelle {
 /// reported as errors instead of ending the process, and no messages of the
 /// framework between our own.
 void prepareConsole();
+
+/// Whether a person sees what goes to the stream (or types what comes from it), not a
+/// file, a pipe or another program.
+bool isTerminal(std::FILE* stream);
 
 }  // namespace quorvelle

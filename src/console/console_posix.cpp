@@ -41,4 +41,8 @@ void prepareConsole() {
     });
 }
 
+bool isTerminal(std::FILE* stream) {
+    return ::isatty(::fileno(stream)) == 1;
+}
+
 }  // namespace quorvelle

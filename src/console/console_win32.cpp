@@ -26,4 +26,12 @@ void prepareConsole() {
     });
 }
 
+bool isTerminal(std::FILE* stream) {
+    // Only a console has a mode; the C library takes every device for a terminal, the one
+    // that swallows all output among them.
+    DWORD mode = 0;
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    return GetConsoleMode(handle, &mode) != 0;
+}
+
 }  // namespace quorvelle

@@ -4,6 +4,8 @@
 #include <QJsonDocument>
 #include <cstdio>
 
+#include "console/console.h"
+
 namespace quorvelle {
 
 namespace {
@@ -31,6 +33,12 @@ void print(const QString& text) {
 
 void printDiagnostic(const QString& text) {
     writeTo(stderr, text.toUtf8());
+}
+
+void printNote(const QString& text) {
+    if (!jsonModeOn && isTerminal(stderr)) {
+        printDiagnostic(text + u'\n');
+    }
 }
 
 void printError(const QString& text) {

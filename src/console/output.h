@@ -20,6 +20,10 @@ void print(const QString& text);
 /// Writes `text` to standard error as it is, in JSON mode too.
 void printDiagnostic(const QString& text);
 
+/// Tells the person at a terminal something that no script is to see: writes the text and
+/// a line end to standard error when that is a terminal and JSON mode is off, else nothing.
+void printNote(const QString& text);
+
 /// Reports a failure: text mode writes the text and a line end to standard
 /// error, JSON mode the object {"error": text} to standard output.
 void printError(const QString& text);
