@@ -66,6 +66,10 @@ bool truncateFile(const std::filesystem::path& path, std::uint64_t size);
 /// Returns when the file's bytes are on the disk; false when that failed.
 bool flushToDisk(const std::filesystem::path& file);
 
+/// Returns when the names in a directory, new and changed ones, are on the disk; false when
+/// that failed or the file system does not know it.
+bool flushFolder(const std::filesystem::path& directory);
+
 /// Makes `name`, which must be free, a second name of an existing file, so that it costs
 /// neither space nor time. False where the platform or the file system does not, or
 /// where a name of a file in use would get in the way later (Windows): then the bytes

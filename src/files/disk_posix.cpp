@@ -87,6 +87,16 @@ bool flushToDisk(const fs::path& file) {
     return flushed;
 }
 
+bool flushFolder(const fs::path& directory) {
+    const int descriptor = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return false;
+    }
+    const bool flushed = ::fsync(descriptor) == 0;
+    ::close(descriptor);
+    return flushed;
+}
+
 bool shareFile(const fs::path& file, const fs::path& name) {
     std::error_code error;
     fs::create_hard_link(file, name, error);

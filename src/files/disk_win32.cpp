@@ -143,6 +143,12 @@ bool flushToDisk(const fs::path& path) {
     return file.isOpen() && FlushFileBuffers(file.get()) != 0;
 }
 
+bool flushFolder(const fs::path& directory) {
+    // Directories are opened as backup programs open them.
+    const Opened folder(directory, GENERIC_WRITE, FILE_FLAG_BACKUP_SEMANTICS);
+    return folder.isOpen() && FlushFileBuffers(folder.get()) != 0;
+}
+
 bool shareFile(const fs::path&, const fs::path&) {
     return false;
 }

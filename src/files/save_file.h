@@ -15,7 +15,8 @@ enum class Access {
 /// Writes a file so that a reader finds the old content or the whole new one,
 /// never a part: the bytes go to a temporary file beside the target, which is
 /// flushed to disk and takes the target's place in commit(). Destroyed without a
-/// commit, it leaves the target untouched and removes the temporary file.
+/// commit, it leaves the target untouched and removes the temporary file. A link in the
+/// target's place stays; what it leads to is replaced (POSIX).
 class SaveFile {
 public:
     explicit SaveFile(const QString& path);
@@ -42,5 +43,16 @@ private:
 
 /// The same in one call. The folder must exist.
 bool saveWhole(const QString& path, const QByteArray& bytes, Access access = Access::kDefault);
+
+/// Removes the temporary files that killed saves of the file left beside it. No save of it
+/// may be under way.
+void removeLeftovers(const QString& path);
+
+/// For the platforms' parts: the file that a save replaces, links resolved.
+QString savedPath(const QString& path);
+
+/// For the platforms' parts: a new name beside the target, which nobody else gives to a
+/// file of theirs.
+QString temporaryPath(const QString& target);
 
 }  // namespace quorvelle

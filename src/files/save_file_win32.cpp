@@ -1,5 +1,3 @@
-#include <QRandomGenerator>
-
 #include "files/owner_only_win32.h"
 #include "files/save_file.h"
 #include "files/win32.h"
@@ -13,12 +11,14 @@ constexpr int kMostNames = 16;
 }  // namespace
 
 struct SaveFile::File {
+    QString name;
     std::wstring target;
     std::wstring temporary = {};
     HANDLE handle = INVALID_HANDLE_VALUE;
     bool writeFailed = false;
 
-    explicit File(const QString& path) : target(files::win32::extendedPath(path.toStdWString())) {}
+    explicit File(const QString& path)
+        : name(path), target(files::win32::extendedPath(path.toStdWString())) {}
     ~File() { discard(); }
     File(const File&) = delete;
     File& operator=(const File&) = delete;
@@ -29,7 +29,7 @@ struct SaveFile::File {
         }
         DWORD error = ERROR_FILE_EXISTS;
         for (int i = 0; i < kMostNames && error == ERROR_FILE_EXISTS; ++i) {
-            temporary = target + L'.' + std::to_wstring(QRandomGenerator::global()->generate());
+            temporary = files::win32::extendedPath(temporaryPath(name).toStdWString());
             handle = CreateFileW(temporary.c_str(), GENERIC_WRITE, FILE_SHARE_READ, security,
                                  CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
             error = isOpen() ? 0 : GetLastError();
