@@ -41,6 +41,9 @@ int joinCommand(QStringList args) {
         return printUsage();
     }
     const QString server = withoutTrailingSlashes(args.at(0));
+    if (!canStoreSession(server, root)) {
+        return kExitFailed;
+    }
     const QString label = QStringLiteral("join");
     const Reply reply =
         postEmpty({.url = server}, QStringLiteral("/api/invites/redeem"), label,

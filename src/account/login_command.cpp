@@ -43,6 +43,9 @@ int loginCommand(QStringList args) {
         // Nobody could open the link, and five minutes would pass before that showed.
         return failWith(kExitUsage, QStringLiteral("'%1' is no http or https address").arg(server));
     }
+    if (!canStoreSession(server, root)) {
+        return kExitFailed;
+    }
     SsoLogin login;
     QString url;
     QString error;

@@ -4,6 +4,9 @@
 #include <algorithm>
 
 #include "config/config_document.h"
+#include "config/config_file.h"
+#include "config/install_folders.h"
+#include "files/free_name.h"
 #include "files/safe_path.h"
 
 namespace quorvelle {
@@ -18,30 +21,42 @@ bool canBeFolderName(const QString& channel) {
            channel.compare(QStringLiteral(".quorvelle"), Qt::CaseInsensitive) != 0;
 }
 
-bool follows(const QJsonArray& subscriptions, const QString& server, const QString& channel) {
-    return std::any_of(
-        subscriptions.begin(), subscriptions.end(), [&](const QJsonValue& subscription) {
-            return subscription[u"server"] == server && subscription[u"channel"] == channel;
-        });
-}
+/// One server's look at the subscriptions.
+struct ServersView {
+    const QJsonObject& document;
+    const QString server;
 
-QString freeName(const QJsonArray& subscriptions, const QString& channel) {
-    QString name = channel;
-    for (int count = 2; config::indexOfSubscription(subscriptions, name) >= 0; ++count) {
-        name = channel + u'-' + QString::number(count);
+    bool owns(const QJsonValue& subscription) const {
+        return config::isOnServer(document, subscription.toObject(), server);
     }
-    return name;
+};
+
+bool follows(const QJsonArray& subscriptions, const ServersView& view, const QString& channel) {
+    return std::any_of(subscriptions.begin(), subscriptions.end(),
+                       [&](const QJsonValue& subscription) {
+                           return view.owns(subscription) && subscription[u"channel"] == channel;
+                       });
 }
 
-QString joined(const QString& root, const QString& name) {
-    return root.endsWith(u'/') ? root + name : root + u'/' + name;
+QString nameFor(const QJsonArray& subscriptions, const QString& channel) {
+    return freeName(channel, [&subscriptions](const QString& name) {
+        return config::indexOfSubscription(subscriptions, name) >= 0;
+    });
 }
 
-QJsonArray retire(const QJsonArray& subscriptions, const QString& server,
+QStringList foldersOf(const QJsonArray& subscriptions) {
+    QStringList folders;
+    for (const QJsonValue& subscription : subscriptions) {
+        folders.append(subscription[u"dir"].toString());
+    }
+    return folders;
+}
+
+QJsonArray retire(const QJsonArray& subscriptions, const ServersView& view,
                   const QStringList& assigned, QStringList& changes) {
     QJsonArray kept;
     for (const QJsonValue& subscription : subscriptions) {
-        if (subscription[u"managed"].toBool() && subscription[u"server"] == server &&
+        if (subscription[u"managed"].toBool() && view.owns(subscription) &&
             !assigned.contains(subscription[u"channel"].toString())) {
             changes.append(QStringLiteral("retired '%1' (no longer assigned; files kept)")
                                .arg(subscription[u"name"].toString()));
@@ -74,11 +89,12 @@ ReconcilePlan planReconcile(const QJsonObject& document, const QJsonObject& entr
     const QString server = entry.value(u"server").toString();
     const QString root =
         config::installRootFor(document, server, entry.value(u"install_root").toString());
+    const ServersView view{document, server};
     ReconcilePlan plan{.document = document, .changes = {}, .refused = {}};
     QJsonArray subscriptions =
-        retire(config::subscriptions(document), server, assigned, plan.changes);
+        retire(config::subscriptions(document), view, assigned, plan.changes);
     for (const QString& channel : assigned) {
-        if (follows(subscriptions, server, channel)) {
+        if (follows(subscriptions, view, channel)) {
             continue;
         }
         if (!canBeFolderName(channel)) {
@@ -87,12 +103,21 @@ ReconcilePlan planReconcile(const QJsonObject& document, const QJsonObject& entr
                                     .arg(server, channel));
             continue;
         }
-        const QString name = freeName(subscriptions, channel);
+        if (root.isEmpty()) {
+            plan.refused.append(config::noHomeFolder());
+            continue;
+        }
+        const auto folder = config::freeFolder(root, channel, foldersOf(subscriptions));
+        if (!folder) {
+            plan.refused.append(config::noFreeFolder(server, channel, root));
+            continue;
+        }
+        const QString name = nameFor(subscriptions, channel);
         subscriptions.append(
             QJsonObject{{QStringLiteral("name"), name},
                         {QStringLiteral("server"), server},
                         {QStringLiteral("channel"), channel},
-                        {QStringLiteral("dir"), joined(root, channel)},
+                        {QStringLiteral("dir"), *folder},
                         {QStringLiteral("interval_seconds"), kDefaultSetting},
                         {QStringLiteral("self_heal"), kDefaultSetting},
                         {QStringLiteral("token"), entry.value(u"token").toString()},

@@ -26,8 +26,9 @@ std::optional<QStringList> assignedChannels(const QJsonObject& reply);
 
 /// Retires the managed subscriptions of the server in `entry` (a "servers" entry) whose
 /// channel is no longer assigned, then subscribes every assigned channel that no
-/// subscription of this server follows, below the entry's install root. Subscriptions made
-/// by hand and those of other servers stay as they are.
+/// subscription of this server follows, below the entry's install root, in a folder that no
+/// other subscription's meets. Subscriptions made by hand and those of other servers stay as
+/// they are.
 ReconcilePlan planReconcile(const QJsonObject& document, const QJsonObject& entry,
                             const QStringList& assigned);
 

@@ -34,14 +34,15 @@ void Reconciler::onReply(const HttpExchange& exchange) {
 }
 
 void Reconciler::apply(const QStringList& assigned) {
-    config::Change change;
-    const ReconcilePlan plan = planReconcile(change.document, entry, assigned);
-    if (!plan.changes.isEmpty()) {
-        change.document = plan.document;
-        if (!change.save()) {
-            Q_EMIT finished(false, QStringLiteral("%1: could not write config").arg(server()), {});
-            return;
-        }
+    ReconcilePlan plan;
+    const auto outcome = config::change([&](QJsonObject& document) {
+        plan = planReconcile(document, entry, assigned);
+        document = plan.document;
+        return !plan.changes.isEmpty();
+    });
+    if (outcome == config::Changed::kNotSaved) {
+        Q_EMIT finished(false, QStringLiteral("%1: could not write config").arg(server()), {});
+        return;
     }
     Q_EMIT finished(plan.refused.isEmpty(), plan.refused.join(u'\n'), plan.changes);
 }

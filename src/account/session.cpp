@@ -8,6 +8,14 @@
 
 namespace quorvelle {
 
+bool canStoreSession(const QString& server, const QString& explicitRoot) {
+    const bool hasRoot = !config::installRootFor(config::load(), server, explicitRoot).isEmpty();
+    if (!hasRoot) {
+        printError(config::noHomeFolder());
+    }
+    return hasRoot;
+}
+
 std::optional<QJsonObject> storeSession(const QString& server, const QJsonObject& answer,
                                         const QString& explicitRoot, const QString& label) {
     const QString token = answer.value(u"token").toString();
@@ -15,19 +23,29 @@ std::optional<QJsonObject> storeSession(const QString& server, const QJsonObject
         printError(QStringLiteral("%1 failed: the reply holds no token").arg(label));
         return std::nullopt;
     }
-    config::Change change;
-    // Subscriptions that came with the last sign-in would go on with a token that may be void.
-    const QString before = config::findServer(change.document, server).value(u"token").toString();
-    if (!before.isEmpty()) {
-        config::setSubscriptionTokens(change.document, server, token, before);
-    }
-    config::upsertServer(change.document, server, token,
-                         config::installRootFor(change.document, server, explicitRoot));
-    if (!change.save()) {
+    QJsonObject entry;
+    QStringList behind;
+    const auto outcome = config::change([&](QJsonObject& document) {
+        const QString before = config::serverEntry(document, server).value(u"token").toString();
+        config::upsertServer(document, server, token,
+                             config::installRootFor(document, server, explicitRoot));
+        config::setSubscriptionTokens(document, server, token, config::Whose::kManaged);
+        if (!before.isEmpty() && before != token) {
+            behind = config::subscriptionsWithToken(document, server, before);
+        }
+        entry = config::serverEntry(document, server);
+        return true;
+    });
+    if (outcome != config::Changed::kSaved) {
         printError(QStringLiteral("could not write config - your token (save it!): %1").arg(token));
         return std::nullopt;
     }
-    return config::findServer(change.document, server);
+    if (!behind.isEmpty()) {
+        printNote(QStringLiteral("still with the former token, as made by hand: %1 (for a new one "
+                                 "in all of them: quorvelle server set-token %2 <token>)")
+                      .arg(behind.join(QStringLiteral(", ")), server));
+    }
+    return entry;
 }
 
 QString sessionText(const QString& opening, const QString& server, const QJsonObject& answer) {

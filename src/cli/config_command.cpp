@@ -54,9 +54,11 @@ int get(const QString& key) {
 }
 
 int set(const QString& key, const QString& value) {
-    config::Change change;
-    change.document.insert(key, value);
-    if (!change.save()) {
+    const auto outcome = config::change([&](QJsonObject& document) {
+        document.insert(key, value);
+        return true;
+    });
+    if (outcome != config::Changed::kSaved) {
         return failWith(kExitFailed, QStringLiteral("Could not write ") +
                                          QDir::toNativeSeparators(config::path()));
     }

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "config/config_file.h"
 #include "console/arguments.h"
+#include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
 
@@ -37,6 +39,10 @@ int dispatch(QStringList arguments, CommandTable table) {
     }
     const QStringList typed = arguments.sliced(1);
     if (const Command* command = findCommand(typed, table)) {
+        if (command->needsConfiguration && !config::hasFolder()) {
+            printError(config::noHomeFolder());
+            return kExitFailed;
+        }
         return command->handler(typed.sliced(wordsOf(*command).size()));
     }
     printDiagnostic(QStringLiteral("Unknown command '%1'\n\n").arg(typed.first()));

@@ -1,9 +1,11 @@
 #include "cli/commands.h"
 
+#include <QDir>
 #include <optional>
 
 #include "config/config_document.h"
 #include "config/config_file.h"
+#include "config/install_folders.h"
 #include "config/subscription.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
@@ -17,13 +19,23 @@ namespace {
 
 const QString kSubscriptions = QStringLiteral("subscriptions");
 
-/// Saves the change; prints why when that fails.
-bool savedSubscriptions(config::Change& change) {
-    const bool done = change.save();
-    if (!done) {
-        printError(config::couldNotWrite());
+/// Ends a command whose change was not saved: `missing` is the error when it was not even
+/// wanted.
+int endUnsaved(config::Changed outcome, const QString& missing) {
+    return outcome == config::Changed::kNotWanted ? failWith(kExitUsage, missing)
+                                                  : failWith(kExitFailed, config::couldNotWrite());
+}
+
+/// Tells a terminal which other subscriptions install where a new one does.
+void noteNeighbours(const QJsonArray& others, const QString& dir) {
+    for (const QJsonValue& other : others) {
+        const QString theirs = other[u"dir"].toString();
+        if (config::foldersMeet(theirs, dir)) {
+            printNote(QStringLiteral("'%1' installs in %2 already - each sync of one replaces what "
+                                     "the other installed")
+                          .arg(other[u"name"].toString(), QDir::toNativeSeparators(theirs)));
+        }
     }
-    return done;
 }
 
 /// One setting of a subscription: how it is typed, where it is stored, what is said.
@@ -43,18 +55,21 @@ int changeSetting(const QStringList& args, const Setting& setting) {
     if (!value) {
         return failWith(kExitUsage, setting.invalid);
     }
-    config::Change change;
-    QJsonArray entries = config::subscriptions(change.document);
-    const qsizetype at = config::indexOfSubscription(entries, name);
-    if (at < 0) {
-        return failWith(kExitUsage, QStringLiteral("no subscription named '%1'").arg(name));
-    }
-    QJsonObject entry = entries.at(at).toObject();
-    entry.insert(setting.key, *value);
-    entries.replace(at, entry);
-    change.document.insert(kSubscriptions, entries);
-    if (!savedSubscriptions(change)) {
-        return kExitFailed;
+    QJsonObject entry;
+    const auto outcome = config::change([&](QJsonObject& document) {
+        QJsonArray entries = config::subscriptions(document);
+        const qsizetype at = config::indexOfSubscription(entries, name);
+        if (at < 0) {
+            return false;
+        }
+        entry = entries.at(at).toObject();
+        entry.insert(setting.key, *value);
+        entries.replace(at, entry);
+        document.insert(kSubscriptions, entries);
+        return true;
+    });
+    if (outcome != config::Changed::kSaved) {
+        return endUnsaved(outcome, QStringLiteral("no subscription named '%1'").arg(name));
     }
     printResult(entry, setting.changed(name, *value));
     return kExitSuccess;
@@ -75,34 +90,39 @@ int subscribeCommand(QStringList args) {
     const QString& channel = args.at(1);
     const QString name = chosenName.isEmpty() ? channel : chosenName;
 
-    config::Change change;
-    QJsonArray entries = config::subscriptions(change.document);
-    if (config::indexOfSubscription(entries, name) >= 0) {
-        return failWith(
-            kExitUsage,
+    QJsonObject entry;
+    QJsonArray others;
+    const auto outcome = config::change([&](QJsonObject& document) {
+        others = config::subscriptions(document);
+        if (config::indexOfSubscription(others, name) >= 0) {
+            return false;
+        }
+        const QString server = config::storedServerUrl(document, args.at(0));
+        entry = {{QStringLiteral("name"), name},
+                 {QStringLiteral("server"), server},
+                 {QStringLiteral("channel"), channel},
+                 {QStringLiteral("dir"), absolutePath(dir)},
+                 {QStringLiteral("interval_seconds"), *interval},
+                 {QStringLiteral("self_heal"), *selfHeal},
+                 {QStringLiteral("token"), token.isEmpty() ? tokenFor(document, server) : token}};
+        if (!token.isEmpty()) {
+            const QString root =
+                config::serverEntry(document, server).value(u"install_root").toString();
+            config::upsertServer(document, server, token, root);
+        }
+        QJsonArray entries = others;
+        entries.append(entry);
+        document.insert(kSubscriptions, entries);
+        return true;
+    });
+    if (outcome != config::Changed::kSaved) {
+        return endUnsaved(
+            outcome,
             QStringLiteral("A subscription named '%1' already exists - pick another with --name")
                 .arg(name));
     }
-    const QString server = config::storedServerUrl(change.document, args.at(0));
-    const QJsonObject entry{
-        {QStringLiteral("name"), name},
-        {QStringLiteral("server"), server},
-        {QStringLiteral("channel"), channel},
-        {QStringLiteral("dir"), absolutePath(dir)},
-        {QStringLiteral("interval_seconds"), *interval},
-        {QStringLiteral("self_heal"), *selfHeal},
-        {QStringLiteral("token"), token.isEmpty() ? tokenFor(change.document, server) : token}};
-    entries.append(entry);
-    change.document.insert(kSubscriptions, entries);
-    if (!token.isEmpty()) {
-        const QString root =
-            config::findServer(change.document, server).value(u"install_root").toString();
-        config::upsertServer(change.document, server, token, root);
-    }
-    if (!savedSubscriptions(change)) {
-        return kExitFailed;
-    }
     printResult(entry, QStringLiteral("Subscribed:\n  ") + subscriptionLine(entry));
+    noteNeighbours(others, entry.value(u"dir").toString());
     return kExitSuccess;
 }
 
@@ -111,16 +131,18 @@ int unsubscribeCommand(QStringList args) {
         return printUsage();
     }
     const QString& name = args.at(0);
-    config::Change change;
-    QJsonArray entries = config::subscriptions(change.document);
-    const qsizetype at = config::indexOfSubscription(entries, name);
-    if (at < 0) {
-        return failWith(kExitUsage, QStringLiteral("No subscription named '%1'").arg(name));
-    }
-    entries.removeAt(at);
-    change.document.insert(kSubscriptions, entries);
-    if (!savedSubscriptions(change)) {
-        return kExitFailed;
+    const auto outcome = config::change([&](QJsonObject& document) {
+        QJsonArray entries = config::subscriptions(document);
+        const qsizetype at = config::indexOfSubscription(entries, name);
+        if (at < 0) {
+            return false;
+        }
+        entries.removeAt(at);
+        document.insert(kSubscriptions, entries);
+        return true;
+    });
+    if (outcome != config::Changed::kSaved) {
+        return endUnsaved(outcome, QStringLiteral("No subscription named '%1'").arg(name));
     }
     printResult({{QStringLiteral("unsubscribed"), name}},
                 QStringLiteral("Unsubscribed '%1' (installed files stay on disk)\n").arg(name));

@@ -2,8 +2,10 @@
 
 #include <QDir>
 
+#include "config/install_folders.h"
 #include "config/server_url.h"
 #include "config/subscription.h"
+#include "files/home_folder.h"
 
 namespace quorvelle::config {
 
@@ -26,29 +28,52 @@ QJsonArray servers(const QJsonObject& object) {
     return object.value(u"servers").toArray();
 }
 
-/// Applies a change to every subscription of exactly that server; how many there are.
-template <typename Change>
-int changeSubscriptionsOf(const QString& url, QJsonObject& object, const Change& change) {
-    QJsonArray entries = subscriptions(object);
-    int changed = 0;
-    for (QJsonValueRef reference : entries) {
-        QJsonObject entry = reference.toObject();
-        if (entry.value(u"server").toString() == url) {
-            change(entry);
-            reference = entry;
-            ++changed;
+/// Where the server's entry stands, looked up as serverEntry() says; -1 without one.
+qsizetype indexOfServer(const QJsonArray& entries, const QString& url) {
+    const qsizetype exact = indexWhere(entries, QStringLiteral("server"), url);
+    for (qsizetype i = 0; exact < 0 && i < entries.size(); ++i) {
+        const QJsonValue stored = entries.at(i)[u"server"];
+        if (stored.isString() && isSameServer(stored.toString(), url)) {
+            return i;
         }
     }
-    if (changed > 0) {
+    return exact;
+}
+
+/// A number, also one that is sent as text.
+double numberIn(const QJsonValue& value, double otherwise) {
+    if (!value.isString()) {
+        return value.toDouble(otherwise);
+    }
+    bool isNumber = false;
+    const double number = value.toString().toDouble(&isNumber);
+    return isNumber ? number : otherwise;
+}
+
+bool isCurrent(const QJsonObject& object) {
+    return numberIn(object.value(u"schema_version"), 1) >= kSchemaVersion;
+}
+
+/// Applies a change to every subscription of the server.
+template <typename Change>
+void changeSubscriptionsOf(const QString& url, QJsonObject& object, const Change& change) {
+    QJsonArray entries = subscriptions(object);
+    for (QJsonValueRef reference : entries) {
+        QJsonObject entry = reference.toObject();
+        if (isOnServer(object, entry, url)) {
+            change(entry);
+            reference = entry;
+        }
+    }
+    if (!entries.isEmpty()) {
         object.insert(QStringLiteral("subscriptions"), entries);
     }
-    return changed;
 }
 
 }  // namespace
 
 QJsonObject migrated(const QJsonObject& object) {
-    if (object.value(u"schema_version").toInt(1) >= kSchemaVersion) {
+    if (isCurrent(object)) {
         return object;
     }
     const QString server = object.value(u"server").toString();
@@ -75,6 +100,10 @@ QJsonObject migrated(const QJsonObject& object) {
     return result;
 }
 
+bool losesInMigration(const QJsonObject& object) {
+    return !isCurrent(object) && (object.contains(u"servers") || object.contains(u"subscriptions"));
+}
+
 QJsonArray subscriptions(const QJsonObject& object) {
     return object.value(u"subscriptions").toArray();
 }
@@ -89,28 +118,30 @@ QJsonObject findServer(const QJsonObject& object, const QString& url) {
     return at < 0 ? QJsonObject() : entries.at(at).toObject();
 }
 
+QJsonObject serverEntry(const QJsonObject& object, const QString& url) {
+    const QJsonArray entries = servers(object);
+    const qsizetype at = indexOfServer(entries, url);
+    return at < 0 ? QJsonObject() : entries.at(at).toObject();
+}
+
 QString storedServerUrl(const QJsonObject& object, const QString& url) {
-    if (!findServer(object, url).isEmpty()) {
-        return url;
-    }
-    const QString trimmed = withoutTrailingSlashes(url);
-    for (const QJsonValue& entry : servers(object)) {
-        const QString stored = entry[u"server"].toString();
-        if (withoutTrailingSlashes(stored) == trimmed) {
-            return stored;
-        }
-    }
-    return trimmed;
+    const QJsonObject entry = serverEntry(object, url);
+    return entry.isEmpty() ? withoutTrailingSlashes(url) : entry.value(u"server").toString();
+}
+
+bool isOnServer(const QJsonObject& object, const QJsonObject& subscription, const QString& url) {
+    const QString own = subscription.value(u"server").toString();
+    return own == url || storedServerUrl(object, own) == storedServerUrl(object, url);
 }
 
 void upsertServer(QJsonObject& object, const QString& url, const QString& token,
                   const QString& installRoot) {
     QJsonArray entries = servers(object);
-    QJsonObject entry = findServer(object, url);
+    QJsonObject entry = serverEntry(object, url);
     entry.insert(QStringLiteral("server"), url);
     entry.insert(QStringLiteral("token"), token);
     entry.insert(QStringLiteral("install_root"), installRoot);
-    const qsizetype at = indexWhere(entries, QStringLiteral("server"), url);
+    const qsizetype at = indexOfServer(entries, url);
     if (at < 0) {
         entries.append(entry);
     } else {
@@ -120,31 +151,57 @@ void upsertServer(QJsonObject& object, const QString& url, const QString& token,
 }
 
 void setSubscriptionTokens(QJsonObject& object, const QString& url, const QString& token,
-                           const std::optional<QString>& insteadOf) {
+                           Whose whose) {
     changeSubscriptionsOf(url, object, [&](QJsonObject& entry) {
-        if (!insteadOf || entry.value(u"token").toString() == *insteadOf) {
+        if (whose == Whose::kAll || entry.value(u"managed").toBool()) {
             entry.insert(QStringLiteral("token"), token);
         }
     });
 }
 
-int repointServer(QJsonObject& object, const QString& url, const QString& newRoot) {
-    upsertServer(object, url, findServer(object, url).value(u"token").toString(), newRoot);
-    const QString root = newRoot.endsWith(u'/') ? newRoot : newRoot + u'/';
-    return changeSubscriptionsOf(url, object, [&root](QJsonObject& entry) {
-        entry.insert(QStringLiteral("dir"), root + entry.value(u"channel").toString());
+QStringList subscriptionsWithToken(const QJsonObject& object, const QString& url,
+                                   const QString& token) {
+    QStringList names;
+    for (const QJsonValue& value : subscriptions(object)) {
+        const QJsonObject entry = value.toObject();
+        if (isOnServer(object, entry, url) && entry.value(u"token").toString() == token) {
+            names.append(entry.value(u"name").toString());
+        }
+    }
+    return names;
+}
+
+Repointed repointServer(QJsonObject& object, const QString& url, const QString& newRoot) {
+    QStringList taken;
+    for (const QJsonValue& other : subscriptions(object)) {
+        if (!isOnServer(object, other.toObject(), url)) {
+            taken.append(other[u"dir"].toString());
+        }
+    }
+    Repointed result;
+    upsertServer(object, url, serverEntry(object, url).value(u"token").toString(), newRoot);
+    changeSubscriptionsOf(url, object, [&](QJsonObject& entry) {
+        const QString channel = entry.value(u"channel").toString();
+        if (const auto folder = freeFolder(newRoot, channel, taken)) {
+            entry.insert(QStringLiteral("dir"), *folder);
+            ++result.subscriptions;
+        } else {
+            result.refused.append(noFreeFolder(url, channel, newRoot));
+        }
+        taken.append(entry.value(u"dir").toString());
     });
+    return result;
 }
 
 QString installRootFor(const QJsonObject& object, const QString& url, const QString& explicitRoot) {
     QString root = explicitRoot;
     if (root.isEmpty()) {
-        root = findServer(object, url).value(u"install_root").toString();
+        root = serverEntry(object, url).value(u"install_root").toString();
     }
-    if (root.isEmpty()) {
+    if (root.isEmpty() && findHomeFolder()) {
         root = QDir::home().filePath(QStringLiteral("Quorvelle-Builds"));
     }
-    return absolutePath(root);
+    return root.isEmpty() ? root : absolutePath(root);
 }
 
 }  // namespace quorvelle::config

@@ -10,4 +10,8 @@ QString withoutTrailingSlashes(const QString& server) {
     return server.left(length);
 }
 
+bool isSameServer(const QString& one, const QString& other) {
+    return withoutTrailingSlashes(one) == withoutTrailingSlashes(other);
+}
+
 }  // namespace quorvelle

@@ -24,6 +24,9 @@ struct Command {
     int leastArguments = 0;
     int mostArguments = kAnyNumber;
     Handler handler = nullptr;
+    /// Whether the command works on the configuration, so that it cannot run where none can
+    /// be.
+    bool needsConfiguration = true;
     /// One phrase for the manual and the completions, no full stop.
     std::string_view summary = {};
     /// The row's lines of the usage text, verbatim, each with its line end. Empty

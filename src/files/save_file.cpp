@@ -43,13 +43,12 @@ QString temporaryPath(const QString& target) {
 
 void removeLeftovers(const QString& path) {
     const QFileInfo target(savedPath(path));
-    const QRegularExpression temporary(QStringLiteral("^%1[a-z0-9]{%2}$")
+    const QRegularExpression temporary(QStringLiteral("%1[a-z0-9]{%2}$")
                                            .arg(QRegularExpression::escape(kTemporaryMark))
                                            .arg(kRandomCharacters));
     QDir folder(target.path());
     for (const QString& name : folder.entryList(QDir::Files | QDir::Hidden)) {
-        if (name.startsWith(target.fileName()) &&
-            temporary.match(name.mid(target.fileName().size())).hasMatch()) {
+        if (name.startsWith(target.fileName()) && temporary.match(name).hasMatch()) {
             folder.remove(name);
         }
     }

@@ -44,8 +44,8 @@ private:
 /// The same in one call. The folder must exist.
 bool saveWhole(const QString& path, const QByteArray& bytes, Access access = Access::kDefault);
 
-/// Removes the temporary files that killed saves of the file left beside it. No save of it
-/// may be under way.
+/// Removes the temporary files that killed saves left beside a file: saves of it, and of
+/// others whose names begin with its name. None of these may be under way.
 void removeLeftovers(const QString& path);
 
 /// For the platforms' parts: the file that a save replaces, links resolved.

@@ -46,7 +46,8 @@ TEST(ReconcilePlan, AddsAndRetiresManagedSubscriptionsOfTheServer) {
         none left   | x=x@a* y=y@a        |           | y=y@a
         by hand     | x=x@a n=y@a         | 'x','y'   | x=x@a n=y@a
         renamed     | n=x@a*              | 'x'       | n=x@a*
-        elsewhere   | x=x@b* y=y@a/*      | 'z'       | x=x@b* y=y@a/* z=z@a*
+        elsewhere   | x=x@b* y=y@b/*      | 'z'       | x=x@b* y=y@b/* z=z@a*
+        slashes     | x=x@a//* y=y@a/*    | 'x'       | x=x@a//*
         taken twice | x=x@b x-2=y@b       | 'x'       | x=x@b x-2=y@b x-3=x@a*
         freed       | x=old@a* z=z@a*     | 'x','z'   | z=z@a* x=x@a*
         case        | X=X@a*              | 'x'       | x=x@a*
@@ -76,6 +77,40 @@ TEST(ReconcilePlan, SaysWhatChangedInOrderAndKeepsTheRest) {
                   .document["subscriptions"][0]["dir"]
                   .toString(),
               drive() + "/x");
+}
+
+TEST(ReconcilePlan, GivesEverySubscriptionAFolderOfItsOwn) {
+    struct Row {
+        const char* name;
+        QStringList taken;
+        QStringList added;
+    };
+    for (const Row& row : {Row{"nobody near", {"/q/x", "/r2/x", "/r/xx", ""}, {"/r/x", "/r/y"}},
+                           {"the same", {"/r/x"}, {"/r/x-2", "/r/y"}},
+                           {"spelled otherwise", {"/r/../r//x/", "/r/x-2"}, {"/r/x-3", "/r/y"}},
+                           {"inside", {"/r/x/sub/deep"}, {"/r/x-2", "/r/y"}},
+                           {"around", {"/r"}, {}},
+                           {"far around", {"/"}, {}}}) {
+        SCOPED_TRACE(row.name);
+        QJsonArray before;
+        for (const QString& dir : row.taken) {
+            before.append(QJsonObject{{"name", dir}, {"dir", dir.isEmpty() ? dir : drive() + dir}});
+        }
+        const ReconcilePlan got = planReconcile({{"subscriptions", before}}, kEntry, {"x", "y"});
+        QStringList added;
+        for (const QJsonValue& entry : got.document["subscriptions"].toArray()) {
+            if (entry["managed"].toBool()) {
+                added.append(entry["dir"].toString().mid(drive().size()));
+            }
+        }
+        EXPECT_EQ(added, row.added);
+        const QString refused = "a: channel '%1' has no free folder below " +
+                                QDir::toNativeSeparators(drive() + "/r") +
+                                " - subscribe to it by hand";
+        EXPECT_EQ(got.refused, row.added.isEmpty()
+                                   ? (QStringList{refused.arg("x"), refused.arg("y")})
+                                   : QStringList());
+    }
 }
 
 TEST(ReconcilePlan, RefusesChannelsThatCannotBeOneFolder) {

@@ -32,10 +32,26 @@ TEST(ConfigMigration, BringsEveryDocumentToVersionTwo) {
 }
 
 TEST(ConfigMigration, LeavesNewerDocumentsAsTheyAre) {
-    for (const char* document :
-         {"{'channel':'C','download-dir':'/D','own':[1],'schema_version':2,'server':'S'}",
-          "{'own':null,'schema_version':3,'server':''}"}) {
-        EXPECT_EQ(text(config::migrated(json(document))), document);
+    for (const char* version : {"2", "3", "2.5", "3000000000", "1e300", "'2'", "'3000000000.5'"}) {
+        const QJsonObject document = json(
+            "{'channel':'C','download-dir':'/D','own':[null],"
+            "'servers':[1],'server':'S','schema_version':" +
+            QByteArray(version) + '}');
+        EXPECT_EQ(config::migrated(document), document) << version;
+        EXPECT_FALSE(config::losesInMigration(document)) << version;
+    }
+}
+
+TEST(ConfigMigration, KnowsWhatItDrops) {
+    for (const QStringList& row : rows(R"(
+        'servers':[{}]                             | drops
+        'subscriptions':[{}],'schema_version':1    | drops
+        'subscriptions':[{}],'schema_version':1.9  | drops
+        'subscriptions':[{}],'schema_version':'x'  | drops
+        'subscriptions':[{}],'schema_version':null | drops
+        'server':'S','channel':'C','token':'T'     | nothing)")) {
+        EXPECT_EQ(config::losesInMigration(json('{' + row[0].toUtf8() + '}')), row[1] == "drops")
+            << row[0].toStdString();
     }
 }
 
@@ -54,16 +70,22 @@ TEST(ConfigServers, AreFoundByTheirExactUrl) {
 
 TEST(ConfigServers, AreStoredUnderTheUrlThatStandsAlready) {
     const QJsonObject document = json(
-        "{'servers':[{'server':'http://a//'},{'server':'http://b'},{'server':'http://a'},"
-        "{'server':'http://c/'}]}");
+        "{'servers':[{'server':'http://a//','token':'1'},{'server':'http://b','token':'2'},"
+        "{'server':'http://a','token':'3'},{'server':'http://c/','token':'4'}]}");
     for (const QStringList& row : rows(R"(
-        http://b     | http://b
-        http://b///  | http://b
-        http://c//   | http://c/
-        http://a     | http://a
-        http://new// | http://new
-        HTTP://b/    | HTTP://b)")) {
-        EXPECT_EQ(config::storedServerUrl(document, row[0]), row[1]) << row[0].toStdString();
+        http://b     | http://b   | 2
+        http://b///  | http://b   | 2
+        http://c//   | http://c/  | 4
+        http://a     | http://a   | 3
+        http://a//   | http://a// | 1
+        http://new// | http://new |
+        HTTP://b/    | HTTP://b   |)")) {
+        SCOPED_TRACE(row[0].toStdString());
+        EXPECT_EQ(config::storedServerUrl(document, row[0]), row[1]);
+        EXPECT_EQ(config::serverEntry(document, row[0])["token"].toString(), row[2]);
+        const QJsonObject subscription{{"server", row[0]}};
+        EXPECT_TRUE(config::isOnServer(document, subscription, row[1]));
+        EXPECT_EQ(config::isOnServer(document, subscription, "http://a///"), row[2] == "1");
     }
 }
 
@@ -74,7 +96,7 @@ TEST(ConfigInstallRoot, IsTheFirstOneGivenMadeAbsolute) {
     for (const QStringList& row : rows(R"(
         a   | /given     | DRIVE/given
         a   |            | DRIVE/games
-        a/  |            | HOME/Quorvelle-Builds
+        a/  |            | DRIVE/games
         b   |            | HOME/Quorvelle-Builds
         b   | /x/../y    | DRIVE/y)")) {
         const QString root =

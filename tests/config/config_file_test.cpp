@@ -14,6 +14,14 @@
 
 namespace quorvelle::testing {
 
+namespace {
+
+bool wanted(QJsonObject&) {
+    return true;
+}
+
+}  // namespace
+
 TEST(ConfigFile, StandsInTheChosenFolder) {
     const TemporaryConfig config;
     EXPECT_EQ(config::path(), config.sandbox.configPath());
@@ -36,12 +44,38 @@ TEST(ConfigFile, CountsAsEmptyWhenItHoldsNoObject) {
         config.sandbox.write("config/config.json", row.bytes);
         EXPECT_EQ(text(config::load()), "{'schema_version':2}");
         EXPECT_EQ(config.sandbox.read("config/config.json"), QByteArray(row.bytes));
-
-        ASSERT_TRUE(config::save(json("{'server':'new'}")));
-        EXPECT_EQ(config.sandbox.read("config/config.json.corrupt"), QByteArray(row.bytes));
-        EXPECT_TRUE(isOwnersAlone(config.sandbox.configPath() + ".corrupt"));
-        EXPECT_EQ(text(config.sandbox.config()), "{'server':'new'}");
     }
+}
+
+TEST(ConfigFile, IsKeptAsideWhereASaveWouldLoseIt) {
+    const QByteArray cut = "{\"server\":\"s\",";
+    const QByteArray unnumbered = "{\"servers\":[{\"server\":\"s\"}]}";
+    const TemporaryConfig config;
+    QStringList kept{"config/config.json={\n}\n"};
+    // What is the same is not kept twice.
+    for (const QByteArray& before : {cut, unnumbered, cut, QByteArray()}) {
+        config.sandbox.write("config/config.json", before);
+        ASSERT_TRUE(config::save({}));
+    }
+    for (const auto& [name, bytes] : {std::pair{"", cut}, {"-2", unnumbered}, {"-3", {}}}) {
+        const QString copy = QString("config/config.json.corrupt") + name;
+        kept.append(copy + '=' + bytes);
+        EXPECT_TRUE(isOwnersAlone(config.sandbox.path(copy)));
+    }
+    EXPECT_THAT(config.sandbox.tree("."), ::testing::UnorderedElementsAreArray(kept));
+}
+
+TEST(ConfigFile, IsSavedWithoutLeftoversOfKilledSavesAlone) {
+    const TemporaryConfig config;
+    const QStringList others{"config.json.backup", "config.json.tmp-BACKUP",
+                             "config.json.tmp-backups", "old.json.tmp-x1y2z3"};
+    for (const QString& name :
+         others + args("config.json.tmp-x1y2z3 config.json.corrupt.tmp-000000")) {
+        config.sandbox.write("config/" + name, {});
+    }
+    ASSERT_TRUE(config::save({}));
+    EXPECT_THAT(QDir(config.sandbox.path("config")).entryList(QDir::Files),
+                ::testing::UnorderedElementsAreArray(QStringList("config.json") + others));
 }
 
 TEST(ConfigFile, IsMigratedInMemoryOnly) {
@@ -68,7 +102,7 @@ TEST(ConfigFile, IsNotSavedOverADirectoryOrBelowAFile) {
     for (const char* folder : {"folder", "file", "file/below"}) {
         config.folder.set(config.sandbox.path(folder).toUtf8());
         EXPECT_FALSE(config::save({}));
-        EXPECT_FALSE(config::Change().save());
+        EXPECT_EQ(config::change(wanted), config::Changed::kNotSaved);
     }
     EXPECT_EQ(config.sandbox.tree("."),
               QStringList({"file=kept", "folder/config.json/inside=kept"}));

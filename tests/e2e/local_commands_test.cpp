@@ -185,6 +185,8 @@ TEST(LocalCommands, SaveNothingOverAFileThatTheyCannotRead) {
     {
         const Held held(box.configPath(), Held::From::kReads);
         EXPECT_EQ(runObeyingPermissions(box, args("config set server http://n")).code, 2);
+        expectOutcome(runObeyingPermissions(box, args("unsubscribe app")), 2, {},
+                      "could not write " + QDir::toNativeSeparators(box.configPath()) + '\n');
     }
     EXPECT_EQ(box.tree("config"), QStringList("config.json=" + QString(kJoined)));
 }
@@ -199,7 +201,7 @@ config get token | top | {'token':'top'} | {}
 config set server ~http://N// | server =  http://N// | {'server':' http://N//'} | {'server':' http://N//'}
 config set token 100%1 | token = 100%1 | {'token':'100%1'} | {'token':'100%1'}
 config set token Ünïcode~日本 | token = Ünïcode 日本 | {'token':'Ünïcode 日本'} | {'token':'Ünïcode 日本'}
-server set-root http://h {drive}/n | Install root for http://h is now `{drive}/n` (2 | {'server':'http://h','install_root':'{drive}/n','repointed':2} | {'servers/0/install_root':'{drive}/n','subscriptions/0/dir':'{drive}/n/stable','subscriptions/1/dir':'{drive}/n/kit'}
+server set-root http://h {drive}/m | Install root for http://h is now `{drive}/m` (2 | {'server':'http://h','install_root':'{drive}/m','repointed':2} | {'servers/0/install_root':'{drive}/m','subscriptions/0/dir':'{drive}/m/stable','subscriptions/1/dir':'{drive}/m/kit'}
 server set-root http://h// sub | Install root for http://h is now `{box}/sub` (2 | {'server':'http://h','install_root':'{box}/sub','repointed':2} | {'servers/0/install_root':'{box}/sub','subscriptions/0/dir':'{box}/sub/stable','subscriptions/1/dir':'{box}/sub/kit'}
 server set-token http://h/ new | Token stored for http://h | {'server':'http://h'} | {'servers/0/token':'new','subscriptions/0/token':'new','subscriptions/1/token':'new'}
 server set-token http://o// %1 | Token stored for http://o | {'server':'http://o'} | {'servers/2':{'server':'http://o','token':'%1','install_root':''},'subscriptions/2/token':'%1'}
@@ -213,6 +215,42 @@ unsubscribe kit | Unsubscribed 'kit' (installed files stay on disk) | {'unsubscr
            R"({"unsubscribed":"Ü %1"})",
            {{"subscriptions", QJsonArray()}},
            R"({"schema_version":2,"subscriptions":[{"name":"Ü %1"}]})"});
+}
+
+TEST(LocalCommands, SetRootGivesEverySubscriptionAFolderOfItsOwn) {
+    const Sandbox box;
+    QJsonArray before;
+    for (const QStringList& row : rows(R"(
+        a | http://h  | c | old
+        b | http://h/ | c | new/c-2/deep
+        z | http://z  | c | new/c
+        d | http://h  | d | old
+        y | http://y  | e | taken)")) {
+        before.append(QJsonObject{
+            {"name", row[0]}, {"server", row[1]}, {"channel", row[2]}, {"dir", box.path(row[3])}});
+    }
+    const auto dirs = [&box] {
+        QStringList names;
+        for (const QJsonValue& entry : box.config()["subscriptions"].toArray()) {
+            names.append(QString(entry["dir"].toString()).remove(box.path({}) + '/'));
+        }
+        return names;
+    };
+    box.writeConfig({{"schema_version", 2},
+                     {"servers", QJsonArray{QJsonObject{{"server", "http://h"}}}},
+                     {"subscriptions", before}});
+    EXPECT_EQ(box.run(args("server set-root http://h new --json")).json()["repointed"], 3);
+    EXPECT_EQ(dirs(), args("new/c-2 new/c-3 new/c new/d taken"));
+
+    const Outcome refused = box.run(args("server set-root http://h taken/below"));
+    EXPECT_EQ(refused.code, 2);
+    const QString line = "http://h: channel '%1' has no free folder below " +
+                         QDir::toNativeSeparators(box.path("taken/below")) +
+                         " - subscribe to it by hand\n";
+    EXPECT_EQ(refused.err, line.arg("c") + line.arg("c") + line.arg("d"));
+    EXPECT_TRUE(refused.out.contains(" (0 subscription(s) repointed;"));
+    EXPECT_EQ(dirs(), args("new/c-2 new/c-3 new/c new/d taken"));
+    expectUsage(box, {"server", "set-root", "http://h", ""});
 }
 
 /// Each row: the words, the settings in the text, what the entry holds besides what most

@@ -44,17 +44,28 @@ TEST_F(Session, JoinKeepsWhatTheEntryHolds) {
     EXPECT_EQ(box.config()["servers"].toArray(), QJsonArray{stored});
 }
 
-TEST_F(Session, JoinRenewsTheTokenOfWhatCameWithTheFormerOne) {
-    const auto subscription = [this](const char* name, const char* token) {
-        return QJsonObject{
-            {"name", name}, {"server", server.url()}, {"channel", "app"}, {"token", token}};
-    };
-    joined({QJsonObject{{"server", server.url()}, {"token", "old"}}},
-           {subscription("a", "old"), subscription("b", "own"), subscription("c", "")});
-    EXPECT_EQ(box.run(join()).code, 0);
-    EXPECT_EQ(
-        box.config()["subscriptions"].toArray(),
-        (QJsonArray{subscription("a", "new"), subscription("b", "own"), subscription("c", "")}));
+TEST_F(Session, JoinRenewsTheTokensOfManagedSubscriptions) {
+    QJsonArray before;
+    QJsonArray after;
+    for (const QStringList& row : rows(R"(
+        a | old  | managed | new
+        b | dead | managed | new
+        c | old  |         | old
+        d | own  |         | own)")) {
+        QJsonObject entry{{"name", row[0]}, {"server", server.url() + '/'}, {"channel", "app"}};
+        entry["managed"] = !row[2].isEmpty();
+        entry["token"] = row[1];
+        before.append(entry);
+        entry["token"] = row[3];
+        after.append(entry);
+    }
+    const QString slashed = server.url() + "//";
+    joined({QJsonObject{{"server", slashed}, {"token", "old"}, {"tide_public_key", "k"}}}, before);
+    EXPECT_EQ(box.run(join()).err, QString());
+    EXPECT_EQ(box.config()["subscriptions"].toArray(), after);
+    EXPECT_EQ(box.config()["servers"].toArray().size(), 1);
+    EXPECT_EQ(entry()["server"].toString(), server.url());
+    EXPECT_EQ(entry()["tide_public_key"].toString(), "k");
 }
 
 TEST_F(Session, JoinStandsWhenReconcilingFails) {

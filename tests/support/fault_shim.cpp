@@ -4,7 +4,11 @@
 //   FAULT_AT      number of the call that is hit, from 1; none is when absent
 //   FAULT_ERRNO   the hit call fails with this error number; when absent, the process
 //                 is killed just before the call
+//   FAULT_NO_USERS  when set, the user database knows nobody
 //   FAULT_REPORT  file that gets "<calls made> <name of the call that failed>" at exit
+//
+// Opening the configuration to read it counts as well, for what cannot be read then must
+// not be written over later.
 //
 // The numbering does not depend on how a reply is cut into packets: writes to one file
 // count once at its start and once for each kWriteStep bytes.
@@ -12,6 +16,7 @@
 #include <dlfcn.h>
 // Without the declarations of open(), whose mode is left out by most callers.
 #include <linux/fcntl.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
@@ -23,6 +28,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -98,9 +104,10 @@ bool passWrite(const char* name, int file, off_t position, std::size_t size) {
 
 /// open() and its like by name; the mode has a meaning only where a file is created.
 template <typename... Arguments>
-int opened(const char* name, int flags, Arguments... arguments) {
-    const bool creates = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
-    return creates && !plan().pass(name) ? -1 : real<int(Arguments...)>(name)(arguments...);
+int opened(const char* name, const char* path, int flags, Arguments... arguments) {
+    const bool counts = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE ||
+                        std::string_view(path).ends_with("/config.json");
+    return counts && !plan().pass(name) ? -1 : real<int(Arguments...)>(name)(arguments...);
 }
 
 std::FILE* openStream(const char* name, const char* path, const char* mode) {
@@ -115,15 +122,15 @@ std::FILE* openStream(const char* name, const char* path, const char* mode) {
 extern "C" {
 
 int open(const char* path, int flags, mode_t mode) {
-    return opened("open", flags, path, flags, mode);
+    return opened("open", path, flags, path, flags, mode);
 }
 
 int open64(const char* path, int flags, mode_t mode) {
-    return opened("open64", flags, path, flags, mode);
+    return opened("open64", path, flags, path, flags, mode);
 }
 
 int openat(int folder, const char* path, int flags, mode_t mode) {
-    return opened("openat", flags, folder, path, flags, mode);
+    return opened("openat", path, flags, folder, path, flags, mode);
 }
 
 std::FILE* fopen(const char* path, const char* mode) {
@@ -161,8 +168,10 @@ int fflush(std::FILE* stream) {
 // What a killed process wrote stays with the system, so that its way to the disk
 // changes nothing here and would only take time.
 
-int fsync(int) {
-    return plan().pass("fsync") ? 0 : -1;
+int fsync(int file) {
+    struct stat about = {};
+    const bool isFolder = ::fstat(file, &about) == 0 && S_ISDIR(about.st_mode);
+    return plan().pass(isFolder ? "fsync-folder" : "fsync") ? 0 : -1;
 }
 
 int fdatasync(int) {
@@ -228,6 +237,15 @@ int chmod(const char* path, mode_t mode) noexcept {
 
 int fchmod(int file, mode_t mode) noexcept {
     return counted("fchmod", file, mode);
+}
+
+int getpwuid_r(uid_t user, passwd* entry, char* texts, std::size_t size, passwd** found) {
+    if (std::getenv("FAULT_NO_USERS") != nullptr) {
+        *found = nullptr;
+        return 0;
+    }
+    return real<int(uid_t, passwd*, char*, std::size_t, passwd**)>("getpwuid_r")(user, entry, texts,
+                                                                                 size, found);
 }
 
 }  // extern "C"

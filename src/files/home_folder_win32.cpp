@@ -1,0 +1,11 @@
+#include <QDir>
+
+#include "files/home_folder.h"
+
+namespace quorvelle {
+
+bool findHomeFolder() {
+    return !QDir::homePath().isEmpty();
+}
+
+}  // namespace quorvelle
