@@ -5,11 +5,13 @@
 
 #include "config/config_document.h"
 #include "config/config_file.h"
+#include "config/server_url.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
 #include "sync/syncer.h"
+#include "sync/tide_job.h"
 
 namespace quorvelle {
 
@@ -37,7 +39,7 @@ int syncAll(const QJsonArray& subscriptions, const QString& server, bool force) 
     int code = kExitSuccess;
     for (const QJsonValue& entry : subscriptions) {
         const QJsonObject subscription = entry.toObject();
-        if (server.isEmpty() || subscription.value(u"server").toString() == server) {
+        if (server.isEmpty() || isSameServer(subscription.value(u"server").toString(), server)) {
             code = std::max(code, syncSubscription(subscription, &results, force));
         }
     }
@@ -57,7 +59,7 @@ int syncCommand(QStringList args) {
     if (!args.isEmpty()) {
         return printUsage();
     }
-    const QJsonArray subscriptions = config::subscriptions(config::load());
+    const QJsonArray subscriptions = subscriptionsWithKeys(config::load());
     if (subscriptions.isEmpty()) {
         return failWith(
             kExitUsage,

@@ -42,7 +42,8 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
         token = resolveToken();
     }
     tideJob = {};
-    tideJob.publicKey = tidePublicKey(subscription).toStdString();
+    tideJob.publicKeys = tidePublicKeys(subscription);
+    onlySigned = mustBeSigned(subscription);
     if (server.isEmpty() || channel.isEmpty() || dir.isEmpty()) {
         endFailed(QStringLiteral("subscription '%1' is incomplete (needs server, channel, dir)")
                       .arg(name.isEmpty() ? QStringLiteral("?") : name));
@@ -70,6 +71,11 @@ void Syncer::onChannelReply(const HttpExchange& exchange) {
     buildId = reply.value(u"build").toString();
     if (reply.value(u"engine").toString(QStringLiteral("cargo")) == QStringLiteral("tide")) {
         checkTideChannel();
+        return;
+    }
+    if (onlySigned) {
+        endFailed(named(QStringLiteral("channel '%1' is not signed but verification is required")
+                            .arg(channel)));
         return;
     }
     if (buildId.isEmpty()) {

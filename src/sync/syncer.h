@@ -34,7 +34,8 @@ public:
     ~Syncer() override;
 
     /// Starts the sync of a subscription as the configuration stores it (keys "name",
-    /// "server", "channel", "dir", "token", "self_heal"). `force` downloads a build that
+    /// "server", "channel", "dir", "token", "self_heal", "tide_public_key", also that of the
+    /// server's entry: subscriptionsWithKeys()). `force` downloads a build that
     /// is already installed once more. Returns at once; a second start while running
     /// emits failed and leaves the running sync alone.
     void start(const QJsonObject& subscription, bool force);
@@ -106,6 +107,7 @@ private:
     std::unique_ptr<SaveFile> target;
     /// What the worker is given a copy of.
     TideJob tideJob;
+    bool onlySigned = false;
     /// Why the file could not be stored; then the transfer was given up for it.
     QString storeFailure;
 };

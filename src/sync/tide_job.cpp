@@ -1,7 +1,8 @@
 #include "sync/tide_job.h"
 
+#include <vector>
+
 #include "config/config_document.h"
-#include "config/config_file.h"
 #include "tide/assemble.h"
 #include "tide/store/bucket_environment.h"
 #include "tide/verify.h"
@@ -11,17 +12,38 @@ namespace quorvelle {
 namespace {
 
 constexpr int kReplaceAttempts = 5;
+const QString kPublicKey = QStringLiteral("tide_public_key");
 
 }  // namespace
 
-QString tidePublicKey(const QJsonObject& subscription) {
-    const QString key = QStringLiteral("tide_public_key");
-    QString found = subscription.value(key).toString();
-    if (found.isEmpty()) {
-        const QString server = subscription.value(u"server").toString();
-        found = config::findServer(config::load(), server).value(key).toString();
+QJsonArray subscriptionsWithKeys(const QJsonObject& document) {
+    QJsonArray subscriptions = config::subscriptions(document);
+    for (QJsonValueRef reference : subscriptions) {
+        QJsonObject subscription = reference.toObject();
+        const QJsonObject entry =
+            config::serverEntry(document, subscription.value(u"server").toString());
+        if (!subscription.contains(kPublicKey) && entry.contains(kPublicKey)) {
+            subscription.insert(kPublicKey, entry.value(kPublicKey));
+            reference = subscription;
+        }
     }
-    return found.isEmpty() ? qEnvironmentVariable("QUORVELLE_TIDE_PUBLIC_KEY") : found;
+    return subscriptions;
+}
+
+bool mustBeSigned(const QJsonObject& subscriptionWithKey) {
+    return subscriptionWithKey.contains(kPublicKey);
+}
+
+tide::PublicKeys tidePublicKeys(const QJsonObject& subscriptionWithKey) {
+    if (!mustBeSigned(subscriptionWithKey)) {
+        return qgetenv("QUORVELLE_TIDE_PUBLIC_KEY").toStdString();
+    }
+    const QJsonValue value = subscriptionWithKey.value(kPublicKey);
+    std::vector<std::string> keys;
+    for (const QJsonValue& key : value.isArray() ? value.toArray() : QJsonArray{value}) {
+        keys.push_back(key.toString().toStdString());
+    }
+    return tide::PublicKeys(keys.empty() ? std::vector<std::string>(1) : keys);
 }
 
 TideResult checkInstall(const TideJob& job, bool quick) {
@@ -32,7 +54,7 @@ TideResult checkInstall(const TideJob& job, bool quick) {
         ++(problem == "missing" ? missing : corrupt);
     };
     std::string error;
-    if (!tide::verifyInstall(*bucket, job.channel, job.installDir, job.publicKey, job.manifestUrl,
+    if (!tide::verifyInstall(*bucket, job.channel, job.installDir, job.publicKeys, job.manifestUrl,
                              job.signatureUrl, {}, count, &error, quick)) {
         return {true, QStringLiteral(" (check skipped: %1)").arg(QString::fromStdString(error))};
     }
@@ -54,7 +76,7 @@ TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent)
     };
     std::string error;
     const bool done = tide::downloadAndAssemble(
-        *bucket, job.channel, job.stagingDir, job.publicKey, job.manifestUrl, job.signatureUrl,
+        *bucket, job.channel, job.stagingDir, job.publicKeys, job.manifestUrl, job.signatureUrl,
         job.chunkUrls, progress, {}, kReplaceAttempts, job.installDir, &error);
     if (done && lastPercent < 0) {
         onPercent(0, 0);  // A build of empty files has no chunk to report.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
 #include <cstdint>
@@ -7,6 +8,7 @@
 #include <string>
 
 #include "tide/manifest/descriptor.h"
+#include "tide/manifest/signature.h"
 
 /// The chunk engine's work for one sync, as plain functions that run on a worker thread
 /// and touch nothing but what they are given.
@@ -16,8 +18,7 @@ namespace quorvelle {
 /// Everything a worker needs, by value. Texts and paths are UTF-8.
 struct TideJob {
     std::string channel = {};
-    /// 64 hexadecimal digits, or empty: no signature is asked for.
-    std::string publicKey = {};
+    tide::PublicKeys publicKeys = {};
     std::string manifestUrl = {};
     std::string signatureUrl = {};
     tide::ChunkUrls chunkUrls = {};
@@ -34,10 +35,20 @@ struct TideResult {
 /// Called when another percent is done, with the bytes assembled so far.
 using PercentCallback = std::function<void(int percent, std::int64_t bytes)>;
 
-/// The key that a manifest must be signed with: the subscription's "tide_public_key",
-/// else that of its server's entry in the configuration, else
-/// QUORVELLE_TIDE_PUBLIC_KEY; empty where none is given.
-QString tidePublicKey(const QJsonObject& subscription);
+/// The subscriptions of a configuration; those without a "tide_public_key" of their own
+/// carry that of their server's entry.
+QJsonArray subscriptionsWithKeys(const QJsonObject& document);
+
+/// Whether the person asked for signed builds of this very subscription or server, so that
+/// a channel that cannot be signed is refused. The environment's key speaks for tide
+/// channels alone.
+bool mustBeSigned(const QJsonObject& subscriptionWithKey);
+
+/// The keys of which one must have signed a manifest: the subscription's "tide_public_key",
+/// one text or a list of texts, else QUORVELLE_TIDE_PUBLIC_KEY; none where neither is given.
+/// What is there but is no key (another type, an empty text or list) becomes one that no
+/// signature fits ("bad public key").
+tide::PublicKeys tidePublicKeys(const QJsonObject& subscriptionWithKey);
 
 /// Compares the install directory with the channel's manifest, by existence and size
 /// (`quick`) or byte for byte. Not ok when files are bad; a check that could not be made

@@ -193,7 +193,7 @@ private:
 }  // namespace
 
 bool downloadAndAssemble(StorageProvider& provider, const std::string& channel,
-                         const std::string& targetDirectory, const std::string& publicKeyHex,
+                         const std::string& targetDirectory, const PublicKeys& publicKeyHex,
                          const std::string& manifestUrl, const std::string& signatureUrl,
                          const ChunkUrls& chunkUrls, const AssemblyProgress& progress,
                          const InUseCallback& inUse, int maxReplaceAttempts,

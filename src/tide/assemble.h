@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tide/manifest/descriptor.h"
+#include "tide/manifest/signature.h"
 #include "tide/replace_file.h"
 #include "tide/store/storage_provider.h"
 
@@ -33,7 +34,7 @@ using AssemblyProgress = std::function<void(std::uint64_t, std::uint64_t, std::i
 /// on disk takes more threads. The first failure ends the run: false, with the reason
 /// assigned to `err` unless null. Files already in place stay.
 bool downloadAndAssemble(StorageProvider& provider, const std::string& channel,
-                         const std::string& targetDirectory, const std::string& publicKeyHex,
+                         const std::string& targetDirectory, const PublicKeys& publicKeyHex,
                          const std::string& manifestUrl, const std::string& signatureUrl,
                          const ChunkUrls& chunkUrls, const AssemblyProgress& progress,
                          const InUseCallback& inUse, int maxReplaceAttempts,

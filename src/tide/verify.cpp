@@ -75,7 +75,7 @@ bool verifyFiles(const std::string& installDirectory, const Json::Value& manifes
 }
 
 bool verifyInstall(StorageProvider& provider, const std::string& channel,
-                   const std::string& installDirectory, const std::string& publicKeyHex,
+                   const std::string& installDirectory, const PublicKeys& publicKeyHex,
                    const std::string& manifestUrl, const std::string& signatureUrl,
                    const CheckProgress& progress, const IssueCallback& issue, std::string* err,
                    bool quick) {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 
+#include "tide/manifest/signature.h"
 #include "tide/store/storage_provider.h"
 
 namespace tide {
@@ -31,7 +32,7 @@ bool verifyFiles(const std::string& installDirectory, const Json::Value& manifes
 /// the install directory with it. False, with nothing compared, when the manifest cannot
 /// be had or is refused.
 bool verifyInstall(StorageProvider& provider, const std::string& channel,
-                   const std::string& installDirectory, const std::string& publicKeyHex,
+                   const std::string& installDirectory, const PublicKeys& publicKeyHex,
                    const std::string& manifestUrl, const std::string& signatureUrl,
                    const CheckProgress& progress, const IssueCallback& issue, std::string* err,
                    bool quick);

@@ -250,25 +250,37 @@ TEST_P(TideSync, NeedsItsStagingDirectory) {
 }
 
 TEST_P(TideSync, TakesTheKeyOfTheSubscriptionThenTheServerThenTheEnvironment) {
-    const auto key = [](const QString& word) {
-        return QString(word).replace("good", signingKey());
+    const auto text = [](const QString& word) {
+        return QString(word).replace("good", signingKey()).replace("other", QString(64, '0'));
+    };
+    const auto withKey = [&text](QJsonObject entry, const QString& cell) {
+        if (!cell.isEmpty()) {
+            entry["tide_public_key"] = json(text("{'key':" + cell + '}').toUtf8())["key"];
+        }
+        return entry;
     };
     publishTide(server, "stable", "b", kOne);
     for (const QStringList& row : rows(R"(
-        good | bad  | bad  | fits
-        bad  | good | good |
-             | good | bad  | fits
-             | bad  | good |
-             |      | good | fits
-             |      | bad  |)")) {
+        'good'           | 'bad'    | bad  | fits
+        'bad'            | 'good'   | good |
+                         | 'good'   | bad  | fits
+                         | 'bad'    | good |
+                         |          | good | fits
+                         |          | bad  |
+        ['other','good'] | 'bad'    | bad  | fits
+                         | ['good'] |      | fits
+        ['good','bad']   | 'good'   |      |
+        []               | 'good'   |      |
+        ''               | 'good'   |      |
+        7                | 'good'   |      |
+                         | ['good',7] | good |)")) {
         SCOPED_TRACE(row.join(',').toStdString());
-        QJsonObject entry = subscription("app", "stable");
-        entry.insert("tide_public_key", key(row[0]));
-        box.writeConfig({{"schema_version", 2},
-                         {"subscriptions", QJsonArray{entry}},
-                         {"servers", QJsonArray{QJsonObject{{"server", server.url()},
-                                                            {"tide_public_key", key(row[1])}}}}});
-        box.environment.insert("QUORVELLE_TIDE_PUBLIC_KEY", key(row[2]));
+        // Found also where the addresses differ by slashes.
+        box.writeConfig(
+            {{"schema_version", 2},
+             {"subscriptions", QJsonArray{withKey(subscription("app", "stable"), row[0])}},
+             {"servers", QJsonArray{withKey({{"server", server.url() + "//"}}, row[1])}}});
+        box.environment.insert("QUORVELLE_TIDE_PUBLIC_KEY", text(row[2]));
         if (row[3] == "fits") {
             expectSync("synced", whole("b", kThreeChunks), retried("b"), args("sync --force"));
         } else {
@@ -276,6 +288,25 @@ TEST_P(TideSync, TakesTheKeyOfTheSubscriptionThenTheServerThenTheEnvironment) {
                        args("sync --force"));
         }
         EXPECT_THAT(server.lines(), Contains(std::string("GET ") + kSignatureTarget));
+    }
+}
+
+TEST_P(TideSync, RefusesAnotherEngineWhereTheKeyIsConfigured) {
+    server.onJson("GET", "/api/channels/stable", {{"build", "b9"}});
+    box.environment.insert("QUORVELLE_TIDE_PUBLIC_KEY", signingKey());
+    run(args("sync"));
+    EXPECT_THAT(server.lines(), Contains("GET /api/builds/b9"));
+    for (const char* at : {"servers", "subscriptions"}) {
+        QJsonObject document = box.config();
+        QJsonObject entry = subscription("app", "stable");
+        document["servers"] = QJsonArray{QJsonObject{{"server", server.url()}}};
+        document["subscriptions"] = QJsonArray{entry};
+        entry = document[at][0].toObject();
+        entry["tide_public_key"] = signingKey();
+        document[at] = QJsonArray{entry};
+        box.writeConfig(document);
+        expectSync("failed", {kChecking},
+                   "'app': channel 'stable' is not signed but verification is required");
     }
 }
 

@@ -79,7 +79,7 @@ bool parseManifest(const std::string& body, Json::Value& out, std::string* err) 
 }
 
 bool fetchManifest(StorageProvider& provider, const std::string& channel,
-                   const std::string& manifestUrl, const std::string& publicKeyHex,
+                   const std::string& manifestUrl, const PublicKeys& publicKeyHex,
                    const std::string& signatureUrl, Json::Value& out, std::string* err,
                    ConnectionCache* connections) {
     const std::string key = manifestKey(channel);

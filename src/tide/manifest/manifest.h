@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tide/manifest/signature.h"
 #include "tide/store/http.h"
 #include "tide/store/storage_provider.h"
 
@@ -27,14 +28,13 @@ bool parseManifest(const std::string& body, Json::Value& out, std::string* err);
 /// when a public key is given, of a known schema, and made for this channel.
 ///
 /// A non-empty `manifestUrl` is fetched by plain GET, else the object comes from the
-/// bucket. A non-empty `publicKeyHex` (64 hexadecimal digits) makes a signature over the
-/// exact bytes and a "channel" in the manifest necessary; the signature comes from
-/// `signatureUrl`, or from the bucket when the manifest does. With an empty key no
-/// signature is fetched. `out` is assigned on success alone; its "files" are judged by
-/// readManifestFiles(). `connections` is borrowed and may be null. Blocks the calling
-/// thread for the transfers.
+/// bucket. A non-empty `publicKeyHex` makes a signature over the exact bytes and a
+/// "channel" in the manifest necessary; the signature comes from `signatureUrl`, or from
+/// the bucket when the manifest does. With an empty key no signature is fetched. `out` is assigned
+/// on success alone; its "files" are judged by readManifestFiles(). `connections` is borrowed and
+/// may be null. Blocks the calling thread for the transfers.
 bool fetchManifest(StorageProvider& provider, const std::string& channel,
-                   const std::string& manifestUrl, const std::string& publicKeyHex,
+                   const std::string& manifestUrl, const PublicKeys& publicKeyHex,
                    const std::string& signatureUrl, Json::Value& out, std::string* err,
                    ConnectionCache* connections = nullptr);
 

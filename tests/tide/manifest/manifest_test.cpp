@@ -35,9 +35,12 @@ TEST(SignatureTest, JudgesSignaturesMadeByOpenssl) {
     std::string changed = good;
     changed.front() = good.front() == '0' ? '1' : '0';
 
+    const std::string other(64, '0');
+    const auto keys = [](std::vector<std::string> all) { return PublicKeys(std::move(all)); };
+
     struct Row {
         const char* name;
-        std::string key;
+        PublicKeys key;
         std::string message;
         std::string signature;
         const char* error;
@@ -54,6 +57,10 @@ TEST(SignatureTest, JudgesSignaturesMadeByOpenssl) {
         {"no key", "", message, good, "bad public key"},
         {"a key cut short", key.substr(2), message, good, "bad public key"},
         {"a newline after the key", key + '\n', message, good, "bad public key"},
+        {"the second of two keys", keys({other, key}), message, good, ""},
+        {"two other keys", keys({other, other}), message, good, "signature does not verify"},
+        {"a bad key beside a good one", keys({key, "xx"}), message, good, "bad public key"},
+        {"an empty key beside a good one", keys({key, ""}), message, good, "bad public key"},
         {"both bad", "xx", message, "xx", "bad public key"},
     };
     for (const Row& row : rows) {
