@@ -37,7 +37,8 @@ std::optional<QJsonObject> storeSession(const QString& server, const QJsonObject
         return true;
     });
     if (outcome != config::Changed::kSaved) {
-        printError(QStringLiteral("could not write config - your token (save it!): %1").arg(token));
+        printError(QStringLiteral("could not write config - your token (save it!): %1").arg(token),
+                   Kept::kAlways);
         return std::nullopt;
     }
     if (!behind.isEmpty()) {

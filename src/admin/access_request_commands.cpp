@@ -3,6 +3,7 @@
 #include "admin/invite.h"
 #include "admin/list_command.h"
 #include "admin/reply_text.h"
+#include "admin/shown_once.h"
 #include "config/server_url.h"
 #include "console/arguments.h"
 #include "console/output.h"
@@ -29,7 +30,7 @@ QString requestLine(const QJsonObject& request) {
 }
 
 QString mailText(const QString& server, const QJsonObject& invite) {
-    const QString code = invite.value(u"code").toString();
+    const QString code = invite.value(kInviteCode).toString();
     return QStringLiteral(
                "You have access to the Quorvelle server %1\n\n"
                "Install the client from %2, start it, choose \"Join with invite\",\n"
@@ -82,16 +83,17 @@ int requestsCommand(QStringList args) {
 }
 
 int requestApproveCommand(QStringList args) {
-    return runInviteCommand(
-        std::move(args), [](const Server& server, const QString& id, const QueryItems& terms) {
-            const Reply reply =
-                postEmpty(server, apiPath(QStringLiteral("/api/access-requests/%1/approve"), id),
-                          QStringLiteral("request approve"), terms);
-            return finish(reply, QStringLiteral("Approved. Send this to %1 (the code is shown only "
-                                                "once):\n\n%2")
-                                     .arg(reply.object.value(u"email").toString(),
-                                          mailText(server.url, reply.object)));
-        });
+    return runInviteCommand(std::move(args), [](const Server& server, const QString& id,
+                                                const QueryItems& terms) {
+        const Reply reply =
+            postEmpty(server, apiPath(QStringLiteral("/api/access-requests/%1/approve"), id),
+                      QStringLiteral("request approve"), terms);
+        return finishShownOnce(
+            reply, kInviteCode,
+            QStringLiteral("Approved. Send this to %1 (the code is shown only "
+                           "once):\n\n%2")
+                .arg(reply.object.value(u"email").toString(), mailText(server.url, reply.object)));
+    });
 }
 
 int requestDeclineCommand(QStringList args) {

@@ -4,6 +4,7 @@
 
 #include "admin/bucket_options.h"
 #include "admin/reply_text.h"
+#include "admin/shown_once.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
@@ -13,6 +14,8 @@
 namespace quorvelle {
 
 namespace {
+
+const QString kEncryptionKey = QStringLiteral("encryption_key");
 
 QString dailyText(const QJsonObject& schedule) {
     const QString time = schedule.value(u"daily_at").toString();
@@ -73,7 +76,7 @@ QString initText(const QJsonObject& reply) {
            QStringLiteral(
                "\n\nEncryption key - shown ONCE. Without it every snapshot is unreadable; keep it "
                "in\nyour password manager now:\n\n") +
-           reply.value(u"encryption_key").toString() + u'\n';
+           reply.value(kEncryptionKey).toString() + u'\n';
 }
 
 /// Why the bucket options of `backup init` cannot be sent, or an empty text.
@@ -123,7 +126,7 @@ int backupInitCommand(QStringList args) {
         body.insert(u"mode", shared ? QStringLiteral("shared") : QStringLiteral("separate"));
         const Reply reply = postJson(server, QStringLiteral("/api/backup/init"),
                                      QStringLiteral("backup init"), body);
-        return finish(reply, initText(reply.object));
+        return finishShownOnce(reply, kEncryptionKey, initText(reply.object));
     });
 }
 

@@ -11,6 +11,9 @@
 
 namespace quorvelle {
 
+/// The key of a reply that holds an invite's code, which is told only once.
+inline const QString kInviteCode = QStringLiteral("code");
+
 /// Makes the invite of a positional (a user, a request) with the query items of its terms;
 /// returns the exit code.
 using MakeInvite =

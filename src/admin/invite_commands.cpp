@@ -3,6 +3,7 @@
 #include "admin/invite.h"
 #include "admin/list_command.h"
 #include "admin/reply_text.h"
+#include "admin/shown_once.h"
 #include "server/on_server.h"
 
 namespace quorvelle {
@@ -12,14 +13,14 @@ namespace {
 QString inviteLine(const QJsonObject& invite) {
     const QString id = idText(invite.value(u"id"));
     return QStringLiteral("  %1  %2  groups: [%3]  expires %4")
-               .arg(id.isEmpty() ? idText(invite.value(u"code")) : id,
+               .arg(id.isEmpty() ? idText(invite.value(kInviteCode)) : id,
                     invite.value(u"user").toString(), joinedNames(invite.value(u"groups")),
                     invite.value(u"expires_at").toString()) +
            (invite.value(u"expired").toBool() ? QStringLiteral("  (EXPIRED)") : QString());
 }
 
 QString invitedText(const QString& server, const QString& user, const QJsonObject& invite) {
-    const QString code = invite.value(u"code").toString();
+    const QString code = invite.value(kInviteCode).toString();
     return QStringLiteral(
                "Invite for '%1' (expires %2). The code is shown only once:\n\n  %3\n\n"
                "They join with:\n  %4\n")
@@ -34,7 +35,7 @@ int inviteCreateCommand(QStringList args) {
             terms.prepend({QStringLiteral("user"), user});
             const Reply reply = postEmpty(server, QStringLiteral("/api/invites"),
                                           QStringLiteral("invite create"), terms);
-            return finish(reply, invitedText(server.url, user, reply.object));
+            return finishShownOnce(reply, kInviteCode, invitedText(server.url, user, reply.object));
         });
 }
 

@@ -1,5 +1,6 @@
 #include "admin/commands.h"
 
+#include "admin/shown_once.h"
 #include "console/arguments.h"
 #include "console/usage.h"
 #include "server/on_server.h"
@@ -16,10 +17,11 @@ int tokenCreateCommand(QStringList args) {
         const Reply reply =
             postEmpty(server, apiPath(QStringLiteral("/api/users/%1/tokens"), user),
                       QStringLiteral("token create"), {{QStringLiteral("name"), name}});
-        return finish(reply,
-                      QStringLiteral("Token '%1' created for service account '%2'. Save it now - "
-                                     "it is shown only once:\n\n  %3\n")
-                          .arg(name, user, reply.object.value(u"token").toString()));
+        return finishShownOnce(
+            reply, QStringLiteral("token"),
+            QStringLiteral("Token '%1' created for service account '%2'. Save it now - "
+                           "it is shown only once:\n\n  %3\n")
+                .arg(name, user, reply.object.value(u"token").toString()));
     });
 }
 

@@ -3,6 +3,7 @@
 #include "cli/command_table.h"
 #include "cli/dispatch.h"
 #include "console/console.h"
+#include "console/output.h"
 #include "console/usage.h"
 #include "source_version.h"
 #include "tide/engine.h"
@@ -15,5 +16,6 @@ int main(int argc, char* argv[]) {
     QCoreApplication::setApplicationName(QStringLiteral("Quorvelle"));
     QCoreApplication::setApplicationVersion(QString::fromLatin1(quorvelle::kSourceVersion));
     quorvelle::setUsageTable(quorvelle::commandTable());
-    return quorvelle::dispatch(QCoreApplication::arguments(), quorvelle::commandTable());
+    return quorvelle::endOutput(
+        quorvelle::dispatch(QCoreApplication::arguments(), quorvelle::commandTable()));
 }

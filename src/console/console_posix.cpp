@@ -13,14 +13,14 @@ namespace quorvelle {
 namespace {
 
 /// Without this, a process started with a closed stream would open its next file in the
-/// stream's place and print into it.
+/// stream's place and print into it. What is printed to a closed standard output still
+/// fails, as it must for the command to tell of it.
 void occupyStandardStreams() {
-    int descriptor = 0;
-    do {
-        descriptor = ::open("/dev/null", O_RDWR);
-    } while (descriptor >= STDIN_FILENO && descriptor <= STDERR_FILENO);
-    if (descriptor > STDERR_FILENO) {
-        ::close(descriptor);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0) {
+            // It takes the lowest free number, which is this one.
+            ::open("/dev/null", stream == STDERR_FILENO ? O_WRONLY : O_RDONLY);
+        }
     }
 }
 
@@ -31,6 +31,8 @@ void prepareConsole() {
     // A write past the file-size limit must fail like one to a full disk, so that
     // the command can report it and leave the old file whole.
     std::signal(SIGXFSZ, SIG_IGN);
+    // And one to a pipe whose reader went away: the work is to be finished.
+    std::signal(SIGPIPE, SIG_IGN);
     // Qt warns about a locale that is not UTF-8, which says nothing to the person
     // at the console; our own output is UTF-8 whatever the locale.
     qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {

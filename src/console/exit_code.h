@@ -7,7 +7,7 @@ namespace quorvelle {
 inline constexpr int kExitSuccess = 0;
 /// Usage shown, unknown command, bad arguments, no server configured.
 inline constexpr int kExitUsage = 1;
-/// A request failed or the configuration could not be saved.
+/// A request failed, or the configuration could not be saved, or the output not written.
 inline constexpr int kExitFailed = 2;
 /// A build was downloaded but could not be put in place; `sync` alone returns it.
 inline constexpr int kExitBlocked = 3;

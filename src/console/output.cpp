@@ -2,9 +2,13 @@
 
 #include <QByteArray>
 #include <QJsonDocument>
+#include <cerrno>
 #include <cstdio>
+#include <string>
+#include <system_error>
 
 #include "console/console.h"
+#include "console/exit_code.h"
 
 namespace quorvelle {
 
@@ -12,9 +16,30 @@ namespace {
 
 bool jsonModeOn = false;
 
-void writeTo(std::FILE* stream, const QByteArray& bytes) {
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream);
-    std::fflush(stream);
+/// Why the first write to standard output that failed did so, as an errno; 0 while none did.
+int outputError = 0;
+/// Whether a text took the way of standard error because it is told only once.
+bool wasDiverted = false;
+
+/// 0, or why it failed as an errno.
+int writeTo(std::FILE* stream, const QByteArray& bytes) {
+    errno = 0;
+    const auto size = static_cast<std::size_t>(bytes.size());
+    const bool written =
+        std::fwrite(bytes.constData(), 1, size, stream) == size && std::fflush(stream) == 0;
+    return written ? 0 : errno == 0 ? EIO : errno;
+}
+
+void writeOutput(const QByteArray& bytes, Kept kept) {
+    const int error = bytes.isEmpty() ? 0 : writeTo(stdout, bytes);
+    if (error == 0) {
+        return;
+    }
+    outputError = outputError == 0 ? error : outputError;
+    if (kept == Kept::kAlways) {
+        wasDiverted = true;
+        writeTo(stderr, bytes);
+    }
 }
 
 }  // namespace
@@ -28,7 +53,7 @@ bool jsonMode() {
 }
 
 void print(const QString& text) {
-    writeTo(stdout, text.toUtf8());
+    writeOutput(text.toUtf8(), Kept::kUsually);
 }
 
 void printDiagnostic(const QString& text) {
@@ -41,9 +66,9 @@ void printNote(const QString& text) {
     }
 }
 
-void printError(const QString& text) {
+void printError(const QString& text, Kept kept) {
     if (jsonModeOn) {
-        printJson({{QStringLiteral("error"), text}});
+        printJson({{QStringLiteral("error"), text}}, kept);
     } else {
         printDiagnostic(text + u'\n');
     }
@@ -60,16 +85,28 @@ void printProgress(const QString& text) {
     }
 }
 
-void printJson(const QJsonObject& object) {
-    writeTo(stdout, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+void printJson(const QJsonObject& object, Kept kept) {
+    writeOutput(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n', kept);
 }
 
-void printResult(const QJsonObject& object, const QString& text) {
+void printResult(const QJsonObject& object, const QString& text, Kept kept) {
     if (jsonModeOn) {
-        printJson(object);
+        printJson(object, kept);
     } else {
-        print(text);
+        writeOutput(text.toUtf8(), kept);
     }
+}
+
+int endOutput(int exitCode) {
+    if (outputError == 0) {
+        return exitCode;
+    }
+    if (outputError != EPIPE || wasDiverted) {
+        const std::string reason = std::generic_category().message(outputError);
+        printDiagnostic(
+            QStringLiteral("could not write the output: %1\n").arg(QString::fromStdString(reason)));
+    }
+    return exitCode == kExitSuccess ? kExitFailed : exitCode;
 }
 
 }  // namespace quorvelle

@@ -13,8 +13,13 @@ namespace quorvelle {
 void setJsonMode(bool on);
 bool jsonMode();
 
+/// Whether a text is lost with standard output, as on a full disk: what a server or this
+/// run tells only once is then written to standard error instead.
+enum class Kept { kUsually, kAlways };
+
 /// Writes `text` to standard output as it is, without adding a line end, and
-/// flushes, so that progress shows at once and keeps its order with errors.
+/// flushes, so that progress shows at once and keeps its order with errors. A write that
+/// fails does not stop the command's work; endOutput() tells of it.
 void print(const QString& text);
 
 /// Writes `text` to standard error as it is, in JSON mode too.
@@ -26,7 +31,7 @@ void printNote(const QString& text);
 
 /// Reports a failure: text mode writes the text and a line end to standard
 /// error, JSON mode the object {"error": text} to standard output.
-void printError(const QString& text);
+void printError(const QString& text, Kept kept = Kept::kUsually);
 
 /// Reports a failure with printError() and returns `code`, so that a handler ends in one
 /// line.
@@ -37,9 +42,15 @@ int failWith(int code, const QString& text);
 void printProgress(const QString& text);
 
 /// Writes the object as one compact line to standard output.
-void printJson(const QJsonObject& object);
+void printJson(const QJsonObject& object, Kept kept = Kept::kUsually);
 
 /// Ends a command that succeeded: the object in JSON mode, else the text.
-void printResult(const QJsonObject& object, const QString& text);
+void printResult(const QJsonObject& object, const QString& text, Kept kept = Kept::kUsually);
+
+/// Ends the program's output and returns the exit code of a run that would end with
+/// `exitCode`: after a failed write to standard output, a success becomes kExitFailed. The
+/// reason goes to standard error, but a reader that merely went away needs none, unless
+/// something went to standard error in its place.
+int endOutput(int exitCode);
 
 }  // namespace quorvelle

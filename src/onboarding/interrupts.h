@@ -9,10 +9,9 @@ namespace quorvelle::onboarding {
 /// end, into something to react to: a run that has created things elsewhere must not end
 /// before it has deleted them. Main thread only, one object at a time.
 ///
-/// On POSIX these are SIGINT, SIGTERM and SIGHUP; a reader of standard output that goes
-/// away (SIGPIPE) does not end the process either. On Windows they are the console's
-/// events; where the system ends the process after the event it is kept waiting, for as
-/// long as the system allows.
+/// On POSIX these are SIGINT, SIGTERM and SIGHUP. On Windows they are the console's events;
+/// where the system ends the process after the event it is kept waiting, for as long as the
+/// system allows.
 class Interrupts : public QObject {
     Q_OBJECT
 

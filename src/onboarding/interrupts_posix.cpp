@@ -12,7 +12,7 @@ namespace quorvelle::onboarding {
 
 namespace {
 
-constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
+constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
 
 std::atomic<int> noted{0};
 std::atomic<int> wakeUp{-1};
@@ -43,8 +43,8 @@ struct Interrupts::Holding {
         }
         struct sigaction action = {};
         action.sa_flags = SA_RESTART;
+        action.sa_handler = note;
         for (std::size_t i = 0; i < kSignals.size(); ++i) {
-            action.sa_handler = kSignals[i] == SIGPIPE ? SIG_IGN : note;
             ::sigaction(kSignals[i], nullptr, &before[i]);
             if (!isToStayIgnored(kSignals[i], before[i])) {
                 ::sigaction(kSignals[i], &action, nullptr);

@@ -103,7 +103,8 @@ int handOver(const Request& request, const Preflight& found, const Onboarded& re
                           .arg(request.ciFile)
                     : QStringLiteral("\nCI credential - the ONLY time it is shown. Put these into "
                                      "your CI secrets:\n\n") +
-                          text);
+                          text,
+                isInFile ? Kept::kUsually : Kept::kAlways);
     return kExitSuccess;
 }
 

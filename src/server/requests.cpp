@@ -35,7 +35,7 @@ Reply call(const HttpRequest& request, const QString& label) {
         printError(exchange.failureText(label));
         return {};
     }
-    return {exchange.object(), true};
+    return {exchange.object(), true, exchange.bytes()};
 }
 
 HttpRequest withJson(const QByteArray& method, const Server& server, const QString& path,
@@ -48,6 +48,10 @@ HttpRequest withJson(const QByteArray& method, const Server& server, const QStri
 }
 
 }  // namespace
+
+bool isObject(const Reply& reply) {
+    return !reply.object.isEmpty() || QJsonDocument::fromJson(reply.body).isObject();
+}
 
 Reply getJson(const Server& server, const QString& path, const QString& label) {
     return call({.method = "GET", .url = apiUrl(server.url, path), .token = server.token}, label);

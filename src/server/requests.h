@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QJsonObject>
 #include <QString>
 
@@ -22,7 +23,12 @@ namespace quorvelle {
 struct Reply {
     QJsonObject object;
     bool ok = false;
+    /// As it came.
+    QByteArray body = {};
 };
+
+/// Whether the body is a JSON object, be it an empty one.
+bool isObject(const Reply& reply);
 
 Reply getJson(const Server& server, const QString& path, const QString& label);
 
