@@ -1,5 +1,7 @@
 #include "admin/commands.h"
 
+#include <QJsonDocument>
+
 #include "admin/licensing_service.h"
 #include "admin/reply_text.h"
 #include "console/arguments.h"
@@ -79,6 +81,12 @@ int requestTrialCommand(QStringList args) {
         }
         const Reply reply = postJson(server, QStringLiteral("/api/license"),
                                      QStringLiteral("install trial"), *trial);
+        if (!reply.ok) {
+            // The service may give one license a name, so this one must not be lost.
+            printNote(
+                QStringLiteral("The license that was not installed:\n%1")
+                    .arg(QString::fromUtf8(QJsonDocument(*trial).toJson(QJsonDocument::Compact))));
+        }
         return finish(reply, trialText(server.url, *trial, reply.object));
     });
 }

@@ -44,8 +44,11 @@ std::optional<QJsonObject> requestTrialLicense(const QString& licensee) {
         printError(refusalText(answer, base));
         return std::nullopt;
     }
-    if (answer.object.isEmpty()) {
-        printError(QStringLiteral("the licensing service sent no license"));
+    const QString refusal = answer.object.value(u"error").toString();
+    const bool isRefusal = answer.object.size() == 1 && answer.object.contains(u"error");
+    if (isRefusal || answer.object.isEmpty()) {
+        printError(refusal.isEmpty() ? QStringLiteral("the licensing service sent no license")
+                                     : refusal);
         return std::nullopt;
     }
     return answer.object;

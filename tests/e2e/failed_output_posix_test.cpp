@@ -1,5 +1,6 @@
 #include "e2e/session.h"
 #include "support/fake_cloudflare.h"
+#include "support/terminal_run.h"
 
 namespace quorvelle::testing {
 namespace {
@@ -84,6 +85,18 @@ TEST_F(FailedOutput, LeavesTheCiCredentialToStandardError) {
             EXPECT_EQ(cloudflare.left().size(), 3U);
         }
     }
+}
+
+TEST_F(FailedOutput, ShowsALicenseThatTheServerRefusedToAPersonAlone) {
+    box.environment.insert("QUORVELLE_TRIAL_URL", server.url());
+    server.onJson("POST", "/api/trial", json("{'blob':'B'}"));
+    server.onJson("POST", "/api/license", json("{'error':'no'}"), 403);
+    const QString line = "license request-trial --name n --server " + server.url();
+    const QString error = "install trial failed (HTTP 403): no";
+    expectError(box, args(line), 2, error);
+    EXPECT_EQ(runAtTerminal(box, args(line)).err,
+              error + "\nThe license that was not installed:\n{\"blob\":\"B\"}\n");
+    EXPECT_EQ(runAtTerminal(box, args(line + " --json")).err, QString());
 }
 
 }  // namespace

@@ -172,6 +172,8 @@ TEST_F(TrialLicense, IsNotInstalledWhenTheServiceGaveNone) {
 500 | <html> | licensing service returned HTTP 500
 403 | {"error":""} | licensing service returned HTTP 403
 200 | [{"tier":"t"}] | the licensing service sent no license
+200 | {"error":"name taken: %1"} | name taken: %1
+200 | {"error":7} | the licensing service sent no license
 )")) {
         SCOPED_TRACE(cells.join(u'|').toStdString());
         service.on("POST", "/api/trial", [&](const httplib::Request&, httplib::Response& response) {
