@@ -15,8 +15,6 @@ namespace quorvelle {
 
 namespace {
 
-const QString kTargets = QStringLiteral("launch_targets");
-
 /// A channel of a server, and the command that works on it.
 struct Place {
     Server server;
@@ -29,10 +27,25 @@ Reply readChannel(const Place& place) {
                    place.operation);
 }
 
+/// The list that a change begins with; nothing after the reason was printed. A page of
+/// something between us and the server must not stand for an empty list.
+std::optional<QJsonArray> readTargets(const Place& place) {
+    const Reply reply = readChannel(place);
+    if (!reply.ok) {
+        return std::nullopt;
+    }
+    const auto targets = isObject(reply) ? targetsOf(reply.object) : std::nullopt;
+    if (!targets) {
+        printError(
+            QStringLiteral("%1 failed: the reply holds no launch targets").arg(place.operation));
+    }
+    return targets;
+}
+
 int writeTargets(const Place& place, const QJsonArray& targets, const QString& text) {
     return finish(
         postJson(place.server, apiPath(QStringLiteral("/api/channels/%1/launch"), place.channel),
-                 place.operation, {{kTargets, targets}}),
+                 place.operation, {{kTargetsKey, targets}}),
         text);
 }
 
@@ -40,16 +53,15 @@ int writeTargets(const Place& place, const QJsonArray& targets, const QString& t
 /// list and is not ends it before the change.
 int editTargets(const Place& place, const std::optional<QString>& requiredLabel,
                 const QString& text, const std::function<QJsonArray(const QJsonArray&)>& change) {
-    const Reply reply = readChannel(place);
-    if (!reply.ok) {
+    const std::optional<QJsonArray> targets = readTargets(place);
+    if (!targets) {
         return kExitFailed;
     }
-    const QJsonArray targets = reply.object.value(kTargets).toArray();
-    if (requiredLabel && indexOfTarget(targets, *requiredLabel) < 0) {
+    if (requiredLabel && indexOfTarget(*targets, *requiredLabel) < 0) {
         return failWith(kExitUsage, QStringLiteral("no launch target labelled '%1' on '%2'")
                                         .arg(*requiredLabel, place.channel));
     }
-    return writeTargets(place, change(targets), text);
+    return writeTargets(place, change(*targets), text);
 }
 
 }  // namespace
@@ -58,7 +70,7 @@ int channelLaunchListCommand(QStringList args) {
     return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& channel = rest.first();
         const Reply reply = readChannel({server, channel, QStringLiteral("channel launch list")});
-        const QJsonArray targets = reply.object.value(kTargets).toArray();
+        const QJsonArray targets = reply.object.value(kTargetsKey).toArray();
         return finish(reply, targets.isEmpty()
                                  ? QStringLiteral("'%1' has no launch targets\n").arg(channel)
                                  : targetLines(targets));
@@ -75,13 +87,12 @@ int channelLaunchAddCommand(QStringList args) {
             return printUsage();
         }
         const Place place{server, rest.first(), QStringLiteral("channel launch add")};
-        const Reply reply = readChannel(place);
-        if (!reply.ok) {
+        const std::optional<QJsonArray> held = readTargets(place);
+        if (!held) {
             return kExitFailed;
         }
-        QJsonArray targets = reply.object.value(kTargets).toArray();
-        const bool known = indexOfTarget(targets, label) >= 0;
-        targets = withTarget(targets, label, exe, arguments);
+        const bool known = indexOfTarget(*held, label) >= 0;
+        QJsonArray targets = withTarget(*held, label, exe, arguments);
         if (primary) {
             targets = withOnlyPrimary(targets, indexOfTarget(targets, label));
         }

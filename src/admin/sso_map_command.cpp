@@ -1,6 +1,7 @@
 #include "admin/sso_map_command.h"
 
 #include <functional>
+#include <optional>
 
 #include "admin/roles.h"
 #include "console/arguments.h"
@@ -53,22 +54,37 @@ int listMapping(const Server& server) {
     return finish(reply, mappingText(server.url, reply.object));
 }
 
+bool isObjectOrMissing(const QJsonValue& value) {
+    return value.isObject() || value.isUndefined() || value.isNull();
+}
+
+/// The mapping in a reply, empty where it has none yet; nothing when the reply, the mapping
+/// or one of its tables is something else. What answers so may stand between us and the
+/// server, and a change that started from nothing would drop what is in the real one.
+std::optional<QJsonObject> mappingOf(const Reply& reply) {
+    const QJsonValue value = reply.object.value(u"mapping");
+    const QJsonObject mapping = value.toObject();
+    const bool isMapping = isObject(reply) && isObjectOrMissing(value) &&
+                           isObjectOrMissing(mapping.value(kRoles)) &&
+                           isObjectOrMissing(mapping.value(kGroups));
+    return isMapping ? std::optional(mapping) : std::nullopt;
+}
+
 int changeMapping(const Server& server, const Change& change) {
     const QString label = QStringLiteral("sso map");
     const Reply current = getJson(server, kMappingPath, label);
     if (!current.ok) {
         return kExitFailed;
     }
-    // What answers without either is something between us and the server; writing a
-    // mapping that starts from nothing would drop everything that stands in the real one.
-    if (!current.object.contains(u"mapping") && !current.object.contains(u"configured")) {
-        return failWith(kExitFailed, QStringLiteral("sso map failed: the reply holds no mapping"));
+    std::optional<QJsonObject> mapping = mappingOf(current);
+    if (!mapping) {
+        return failWith(kExitFailed,
+                        QStringLiteral("%1 failed: the reply holds no mapping").arg(label));
     }
-    QJsonObject mapping = current.object.value(u"mapping").toObject();
-    if (!change(mapping)) {
+    if (!change(*mapping)) {
         return kExitUsage;
     }
-    return finish(putJson(server, kMappingPath, label, mapping),
+    return finish(putJson(server, kMappingPath, label, *mapping),
                   QStringLiteral("Mapping saved.\n"));
 }
 

@@ -1,7 +1,5 @@
 #include "launch/target_list.h"
 
-#include <QJsonObject>
-
 namespace quorvelle {
 
 namespace {
@@ -18,6 +16,14 @@ bool hasLabel(const QJsonValue& target, const QString& label) {
 }
 
 }  // namespace
+
+std::optional<QJsonArray> targetsOf(const QJsonObject& channel) {
+    const QJsonValue targets = channel.value(kTargetsKey);
+    if (!targets.isArray() && !targets.isUndefined() && !targets.isNull()) {
+        return std::nullopt;
+    }
+    return targets.toArray();
+}
 
 qsizetype indexOfTarget(const QJsonArray& targets, const QString& label) {
     for (qsizetype i = 0; i < targets.size(); ++i) {

@@ -1,13 +1,22 @@
 #pragma once
 
 #include <QJsonArray>
+#include <QJsonObject>
 #include <QString>
+#include <optional>
 
 /// A channel's list of launch targets, as the server keeps it and its administrators edit
 /// it. Pure functions: each takes a list and returns the changed one. Keys and entries that
 /// this version does not know are kept, and so are the places in the list.
 
 namespace quorvelle {
+
+/// The list's key in a channel.
+inline const QString kTargetsKey = QStringLiteral("launch_targets");
+
+/// The list in a channel as a server describes it, empty where it has none; nothing when
+/// something else stands in its place.
+std::optional<QJsonArray> targetsOf(const QJsonObject& channel);
 
 /// Where the first target of that label stands, or -1.
 qsizetype indexOfTarget(const QJsonArray& targets, const QString& label);

@@ -143,7 +143,23 @@ TEST_F(ChannelLaunch, StopsBeforeItWritesAWrongList) {
         expectError(box, command(words), 2,
                     "channel launch " + words.section(' ', 0, 0) + " failed (HTTP 403): hidden");
     }
+    for (const char* reply : {"<html>", "", "[{\"label\":\"l\"}]", "{\"launch_targets\":",
+                              R"({"launch_targets":{"a":1}})", R"({"launch_targets":"l"})"}) {
+        SCOPED_TRACE(reply);
+        server.onBytes("GET", kGet + 4, reply);
+        for (const QString words : {"add a/b --label l --exe e", "remove a/b l", "primary a/b l",
+                                    "primary a/b --clear"}) {
+            expectError(box, command(words), 2,
+                        "channel launch " + words.section(' ', 0, 0) +
+                            " failed: the reply holds no launch targets");
+        }
+    }
     EXPECT_THAT(server.lines(), ::testing::Each(kGet));
+    for (const char* none : {"{}", R"({"channel":"app"})", R"({"launch_targets":null})"}) {
+        server.onBytes("GET", kGet + 4, none);
+        EXPECT_EQ(box.run(command("primary a/b --clear")).code, 0);
+        EXPECT_EQ(server.requests().back().body, R"({"launch_targets":[]})");
+    }
     hold("[]");
     server.onJson("POST", kPost + 5, json("{'error':'no'}"), 409);
     expectError(box, command("add a/b --label l --exe e"), 2,

@@ -91,8 +91,9 @@ TEST_F(SsoMap, WritesTheWholeMappingBackWithOneChange) {
     server.onJson("PUT", kMapping, {{"saved", true}});
     for (const QStringList& cells : rows(R"(
 role x publisher | {'mapping':{'roles':{'a':'admin','x':'member'},'groups':{'g':'h'},'limit':9007199254740993}} | {'roles':{'a':'admin','x':'publisher'},'groups':{'g':'h'},'limit':9007199254740993}
-role a/b admin | {'configured':false} | {'roles':{'a/b':'admin'}}
-group x staff | {'mapping':{'roles':{'x':'admin'},'deep':{'k':[null]}}} | {'roles':{'x':'admin'},'groups':{'x':'staff'},'deep':{'k':[null]}}
+role a/b admin | {} | {'roles':{'a/b':'admin'}}
+role a admin | {'configured':true,'mapping':null} | {'roles':{'a':'admin'}}
+group x staff | {'mapping':{'groups':null,'roles':{'x':'admin'},'deep':{'k':[null]}}} | {'roles':{'x':'admin'},'groups':{'x':'staff'},'deep':{'k':[null]}}
 remove x | {'mapping':{'roles':{'a':'admin','x':'member'},'groups':{'g':'h'}}} | {'roles':{'a':'admin'},'groups':{'g':'h'}}
 remove x | {'mapping':{'roles':{},'groups':{'x':'h'},'new':1}} | {'roles':{},'groups':{},'new':1}
 remove x | {'mapping':{'roles':{'x':'admin'},'groups':{'x':'h'}}} | {'roles':{},'groups':{}}
@@ -117,7 +118,9 @@ TEST_F(SsoMap, WritesNothingItHasNotReadOrCannotChange) {
     const QStringList words = args("sso map remove x%1");
     expectError(box, words, 2,
                 "sso map failed (HTTP 404): nothing at " + QString::fromStdString(kMapping));
-    for (const char* reply : {"<html>", "{}", "[{'configured':true}]"}) {
+    for (const char* reply :
+         {"<html>", "", R"([{"mapping":{}}])", R"({"mapping":"x"})", R"({"mapping":[1]})",
+          R"({"mapping":{"roles":[1,2]}})", R"({"mapping":{"groups":"g"}})"}) {
         server.onBytes("GET", kMapping, reply);
         expectError(box, words, 2, "sso map failed: the reply holds no mapping");
     }
