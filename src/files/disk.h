@@ -44,6 +44,10 @@ std::optional<std::uint64_t> fileSize(const std::filesystem::path& path);
 /// What a directory holds, in no particular order; empty when it cannot be read.
 std::vector<std::filesystem::path> entriesOf(const std::filesystem::path& directory);
 
+/// The same; `error` tells whether it could be read to its end.
+std::vector<std::filesystem::path> entriesOf(const std::filesystem::path& directory,
+                                             std::error_code& error);
+
 /// Makes a directory whose parent exists. False when it stands already or is refused.
 bool makeDirectory(const std::filesystem::path& path);
 

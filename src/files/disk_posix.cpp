@@ -40,8 +40,12 @@ std::optional<std::uint64_t> fileSize(const fs::path& path) {
 }
 
 std::vector<fs::path> entriesOf(const fs::path& directory) {
+    std::error_code ignored;
+    return entriesOf(directory, ignored);
+}
+
+std::vector<fs::path> entriesOf(const fs::path& directory, std::error_code& error) {
     std::vector<fs::path> entries;
-    std::error_code error;
     for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
          entry.increment(error)) {
         entries.push_back(entry->path());

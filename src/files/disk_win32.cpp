@@ -77,11 +77,23 @@ std::optional<std::uint64_t> fileSize(const fs::path& path) {
 }
 
 std::vector<fs::path> entriesOf(const fs::path& directory) {
+    std::error_code ignored;
+    return entriesOf(directory, ignored);
+}
+
+std::vector<fs::path> entriesOf(const fs::path& directory, std::error_code& error) {
+    // A volume may hold nothing, not even ".", which is how the end of a search reads then.
+    const auto asError = [](DWORD code) {
+        const bool isEnd = code == ERROR_NO_MORE_FILES || code == ERROR_FILE_NOT_FOUND;
+        return isEnd ? std::error_code()
+                     : std::error_code(static_cast<int>(code), std::system_category());
+    };
     std::vector<fs::path> entries;
     WIN32_FIND_DATAW found = {};
     const HANDLE search = FindFirstFileExW(openable(directory / L"*").c_str(), FindExInfoBasic,
                                            &found, FindExSearchNameMatch, nullptr, 0);
     if (search == INVALID_HANDLE_VALUE) {
+        error = asError(GetLastError());
         return entries;
     }
     do {
@@ -90,6 +102,7 @@ std::vector<fs::path> entriesOf(const fs::path& directory) {
             entries.push_back(directory / name);
         }
     } while (FindNextFileW(search, &found) != 0);
+    error = asError(GetLastError());
     FindClose(search);
     return entries;
 }

@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include "console/arguments.h"
 #include "console/exit_code.h"
@@ -17,21 +18,43 @@ namespace quorvelle {
 
 namespace {
 
+/// What tells that a file was written to.
+struct FileState {
+    qint64 size;
+    QDateTime modified;
+
+    bool operator==(const FileState&) const = default;
+};
+
+FileState stateOf(const QString& file) {
+    const QFileInfo info(file);
+    return {info.size(), info.lastModified()};
+}
+
 bool uploadFile(const Server& server, const QString& build, const QString& file,
                 const QString& relative) {
+    const FileState before = stateOf(file);
     QFile content(file);
     if (!content.open(QIODevice::ReadOnly)) {
-        printError(QStringLiteral("cannot open %1").arg(file));
+        printError(cannotOpen(file));
         return false;
     }
     const QString size = QString::number(content.size());
     const Reply reply = putFile(server, apiPath(QStringLiteral("/api/builds/%1/files"), build),
                                 QStringLiteral("upload of %1").arg(relative),
                                 {{QStringLiteral("path"), relative}}, content);
-    if (reply.ok) {
-        printProgress(QStringLiteral("  %1 (%2 bytes)\n").arg(relative, size));
+    const FileState after = stateOf(file);
+    // Of a file that shrinks, the request cannot send as much as it promised.
+    if (!reply.ok && after.size >= before.size) {
+        printError(reply.failure);
+        return false;
     }
-    return reply.ok;
+    if (after != before) {
+        printError(QStringLiteral("%1 changed while it was uploaded").arg(file));
+        return false;
+    }
+    printProgress(QStringLiteral("  %1 (%2 bytes)\n").arg(relative, size));
+    return true;
 }
 
 /// Uploads, finalizes and promotes; each failure has been printed.
@@ -89,7 +112,10 @@ int pushCommand(QStringList args) {
     if (directory.isEmpty() || !QDir(directory).exists()) {
         return failWith(kExitFailed, directory + QStringLiteral(" is not a directory"));
     }
-    const QStringList files = buildFiles(directory);
+    const auto [files, refusal] = buildFiles(directory);
+    if (!refusal.isEmpty()) {
+        return failWith(kExitFailed, refusal);
+    }
     if (files.isEmpty()) {
         return failWith(kExitFailed, QStringLiteral("No files found in ") + directory);
     }

@@ -28,14 +28,22 @@ QNetworkAccessManager& networkManager() {
     return *manager;
 }
 
-Reply call(const HttpRequest& request, const QString& label) {
+/// Prints nothing.
+Reply attempt(const HttpRequest& request, const QString& label) {
     HttpExchange exchange(networkManager(), request);
     await(exchange);
     if (!exchange.succeeded()) {
-        printError(exchange.failureText(label));
-        return {};
+        return {.failure = exchange.failureText(label)};
     }
     return {exchange.object(), true, exchange.bytes()};
+}
+
+Reply call(const HttpRequest& request, const QString& label) {
+    Reply reply = attempt(request, label);
+    if (!reply.ok) {
+        printError(reply.failure);
+    }
+    return reply;
 }
 
 HttpRequest withJson(const QByteArray& method, const Server& server, const QString& path,
@@ -84,12 +92,12 @@ Reply putJson(const Server& server, const QString& path, const QString& label,
 
 Reply putFile(const Server& server, const QString& path, const QString& label,
               const QueryItems& query, QIODevice& content) {
-    return call({.method = "PUT",
-                 .url = apiUrl(server.url, path, query),
-                 .token = server.token,
-                 .contentType = kBytes,
-                 .bodyDevice = &content},
-                label);
+    return attempt({.method = "PUT",
+                    .url = apiUrl(server.url, path, query),
+                    .token = server.token,
+                    .contentType = kBytes,
+                    .bodyDevice = &content},
+                   label);
 }
 
 Reply deleteResource(const Server& server, const QString& path, const QString& label,

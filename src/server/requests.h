@@ -21,10 +21,12 @@ namespace quorvelle {
 /// The reply's JSON object, empty when the body is none. When `ok` is false the
 /// message has been printed and the handler returns kExitFailed.
 struct Reply {
-    QJsonObject object;
+    QJsonObject object = {};
     bool ok = false;
     /// As it came.
     QByteArray body = {};
+    /// The message of a failure.
+    QString failure = {};
 };
 
 /// Whether the body is a JSON object, be it an empty one.
@@ -57,7 +59,8 @@ Reply putJson(const Server& server, const QString& path, const QString& label,
               const QJsonObject& body);
 
 /// Streams the open device from its beginning as application/octet-stream; memory
-/// does not grow with its size.
+/// does not grow with its size. A failure is left to the caller to print, who can see
+/// whether the device was at fault.
 Reply putFile(const Server& server, const QString& path, const QString& label,
               const QueryItems& query, QIODevice& content);
 

@@ -2,6 +2,9 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QFile>
+#include <functional>
+#include <thread>
 
 #include "support/fake_builds.h"
 #include "support/one_request.h"
@@ -99,19 +102,6 @@ TEST_F(Push, ShowsNamesAndTheServerAsTyped) {
                       "Channel '%1' now at build %3 b\n");
 }
 
-TEST_F(Push, TakesLinksToFilesUnlessBehindALinkToAFolder) {
-    box.write("build/file", "");
-    box.write("outside/x", "");
-    for (const auto& [at, target] : {std::pair{"folder", "outside"},
-                                     {"loop", "build"},
-                                     {"broken", "nowhere"},
-                                     {"linked", "outside/x"}}) {
-        ASSERT_TRUE(QFile::link(box.path(target), box.path("build/") + at)) << at;
-    }
-    accept({"file", "linked"});
-    EXPECT_TRUE(box.run(words).out.contains(" ...\n  file (0 bytes)\n  linked (0 bytes)\nF"));
-}
-
 TEST_F(Push, NamesABuildAfterTheTimeInUtc) {
     box.write("build/a", "x");
     box.environment.insert("TZ", "Asia/Tokyo");
@@ -192,6 +182,49 @@ TEST_F(Push, StopsAtAFileThatCannotBeOpened) {
     expectOutcome(runObeyingPermissions(box, words + QStringList("--json")), 2,
                   R"({"error":")" + message + "\"}\n");
     EXPECT_EQ(server.lines().size(), 2U);
+}
+
+TEST_F(Push, NoticesAFileThatIsWrittenToMeanwhile) {
+    const QString path = box.path("build/a");
+    const std::function<void()> changes[] = {[&] { box.write("build/a", "longer"); },
+                                             [&] {
+                                                 QFile file(path);
+                                                 EXPECT_TRUE(file.open(QIODevice::Append));
+                                                 file.setFileTime(QDateTime::fromSecsSinceEpoch(1),
+                                                                  QFile::FileModificationTime);
+                                             }};
+    for (const auto& change : changes) {
+        box.write("build/a", "12");
+        server.on("PUT", "/api/builds/b1/files?path=a",
+                  [&](const httplib::Request&, httplib::Response&) { change(); });
+        server.forget();
+        expectOutcome(box.run(words), 2,
+                      "Pushing 1 files as build b1 to " + server.url() + " ...\n",
+                      path + " changed while it was uploaded\n");
+        EXPECT_EQ(server.lines().size(), 1U);
+    }
+}
+
+/// The server takes the head, cuts the file off and only then reads on. The file is larger
+/// than what a connection can hold on its way.
+TEST_F(Push, NoticesAFileThatShrinksMeanwhile) {
+    const QString path = box.path("build/a");
+    box.write("build/a", "");
+    ASSERT_TRUE(QFile::resize(path, 64 << 20));
+    httplib::Server slow;
+    slow.Put(".*",
+             [&](const httplib::Request&, httplib::Response&, const httplib::ContentReader& body) {
+                 QFile::resize(path, 1);
+                 body([](const char*, std::size_t) { return true; });
+             });
+    const int port = slow.bind_to_any_port("127.0.0.1");
+    std::thread serving([&] { slow.listen_after_bind(); });
+    const QString url = QString("http://127.0.0.1:%1").arg(port);
+    expectOutcome(box.run(words + QStringList{"--server", url}), 2,
+                  "Pushing 1 files as build b1 to " + url + " ...\n",
+                  path + " changed while it was uploaded\n");
+    slow.stop();
+    serving.join();
 }
 
 }  // namespace
