@@ -4,7 +4,7 @@
 #include <csignal>
 
 #include "support/fake_cloudflare.h"
-#include "support/process_runner.h"
+#include "support/outcomes.h"
 #include "support/qt_printers.h"
 
 namespace quorvelle::testing {
@@ -30,6 +30,27 @@ TEST(StorageInit, UndoesItsWorkWhenItIsInterrupted) {
         EXPECT_EQ(outcome.err, "interrupted\n");
         EXPECT_EQ(cloudflare.left(), std::set<std::string>{});
         EXPECT_EQ(cloudflare.server.lines().back(), "DELETE /accounts/acc/r2/buckets/builds-1");
+    }
+}
+
+TEST(StorageInit, KeepsAnEarlierCredentialThatItCannotReplace) {
+    for (const char* earlier : {"(missing)", "earlier"}) {
+        Sandbox sandbox;
+        FakeCloudflare cloudflare;
+        sandbox.environment.insert("QUORVELLE_CLOUDFLARE_API_URL", cloudflare.server.url());
+        sandbox.environment.insert("CLOUDFLARE_API_TOKEN", "operator-secret");
+        if (*earlier != '(') {
+            sandbox.write("ci.env", earlier);
+        }
+        const Outcome outcome = sandbox.runProgram(
+            "prlimit",
+            QStringList{"--fsize=0", "--", quorvelleProgram()} +
+                args("storage init --yes --bucket builds-1 --ci-secret-file ci.env --server " +
+                     cloudflare.server.url()));
+        EXPECT_EQ(outcome.code, 2);
+        EXPECT_TRUE(outcome.err.contains("could not be written to ci.env"))
+            << outcome.err.toStdString();
+        EXPECT_EQ(sandbox.read("ci.env"), earlier);
     }
 }
 
