@@ -55,6 +55,7 @@ void removeLeftovers(const QString& path) {
 }
 
 bool saveWhole(const QString& path, const QByteArray& bytes, Access access) {
+    removeLeftovers(path);
     SaveFile file(path);
     return file.open(access) && file.write(bytes) && file.commit();
 }

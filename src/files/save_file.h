@@ -41,7 +41,7 @@ private:
     std::unique_ptr<File> file;
 };
 
-/// The same in one call. The folder must exist.
+/// The same in one call, after removeLeftovers(). The folder must exist.
 bool saveWhole(const QString& path, const QByteArray& bytes, Access access = Access::kDefault);
 
 /// Removes the temporary files that killed saves left beside a file: saves of it, and of
