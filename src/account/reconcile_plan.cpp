@@ -6,6 +6,7 @@
 #include "config/config_document.h"
 #include "config/config_file.h"
 #include "config/install_folders.h"
+#include "config/subscription.h"
 #include "files/free_name.h"
 #include "files/safe_path.h"
 
@@ -13,7 +14,7 @@ namespace quorvelle {
 
 namespace {
 
-constexpr int kDefaultSetting = -1;
+constexpr int kDefaultInterval = -1;
 
 bool canBeFolderName(const QString& channel) {
     return files::isSafeRelativePath(channel.toStdString()) && !channel.contains(u'/') &&
@@ -118,8 +119,8 @@ ReconcilePlan planReconcile(const QJsonObject& document, const QJsonObject& entr
                         {QStringLiteral("server"), server},
                         {QStringLiteral("channel"), channel},
                         {QStringLiteral("dir"), *folder},
-                        {QStringLiteral("interval_seconds"), kDefaultSetting},
-                        {QStringLiteral("self_heal"), kDefaultSetting},
+                        {QStringLiteral("interval_seconds"), kDefaultInterval},
+                        {QStringLiteral("self_heal"), static_cast<int>(SelfHeal::kDefault)},
                         {QStringLiteral("token"), entry.value(u"token").toString()},
                         {QStringLiteral("managed"), true}});
         plan.changes.append(QStringLiteral("subscribed '%1' (%2 @ %3)").arg(name, channel, server));

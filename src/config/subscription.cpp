@@ -8,6 +8,25 @@ namespace quorvelle {
 
 namespace {
 
+struct SelfHealWord {
+    SelfHeal mode;
+    const char* word;
+};
+
+/// The default comes last.
+constexpr SelfHealWord kSelfHealWords[] = {{SelfHeal::kNone, "none"},
+                                           {SelfHeal::kQuick, "quick"},
+                                           {SelfHeal::kFull, "full"},
+                                           {SelfHeal::kDefault, "default"}};
+
+/// The word of a stored number; that of the default for one without a meaning.
+const SelfHealWord& selfHealWord(int stored) {
+    const auto* known = std::find_if(
+        std::begin(kSelfHealWords), std::prev(std::end(kSelfHealWords)),
+        [stored](const SelfHealWord& entry) { return static_cast<int>(entry.mode) == stored; });
+    return *known;
+}
+
 bool isPlainNumber(const QString& text) {
     return !text.isEmpty() &&
            std::all_of(text.begin(), text.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
@@ -31,19 +50,17 @@ std::optional<int> parseInterval(const QString& text) {
     return seconds;
 }
 
+SelfHeal selfHealOf(const QJsonObject& subscription) {
+    const QJsonValue stored = subscription.value(u"self_heal");
+    return selfHealWord(stored.toInt(static_cast<int>(SelfHeal::kDefault))).mode;
+}
+
 std::optional<int> parseSelfHeal(const QString& text) {
     const QString value = text.trimmed().toLower();
-    if (value == u"none") {
-        return 0;
-    }
-    if (value == u"quick") {
-        return 1;
-    }
-    if (value == u"full") {
-        return 2;
-    }
-    if (value == u"default") {
-        return -1;
+    for (const auto& [mode, word] : kSelfHealWords) {
+        if (value == QLatin1String(word)) {
+            return static_cast<int>(mode);
+        }
     }
     return std::nullopt;
 }
@@ -59,16 +76,7 @@ QString intervalText(int seconds) {
 }
 
 QString selfHealText(int mode) {
-    switch (mode) {
-        case 0:
-            return QStringLiteral("none");
-        case 1:
-            return QStringLiteral("quick");
-        case 2:
-            return QStringLiteral("full");
-        default:
-            return QStringLiteral("default");
-    }
+    return QLatin1String(selfHealWord(mode).word);
 }
 
 QString subscriptionLine(const QJsonObject& subscription) {
@@ -79,7 +87,7 @@ QString subscriptionLine(const QJsonObject& subscription) {
                              .arg(text("name"), text("channel"), text("server"),
                                   QDir::toNativeSeparators(text("dir")),
                                   intervalText(subscription.value(u"interval_seconds").toInt(-1)),
-                                  selfHealText(subscription.value(u"self_heal").toInt(-1)));
+                                  selfHealText(static_cast<int>(selfHealOf(subscription))));
     const bool managed = subscription.value(u"managed").toBool();
     return line + (managed ? QStringLiteral("  [managed]\n") : QStringLiteral("\n"));
 }

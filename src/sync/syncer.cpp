@@ -26,12 +26,14 @@ Syncer::~Syncer() {
 }
 
 void Syncer::start(const QJsonObject& subscription, bool forced) {
-    force = forced;
-    const int mode = subscription.value(u"self_heal").toInt(-1);
-    selfHeal = mode >= 0 ? mode : defaultSelfHeal;
     if (running) {
         Q_EMIT failed(QStringLiteral("a sync is already running"));
         return;
+    }
+    force = forced;
+    selfHeal = selfHealOf(subscription);
+    if (selfHeal == SelfHeal::kDefault) {
+        selfHeal = defaultSelfHeal;
     }
     name = subscription.value(u"name").toString();
     server = subscription.value(u"server").toString();

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 
+#include "config/subscription.h"
 #include "files/process_lock.h"
 #include "files/save_file.h"
 #include "server/http_exchange.h"
@@ -90,8 +91,8 @@ private:
     QNetworkAccessManager network;
     bool running = false;
     bool force = false;
-    int defaultSelfHeal = 1;
-    int selfHeal = 1;
+    SelfHeal defaultSelfHeal = SelfHeal::kQuick;
+    SelfHeal selfHeal = SelfHeal::kQuick;
     QString name;
     QString server;
     QString channel;

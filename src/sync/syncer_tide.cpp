@@ -15,7 +15,6 @@ namespace quorvelle {
 namespace {
 
 constexpr double kBytesPerMegabyte = 1048576.0;
-constexpr int kFullCheck = 2;
 
 QString buildIdOf(const QJsonObject& reply) {
     const QString build = reply.value(u"build").toString();
@@ -53,7 +52,7 @@ void Syncer::onTideReply(const HttpExchange& exchange) {
         !force && readInstalledMarker(dir).build == buildId && directoryExists(dir);
     if (!current) {
         startTideDownload();
-    } else if (selfHeal == 0) {
+    } else if (selfHeal == SelfHeal::kNone) {
         endFinished(false, QStringLiteral("'%1' is up to date").arg(name));
     } else {
         startSelfHeal();
@@ -61,7 +60,7 @@ void Syncer::onTideReply(const HttpExchange& exchange) {
 }
 
 void Syncer::startSelfHeal() {
-    const bool quick = selfHeal != kFullCheck;
+    const bool quick = selfHeal != SelfHeal::kFull;
     Q_EMIT progress(named(quick ? QStringLiteral("checking install ...")
                                 : QStringLiteral("verifying install ...")));
     runOnWorker([job = tideJob, quick] { return checkInstall(job, quick); },
