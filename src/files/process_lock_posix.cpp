@@ -7,6 +7,8 @@
 
 #include <QFile>
 #include <cerrno>
+#include <string>
+#include <system_error>
 
 namespace quorvelle {
 
@@ -24,6 +26,32 @@ struct ProcessLock::Holding {
 
 namespace {
 
+constexpr mode_t kOwnersFile = S_IRUSR | S_IWUSR;
+constexpr mode_t kEverybodysFile = kOwnersFile | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+
+/// A link in the file's place is never followed, and a pipe not waited for.
+constexpr int kOpening = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+
+/// How often a file may vanish between two looks at it before it counts as missing.
+constexpr int kMostLooks = 100;
+
+/// The file at `path`, made when it is missing, or -1 with errno set.
+int openLockFile(const char* path, mode_t mode) {
+    for (int looks = 0; looks < kMostLooks; ++looks) {
+        const int made = ::open(path, O_RDWR | O_CREAT | kOpening, mode);
+        if (made >= 0 || (errno != EACCES && errno != EPERM && errno != EROFS)) {
+            return made;
+        }
+        // Another user's file is refused for writing, and in a folder such as /tmp for
+        // creation too, but it can be locked as soon as it can be read.
+        const int read = ::open(path, O_RDONLY | kOpening);
+        if (read >= 0 || errno != ENOENT) {
+            return read;
+        }
+    }
+    return -1;
+}
+
 bool lockDescriptor(int descriptor, int operation) {
     int result = 0;
     do {
@@ -35,30 +63,33 @@ bool lockDescriptor(int descriptor, int operation) {
 bool isStillNamed(int descriptor, const char* path) {
     struct stat opened = {};
     struct stat named = {};
-    return ::fstat(descriptor, &opened) == 0 && ::stat(path, &named) == 0 &&
+    return ::fstat(descriptor, &opened) == 0 && ::lstat(path, &named) == 0 &&
            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-/// The locked descriptor of the file at `path`, or -1 with the outcome set.
-int openLocked(const char* path, int operation, ProcessLock::Outcome& outcome) {
+/// The locked descriptor of the file at `path`, or -1 with errno set.
+int openLocked(const char* path, int operation, mode_t mode) {
     for (;;) {
-        const int descriptor = ::open(path, O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+        const int descriptor = openLockFile(path, mode);
         if (descriptor < 0) {
-            outcome = ProcessLock::Outcome::kUnavailable;
             return -1;
         }
         if (!lockDescriptor(descriptor, operation)) {
-            outcome = errno == EWOULDBLOCK ? ProcessLock::Outcome::kBusy
-                                           : ProcessLock::Outcome::kUnavailable;
+            const int error = errno;
             ::close(descriptor);
+            errno = error;
             return -1;
         }
         if (isStillNamed(descriptor, path)) {
-            outcome = ProcessLock::Outcome::kHeld;
             return descriptor;
         }
         ::close(descriptor);
     }
+}
+
+bool somethingStandsAt(const char* path) {
+    struct stat found = {};
+    return ::lstat(path, &found) == 0;
 }
 
 }  // namespace
@@ -68,11 +99,23 @@ ProcessLock::~ProcessLock() = default;
 
 ProcessLock::Outcome ProcessLock::take(const QString& path, bool wait) {
     const QByteArray name = QFile::encodeName(path);
-    Outcome outcome = Outcome::kUnavailable;
-    const int descriptor =
-        openLocked(name.constData(), wait ? LOCK_EX : LOCK_EX | LOCK_NB, outcome);
+    const int descriptor = openLocked(name.constData(), wait ? LOCK_EX : LOCK_EX | LOCK_NB,
+                                      wait ? kOwnersFile : kEverybodysFile);
+    const int error = errno;
     holding.reset(descriptor < 0 ? nullptr : new Holding{name, descriptor});
-    return outcome;
+    if (holding) {
+        return Outcome::kHeld;
+    }
+    if (error == EWOULDBLOCK) {
+        return Outcome::kBusy;
+    }
+    if (!somethingStandsAt(name.constData())) {
+        return Outcome::kNoPlace;
+    }
+    const std::string reason = std::system_category().message(error);
+    refusal = error == ELOOP ? QStringLiteral("it is a symbolic link")
+                             : QString::fromLocal8Bit(reason.c_str());
+    return Outcome::kRefused;
 }
 
 void ProcessLock::release() {

@@ -15,6 +15,8 @@ namespace {
 
 constexpr int kNewestChannelSchema = 1;
 
+constexpr QLatin1String kAlreadyRunning("a sync is already running");
+
 }  // namespace
 
 Syncer::Syncer(QObject* parent) : QObject(parent) {}
@@ -27,7 +29,7 @@ Syncer::~Syncer() {
 
 void Syncer::start(const QJsonObject& subscription, bool forced) {
     if (running) {
-        Q_EMIT failed(QStringLiteral("a sync is already running"));
+        Q_EMIT failed(kAlreadyRunning);
         return;
     }
     force = forced;
@@ -51,8 +53,7 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
                       .arg(name.isEmpty() ? QStringLiteral("?") : name));
         return;
     }
-    if (lock.tryAcquire(statePath(dir, kLockSuffix)) == ProcessLock::Outcome::kBusy) {
-        endFailed(QStringLiteral("a sync is already running"));
+    if (!takeLock()) {
         return;
     }
     migrateLegacyState(dir);
@@ -61,6 +62,24 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
     Q_EMIT progress(named(QStringLiteral("checking channel '%1' ...").arg(channel)));
     get(apiPath(QStringLiteral("/api/channels/%1"), channel), {}, QStringLiteral("sync"),
         &Syncer::onChannelReply);
+}
+
+bool Syncer::takeLock() {
+    const QString path = statePath(dir, kLockSuffix);
+    switch (lock.tryAcquire(path)) {
+        case ProcessLock::Outcome::kBusy:
+            endFailed(kAlreadyRunning);
+            return false;
+        case ProcessLock::Outcome::kRefused:
+            endFailed(named(QStringLiteral("cannot lock %1: %2").arg(path, lock.reason())));
+            return false;
+        case ProcessLock::Outcome::kHeld:
+        // Where no lock can be made, nothing else can be written either, and the sync
+        // comes to the end that is due to that.
+        case ProcessLock::Outcome::kNoPlace:
+            break;
+    }
+    return true;
 }
 
 void Syncer::onChannelReply(const HttpExchange& exchange) {

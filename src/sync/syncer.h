@@ -55,6 +55,7 @@ Q_SIGNALS:
 
 private:
     // syncer.cpp: the driver
+    bool takeLock();
     void onChannelReply(const HttpExchange& exchange);
     void get(const QString& path, const QueryItems& query, const QString& context,
              void (Syncer::*onReply)(const HttpExchange&), HttpExchange::Sink sink = {},

@@ -48,13 +48,15 @@ TEST(ProcessLock, IsNotHeldByAFileLeftBehind) {
     EXPECT_EQ(sandbox.tree("."), QStringList());
 }
 
-TEST(ProcessLock, IsUnavailableWhereNoFileCanBeMade) {
+TEST(ProcessLock, TellsNoPlaceForAFileFromARefusal) {
     const Sandbox sandbox;
     sandbox.write("folder/file", "");
     ProcessLock lock;
-    EXPECT_EQ(lock.tryAcquire(sandbox.path("missing/lock")), Lock::kUnavailable);
-    EXPECT_EQ(lock.acquire(sandbox.path("folder")), Lock::kUnavailable);
-    EXPECT_EQ(lock.acquire(sandbox.path("folder/file/lock")), Lock::kUnavailable);
+    EXPECT_EQ(lock.tryAcquire(sandbox.path("missing/lock")), Lock::kNoPlace);
+    EXPECT_EQ(lock.acquire(sandbox.path("folder/file/lock")), Lock::kNoPlace);
+    EXPECT_EQ(lock.reason(), QString());
+    EXPECT_EQ(lock.acquire(sandbox.path("folder")), Lock::kRefused);
+    EXPECT_NE(lock.reason(), QString());
     EXPECT_EQ(sandbox.tree("."), QStringList("folder/file="));
 }
 
