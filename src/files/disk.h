@@ -60,8 +60,9 @@ void makeDirectories(const std::filesystem::path& path);
 std::error_code renameEntry(const std::filesystem::path& from, const std::filesystem::path& to,
                             WhenInUse inUse = WhenInUse::kWait);
 
-/// Removes an entry with all it holds, read-only files included. Links and junctions go,
-/// what they lead to stays. True when nothing stands at the path afterwards.
+/// Removes an entry with all it holds, read-only files and directories without write
+/// permission included. Links and junctions go, what they lead to stays. True when nothing
+/// stands at the path afterwards.
 bool removeTree(const std::filesystem::path& path);
 
 /// Cuts a file off behind its first `size` bytes.

@@ -7,6 +7,24 @@ namespace files {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+/// Lets the directories of a tree be emptied, as far as they are the user's own. A file
+/// needs no permission of its own to go, and may have another name elsewhere.
+void makeWritable(const fs::path& tree) {
+    if (!isRealDirectory(tree)) {
+        return;
+    }
+    std::error_code ignored;
+    fs::permissions(tree, fs::perms::owner_all, fs::perm_options::add | fs::perm_options::nofollow,
+                    ignored);
+    for (const fs::path& entry : entriesOf(tree)) {
+        makeWritable(entry);
+    }
+}
+
+}  // namespace
+
 fs::path openable(const fs::path& path) {
     return path;
 }
@@ -72,6 +90,10 @@ std::error_code renameEntry(const fs::path& from, const fs::path& to, WhenInUse)
 bool removeTree(const fs::path& path) {
     std::error_code error;
     fs::remove_all(path, error);
+    if (error) {
+        makeWritable(path);
+        fs::remove_all(path, error);
+    }
     return !error;
 }
 

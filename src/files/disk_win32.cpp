@@ -133,7 +133,9 @@ bool removeTree(const fs::path& path) {
         return entryKind(path) == EntryKind::kNothing;
     }
     if (isRealDirectory(path)) {
-        for (const fs::path& entry : entriesOf(path)) {
+        // Below the extended path every name is itself; elsewhere "nul" is a device, and
+        // dots and blanks at an end do not count.
+        for (const fs::path& entry : entriesOf(name)) {
             if (!removeTree(entry)) {
                 return false;
             }

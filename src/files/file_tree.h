@@ -18,8 +18,8 @@ bool directoryExists(const QString& path);
 /// up to 2 s for such use to end.
 bool renameEntry(const QString& from, const QString& to);
 
-/// Removes a file or a directory with all it holds, read-only files included. True when nothing
-/// stands at the path afterwards.
+/// Removes a file or a directory with all it holds, read-only files and directories without
+/// write permission included. True when nothing stands at the path afterwards.
 bool removeTree(const QString& path);
 
 }  // namespace quorvelle

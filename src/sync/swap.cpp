@@ -4,6 +4,7 @@
 
 #include "files/file_tree.h"
 #include "files/save_file.h"
+#include "sync/leftovers.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
 
@@ -16,7 +17,7 @@ SwapResult swapInStaged(const QString& dir) {
     if (installed) {
         // Without an install directory it may be the only copy; it then goes after
         // the staged build is in place.
-        removeTree(old);
+        discardTree(dir, kOldSuffix);
     }
     if (directoryExists(staging)) {
         saveWhole(statePath(dir, kSwapSuffix), {});
@@ -30,7 +31,7 @@ SwapResult swapInStaged(const QString& dir) {
         }
         return SwapResult::kNotMovable;
     }
-    removeTree(old);
+    discardTree(dir, kOldSuffix);
     return SwapResult::kSwapped;
 }
 
@@ -52,7 +53,7 @@ void recoverSwap(const QString& dir) {
         return;
     }
     if (inPlace) {
-        removeTree(old);
+        discardTree(dir, kOldSuffix);
         if (!writeInstalledMarker(dir, {staged.build, staged.channel}) ||
             !removeStagedMarker(dir)) {
             return;

@@ -5,6 +5,7 @@
 
 #include "files/file_tree.h"
 #include "server/server_option.h"
+#include "sync/leftovers.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
 #include "sync/swap.h"
@@ -58,6 +59,7 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
     }
     migrateLegacyState(dir);
     recoverSwap(dir);
+    removeLeftovers(dir);
     running = true;
     Q_EMIT progress(named(QStringLiteral("checking channel '%1' ...").arg(channel)));
     get(apiPath(QStringLiteral("/api/channels/%1"), channel), {}, QStringLiteral("sync"),

@@ -3,6 +3,7 @@
 
 #include "files/file_tree.h"
 #include "files/safe_path.h"
+#include "sync/leftovers.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
 #include "sync/syncer.h"
@@ -58,7 +59,7 @@ bool Syncer::prepareStaging() {
     // something else.
     const QString staging = statePath(dir, kStagingSuffix);
     return removeStagedMarker(dir) && removeTree(statePath(dir, kStagingBuildSuffix)) &&
-           removeTree(staging) && QDir().mkpath(staging);
+           discardTree(dir, kStagingSuffix) && QDir().mkpath(staging);
 }
 
 void Syncer::fetchNextFile() {

@@ -6,6 +6,7 @@
 
 #include "files/file_tree.h"
 #include "files/save_file.h"
+#include "sync/leftovers.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
 #include "sync/syncer.h"
@@ -109,7 +110,7 @@ bool Syncer::prepareTideStaging() {
         return false;
     }
     const bool resumes = directoryExists(staging) && stagedFor(dir) == buildId;
-    if (!resumes && !removeTree(staging)) {
+    if (!resumes && !discardTree(dir, kStagingSuffix)) {
         return false;
     }
     if (!QDir().mkpath(staging)) {
