@@ -14,6 +14,17 @@ std::filesystem::path nativePath(const QString& path) {
     return files::utf8Path(QFileInfo(path).absoluteFilePath().toStdString());
 }
 
+qsizetype filesBelow(const std::filesystem::path& directory) {
+    qsizetype count = 0;
+    for (const std::filesystem::path& entry : files::entriesOf(directory)) {
+        const files::EntryKind kind = files::entryKind(entry);
+        count += kind == files::EntryKind::kDirectory ? filesBelow(entry)
+                 : kind == files::EntryKind::kFile    ? 1
+                                                      : 0;
+    }
+    return count;
+}
+
 }  // namespace
 
 bool entryExists(const QString& path) {
@@ -22,6 +33,26 @@ bool entryExists(const QString& path) {
 
 bool directoryExists(const QString& path) {
     return QFileInfo(path).isDir();
+}
+
+bool makeDirectoriesBelow(const QString& directory, const QString& relative) {
+    std::filesystem::path path = nativePath(directory);
+    if (!files::isRealDirectory(path)) {
+        return false;
+    }
+    // One at a time, so that none is made where the one above it has gone.
+    for (const QString& part : relative.split(u'/', Qt::SkipEmptyParts)) {
+        path /= files::utf8Path(part.toStdString());
+        if (!files::isRealDirectory(path) && !files::makeDirectory(path)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+qsizetype countFiles(const QString& directory) {
+    const std::filesystem::path path = nativePath(directory);
+    return files::isRealDirectory(path) ? filesBelow(path) : 0;
 }
 
 bool renameEntry(const QString& from, const QString& to) {

@@ -13,6 +13,14 @@ bool entryExists(const QString& path);
 /// True when a directory, or a link to one, stands at the path.
 bool directoryExists(const QString& path);
 
+/// Makes the directories of a relative path, with "/" between its parts, below a directory
+/// that stands. False where that one is gone or a link, or where anything but a directory
+/// is in the way.
+bool makeDirectoriesBelow(const QString& directory, const QString& relative);
+
+/// How many files a directory holds at any depth; 0 where none stands.
+qsizetype countFiles(const QString& directory);
+
 /// Renames a file or a directory. False when the platform refuses, for instance
 /// because files in it are in use or something else stands at `to`. Windows waits for
 /// up to 2 s for such use to end.

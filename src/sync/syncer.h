@@ -74,6 +74,7 @@ private:
     bool openTarget();
     bool storeBytes(const QByteArray& bytes);
     void onFileReply(const HttpExchange& exchange);
+    void activateIfComplete();
     QString couldNotFinalize() const;
 
     // syncer_tide.cpp: assembled from chunks on a worker

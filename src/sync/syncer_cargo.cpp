@@ -1,5 +1,6 @@
 #include <QDir>
-#include <QFileInfo>
+#include <QSet>
+#include <utility>
 
 #include "files/file_tree.h"
 #include "files/safe_path.h"
@@ -65,7 +66,7 @@ bool Syncer::prepareStaging() {
 void Syncer::fetchNextFile() {
     const int count = static_cast<int>(files.size());
     if (fileIndex >= count) {
-        activateStaged();
+        activateIfComplete();
         return;
     }
     const QString path = pathOf(files.at(fileIndex));
@@ -84,8 +85,10 @@ void Syncer::fetchNextFile() {
 
 bool Syncer::openTarget() {
     const QString path = pathOf(files.at(fileIndex));
-    const QString targetPath = QDir(statePath(dir, kStagingSuffix)).filePath(path);
-    if (!QDir().mkpath(QFileInfo(targetPath).path())) {
+    const QString staging = statePath(dir, kStagingSuffix);
+    const QString targetPath = QDir(staging).filePath(path);
+    // Staging is not made anew: what it held before would be missing in the build.
+    if (!makeDirectoriesBelow(staging, path.section(u'/', 0, -2))) {
         storeFailure = QStringLiteral("cannot create directory for %1").arg(path);
         return false;
     }
@@ -122,6 +125,18 @@ void Syncer::onFileReply(const HttpExchange&) {
     target.reset();
     ++fileIndex;
     fetchNextFile();
+}
+
+void Syncer::activateIfComplete() {
+    QSet<QString> paths;
+    for (const QJsonValue& entry : std::as_const(files)) {
+        paths.insert(pathOf(entry));
+    }
+    if (countFiles(statePath(dir, kStagingSuffix)) == paths.size()) {
+        activateStaged();
+    } else {
+        endFailed(named(QStringLiteral("staging is not complete - the next sync starts over")));
+    }
 }
 
 QString Syncer::couldNotFinalize() const {

@@ -1,13 +1,60 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QDir>
 #include <QFile>
+#include <functional>
 
 #include "support/qt_printers.h"
 #include "support/sync_fixture.h"
 
 namespace quorvelle::testing {
 namespace {
+
+using Staging = SyncTest;
+
+INSTANTIATE_TEST_SUITE_P(Modes, Staging, ::testing::Bool(),
+                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+
+TEST_P(Staging, ThatIsTamperedWithDuringTheDownloadIsNotInstalled) {
+    const QString state = box.path("apps/.quorvelle");
+    const QString staging = state + "/app.staging";
+    const QStringList paths{"a", "a", "c/d"};
+    const QString lost = "'app': cannot create directory for c/d";
+    struct Row {
+        const char* name;
+        std::function<bool()> tamper;
+        QString message;
+    };
+    for (const Row& row :
+         {Row{"state folder removed", [&] { return QDir(state).removeRecursively(); }, lost},
+          Row{"staging swapped for a link",
+              [&] {
+                  return QDir(staging).removeRecursively() &&
+                         QFile::link(box.path("victim"), staging);
+              },
+              lost},
+          Row{"folder swapped for a link",
+              [&] { return QFile::link(box.path("victim"), staging + "/c"); }, lost},
+          Row{"a file removed", [&] { return QFile::remove(staging + "/a"); },
+              "'app': staging is not complete - the next sync starts over"},
+          Row{"a file added", [&] { return QFile::copy(staging + "/a", staging + "/more"); },
+              "'app': staging is not complete - the next sync starts over"}}) {
+        SCOPED_TRACE(row.name);
+        ASSERT_TRUE(QDir().mkpath(box.path("victim")));
+        publish(server, "stable", "b", {{"a", "1"}, {"a", "1"}, {"c/d", "2"}});
+        server.on("GET", fileTarget("b", "c/d"),
+                  [&](const httplib::Request&, httplib::Response& response) {
+                      EXPECT_TRUE(row.tamper());
+                      response.set_content("2", "text/plain");
+                  });
+        expectSync("failed", fetching("b", paths), row.message);
+        EXPECT_EQ(installed(), QStringList("(missing)"));
+        EXPECT_EQ(box.tree("victim"), QStringList());
+    }
+    publish(server, "stable", "b", {{"a", "1"}, {"a", "1"}, {"c/d", "2"}});
+    expectSync("synced", whole("b", paths), synced("b", 3, 3));
+}
 
 using LockEntry = SyncTest;
 
