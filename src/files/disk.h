@@ -33,6 +33,14 @@ inline bool isRealDirectory(const std::filesystem::path& path) {
     return entryKind(path) == EntryKind::kDirectory;
 }
 
+/// The directory that a link at the path leads to, by its own path; the path itself where no
+/// link stands, or one that leads to no directory.
+std::filesystem::path behindLink(const std::filesystem::path& path);
+
+/// Whether a file system, or a part of one, is mounted here: such a directory cannot be
+/// renamed. The root of a drive counts.
+bool isMountPoint(const std::filesystem::path& directory);
+
 /// A file that stands here itself and is under no other name anywhere: writing into it
 /// changes nothing else.
 bool isUnsharedFile(const std::filesystem::path& path);

@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "files/disk.h"
@@ -41,6 +42,23 @@ EntryKind entryKind(const fs::path& path) {
         default:
             return EntryKind::kOther;
     }
+}
+
+fs::path behindLink(const fs::path& path) {
+    std::error_code error;
+    if (entryKind(path) != EntryKind::kOther || !fs::is_directory(path, error)) {
+        return path;
+    }
+    const fs::path target = fs::canonical(path, error);
+    return error ? path : target;
+}
+
+bool isMountPoint(const fs::path& directory) {
+    // Comparing devices with the parent would miss a part of the same file system, and take
+    // a subvolume that can be renamed for one that cannot.
+    struct statx found = {};
+    return ::statx(AT_FDCWD, directory.c_str(), AT_SYMLINK_NOFOLLOW, 0, &found) == 0 &&
+           (found.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
 }
 
 bool isUnsharedFile(const fs::path& path) {

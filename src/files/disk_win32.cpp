@@ -1,5 +1,7 @@
 #include "files/disk.h"
 
+#include <cwchar>
+
 #include "files/win32.h"
 
 namespace files {
@@ -7,6 +9,9 @@ namespace files {
 namespace {
 
 namespace fs = std::filesystem;
+
+/// What Windows takes at most, in characters.
+constexpr DWORD kLongestPath = 32768;
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
@@ -61,6 +66,38 @@ EntryKind entryKind(const fs::path& path) {
         return EntryKind::kOther;
     }
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? EntryKind::kDirectory : EntryKind::kFile;
+}
+
+fs::path behindLink(const fs::path& path) {
+    if (entryKind(path) != EntryKind::kOther || !win32::isDirectory(openable(path))) {
+        return path;
+    }
+    const Opened target(path, 0, FILE_FLAG_BACKUP_SEMANTICS);
+    std::wstring name(kLongestPath, L'\0');
+    const DWORD length =
+        target.isOpen() ? GetFinalPathNameByHandleW(target.get(), name.data(), kLongestPath, 0) : 0;
+    // What is mounted without a drive letter has no such name.
+    if (length == 0 || length >= kLongestPath) {
+        return path;
+    }
+    name.resize(length);
+    const std::wstring share = LR"(\\?\UNC\)";
+    const std::wstring drive = LR"(\\?\)";
+    return name.starts_with(share) ? fs::path(LR"(\\)" + name.substr(share.size()))
+                                   : fs::path(name.substr(drive.size()));
+}
+
+bool isMountPoint(const fs::path& directory) {
+    std::wstring path = openable(directory);
+    if (!path.ends_with(L'\\')) {
+        path += L'\\';
+    }
+    std::wstring volume(kLongestPath, L'\0');
+    if (GetVolumePathNameW(path.c_str(), volume.data(), kLongestPath) == 0) {
+        return false;
+    }
+    volume.resize(std::wcslen(volume.c_str()));
+    return CompareStringOrdinal(path.c_str(), -1, volume.c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
 bool isUnsharedFile(const fs::path& path) {

@@ -1,5 +1,6 @@
 #include "files/file_tree.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <filesystem>
 
@@ -33,6 +34,18 @@ bool entryExists(const QString& path) {
 
 bool directoryExists(const QString& path) {
     return QFileInfo(path).isDir();
+}
+
+QString behindLink(const QString& path) {
+    const std::filesystem::path given = nativePath(QDir::cleanPath(path));
+    const std::filesystem::path real = files::behindLink(given);
+    return real == given
+               ? path
+               : QDir::fromNativeSeparators(QString::fromStdString(files::utf8Text(real)));
+}
+
+bool isMountPoint(const QString& directory) {
+    return files::isMountPoint(nativePath(QDir::cleanPath(directory)));
 }
 
 bool makeDirectoriesBelow(const QString& directory, const QString& relative) {

@@ -13,6 +13,13 @@ bool entryExists(const QString& path);
 /// True when a directory, or a link to one, stands at the path.
 bool directoryExists(const QString& path);
 
+/// The directory that a link or junction at the path leads to; the path as given where none
+/// stands, or one that leads to no directory.
+QString behindLink(const QString& path);
+
+/// Whether the directory is a mount point, which cannot be renamed.
+bool isMountPoint(const QString& directory);
+
 /// Makes the directories of a relative path, with "/" between its parts, below a directory
 /// that stands. False where that one is gone or a link, or where anything but a directory
 /// is in the way.

@@ -1,5 +1,6 @@
 #include "sync/syncer.h"
 
+#include <QDir>
 #include <QFutureWatcher>
 #include <utility>
 
@@ -41,7 +42,8 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
     name = subscription.value(u"name").toString();
     server = subscription.value(u"server").toString();
     channel = subscription.value(u"channel").toString();
-    dir = subscription.value(u"dir").toString();
+    givenDir = subscription.value(u"dir").toString();
+    dir = behindLink(givenDir);
     token = subscription.value(u"token").toString();
     if (token.isEmpty()) {
         token = resolveToken();
@@ -49,7 +51,7 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
     tideJob = {};
     tideJob.publicKeys = tidePublicKeys(subscription);
     onlySigned = mustBeSigned(subscription);
-    if (server.isEmpty() || channel.isEmpty() || dir.isEmpty()) {
+    if (server.isEmpty() || channel.isEmpty() || givenDir.isEmpty()) {
         endFailed(QStringLiteral("subscription '%1' is incomplete (needs server, channel, dir)")
                       .arg(name.isEmpty() ? QStringLiteral("?") : name));
         return;
@@ -109,6 +111,9 @@ void Syncer::onChannelReply(const HttpExchange& exchange) {
         endFinished(false, QStringLiteral("'%1' is up to date (build %2)").arg(name, buildId));
         return;
     }
+    if (!canReplaceInstall()) {
+        return;
+    }
     const StagedMarker staged = readStagedMarker(dir);
     if (staged.build == buildId) {
         Q_EMIT progress(named(
@@ -141,6 +146,16 @@ void Syncer::get(const QString& path, const QueryItems& query, const QString& co
         }
     });
     exchange->start();
+}
+
+bool Syncer::canReplaceInstall() {
+    if (!isMountPoint(dir)) {
+        return true;
+    }
+    endFailed(named(QStringLiteral("%1 cannot be replaced as a whole (it is a mount point) - "
+                                   "install into a folder below it")
+                        .arg(QDir::toNativeSeparators(givenDir))));
+    return false;
 }
 
 QString Syncer::named(const QString& rest) const {

@@ -52,6 +52,8 @@ Q_SIGNALS:
     /// The build is staged but could not be put in place; the next sync retries.
     void blocked(const QString& buildId, const QString& message);
     void failed(const QString& message);
+    /// Besides one of these: a line that only a person at a terminal is to see.
+    void noted(const QString& message);
 
 private:
     // syncer.cpp: the driver
@@ -60,6 +62,7 @@ private:
     void get(const QString& path, const QueryItems& query, const QString& context,
              void (Syncer::*onReply)(const HttpExchange&), HttpExchange::Sink sink = {},
              std::optional<qint64> length = {});
+    bool canReplaceInstall();
     QString named(const QString& rest) const;
     void endFinished(bool downloaded, const QString& message);
     void endBlocked(const QString& message);
@@ -98,7 +101,10 @@ private:
     QString name;
     QString server;
     QString channel;
+    /// Where the build goes: behind the link that the subscription may name.
     QString dir;
+    /// The same as the subscription has it, for messages.
+    QString givenDir;
     QString token;
     QString buildId;
     QJsonArray files;

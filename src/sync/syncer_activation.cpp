@@ -1,5 +1,6 @@
 #include <QDir>
 
+#include "files/file_tree.h"
 #include "sync/markers.h"
 #include "sync/swap.h"
 #include "sync/syncer.h"
@@ -18,7 +19,10 @@ void Syncer::activateStaged() {
         endSwap(dir);
     }
 
-    const QString place = QDir::toNativeSeparators(dir);
+    const QString place = QDir::toNativeSeparators(givenDir);
+    if (result == SwapResult::kNotMovable && entryExists(dir) && !directoryExists(dir)) {
+        Q_EMIT noted(named(QStringLiteral("%1 is not a directory").arg(place)));
+    }
     if (result == SwapResult::kInUse) {
         endBlocked(named(QStringLiteral("build %1 is downloaded and ready, but files in %2 are in "
                                         "use - the update will complete once they are closed")

@@ -78,6 +78,9 @@ void Syncer::onSelfHealResult(const TideResult& result) {
 }
 
 void Syncer::startTideDownload() {
+    if (!canReplaceInstall()) {
+        return;
+    }
     if (!prepareTideStaging()) {
         endFailed(named(
             QStringLiteral("cannot create staging dir %1").arg(statePath(dir, kStagingSuffix))));

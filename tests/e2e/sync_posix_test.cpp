@@ -3,8 +3,10 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <functional>
 
+#include "support/fake_tide.h"
 #include "support/qt_printers.h"
 #include "support/sync_fixture.h"
 
@@ -54,6 +56,64 @@ TEST_P(Staging, ThatIsTamperedWithDuringTheDownloadIsNotInstalled) {
     }
     publish(server, "stable", "b", {{"a", "1"}, {"a", "1"}, {"c/d", "2"}});
     expectSync("synced", whole("b", paths), synced("b", 3, 3));
+}
+
+using InstallDirectory = SyncTest;
+
+INSTANTIATE_TEST_SUITE_P(Modes, InstallDirectory, ::testing::Bool(),
+                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+
+TEST_P(InstallDirectory, ThatIsALinkIsUpdatedBehindIt) {
+    box.write("big disk/games/app/a", "0");
+    box.write("big disk/games/.quorvelle/app.installed.json", R"({"build":"b0"})");
+    ASSERT_TRUE(QDir().mkpath(box.path("apps")));
+    ASSERT_TRUE(QFile::link(box.path("big disk/games/app"), box.path("other")));
+    ASSERT_TRUE(QFile::link(box.path("other"), box.path("apps/app")));
+    publish(server, "stable", "b1", {{"a", "1"}});
+    expectSync("synced", whole("b1", {"a"}), synced("b1", 1, 1));
+    expectSync("current", {kChecking}, upToDate("b1"));
+    EXPECT_EQ(QFile::symLinkTarget(box.path("apps/app")), box.path("other"));
+    EXPECT_EQ(QFile::symLinkTarget(box.path("other")), box.path("big disk/games/app"));
+    EXPECT_EQ(box.tree("big disk/games/app"), QStringList("a=1"));
+    EXPECT_EQ(QDir(box.path("big disk/games/.quorvelle")).entryList(QDir::Files),
+              QStringList("app.installed.json"));
+    EXPECT_EQ(state(), QStringList());
+}
+
+TEST_P(InstallDirectory, ThatIsADanglingLinkIsNotTouched) {
+    publish(server, "stable", "b1", {{"a", "1"}});
+    ASSERT_TRUE(QDir().mkpath(box.path("apps")));
+    ASSERT_TRUE(QFile::link(box.path("missing"), box.path("apps/app")));
+    expectSync("blocked", whole("b1", {"a"}), notActivated("b1"));
+    EXPECT_TRUE(QFileInfo(box.path("apps/app")).isSymbolicLink());
+    EXPECT_FALSE(QFile::exists(box.path("missing")));
+}
+
+TEST_P(InstallDirectory, ThatIsAMountPointIsRefusedBeforeTheDownload) {
+    const auto mounted = [this](const QStringList& words) {
+        const QStringList script{"-m", "sh", "-c",
+                                 "mount --bind \"$0\" \"$0\" || exit 99; exec \"$@\"",
+                                 box.path("apps/app")};
+        return box.runProgram("unshare", script + words);
+    };
+    box.write("apps/app/a", "0");
+    if (mounted({"true"}).code != 0) {
+        GTEST_SKIP() << "not run: only root can mount";
+    }
+    const QString refused = "'app': " + box.path("apps/app") +
+                            " cannot be replaced as a whole (it is a mount point) - install into "
+                            "a folder below it";
+    const QStringList sync = QStringList{quorvelleProgram(), "sync"} +
+                             (GetParam() ? QStringList("--json") : QStringList());
+    publish(server, "stable", "b1", {{"a", "1"}});
+    expectResult(mounted(sync), "failed", {kChecking}, refused);
+    EXPECT_EQ(server.lines().size(), 1U);
+    publishTide(server, "stable", "b1", {{"a", {"1"}}});
+    expectResult(mounted(sync), "failed", {kChecking, "'app': checking Tide channel 'stable' ..."},
+                 refused);
+    EXPECT_EQ(server.lines().size(), 3U);
+    EXPECT_EQ(installed(), QStringList("a=0"));
+    EXPECT_EQ(state(), QStringList());
 }
 
 using LockEntry = SyncTest;
