@@ -104,6 +104,7 @@ int syncSubscription(const QJsonObject& subscription, QJsonArray* results, bool 
                      });
     QObject::connect(&syncer, &Syncer::failed, &loop,
                      [&](const QString& message) { end("failed", message, kExitFailed); });
+    QObject::connect(&syncer, &Syncer::noted, &loop, printNote);
 
     syncer.start(subscription, force);
     // A sync may end before it has to wait, and a loop cannot be quit before it runs.

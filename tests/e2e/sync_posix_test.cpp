@@ -9,6 +9,7 @@
 #include "support/fake_tide.h"
 #include "support/qt_printers.h"
 #include "support/sync_fixture.h"
+#include "support/terminal_run.h"
 
 namespace quorvelle::testing {
 namespace {
@@ -85,6 +86,9 @@ TEST_P(InstallDirectory, ThatIsADanglingLinkIsNotTouched) {
     ASSERT_TRUE(QDir().mkpath(box.path("apps")));
     ASSERT_TRUE(QFile::link(box.path("missing"), box.path("apps/app")));
     expectSync("blocked", whole("b1", {"a"}), notActivated("b1"));
+    const QString note = "'app': " + box.path("apps/app") + " is not a directory\n";
+    const QStringList words = GetParam() ? args("sync --json") : args("sync");
+    EXPECT_EQ(runAtTerminal(box, words).err, GetParam() ? QString() : note);
     EXPECT_TRUE(QFileInfo(box.path("apps/app")).isSymbolicLink());
     EXPECT_FALSE(QFile::exists(box.path("missing")));
 }
