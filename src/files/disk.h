@@ -49,7 +49,9 @@ bool isUnsharedFile(const std::filesystem::path& path);
 /// there is no regular file.
 std::optional<std::uint64_t> fileSize(const std::filesystem::path& path);
 
-/// What a directory holds, in no particular order; empty when it cannot be read.
+/// What a directory holds, in no particular order; empty when it cannot be read. Asked with
+/// openable(directory), Windows knows every entry by the name it has there, "nul" and names
+/// with a dot or blank at their end among them.
 std::vector<std::filesystem::path> entriesOf(const std::filesystem::path& directory);
 
 /// The same; `error` tells whether it could be read to its end.

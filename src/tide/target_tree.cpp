@@ -96,7 +96,7 @@ bool TargetTree::removeStrays(std::string* err) const {
 }
 
 bool TargetTree::sweep(const fs::path& folder, const std::string& prefix, std::string* err) const {
-    for (const fs::path& entry : files::entriesOf(folder)) {
+    for (const fs::path& entry : files::entriesOf(files::openable(folder))) {
         const std::string path = files::comparablePath(prefix + files::utf8Text(entry.filename()));
         const bool inside = folders.contains(path) && files::isRealDirectory(entry);
         if (inside) {
@@ -104,7 +104,7 @@ bool TargetTree::sweep(const fs::path& folder, const std::string& prefix, std::s
                 return false;
             }
         } else if (!listed.contains(path) && !files::removeTree(entry)) {
-            return fail(err, "cannot remove ", files::utf8Text(entry));
+            return fail(err, "cannot remove ", files::utf8Text(folder / entry.filename()));
         }
     }
     return true;

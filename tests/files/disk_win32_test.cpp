@@ -73,6 +73,30 @@ TEST(ReadOnly, StopsNeitherARenameNorARemoval) {
     EXPECT_EQ(files::entryKind(temp / "tree"), files::EntryKind::kNothing);
 }
 
+/// Names that only the form without limits reaches; others make them through it.
+TEST(OddNames, AreEntriesLikeOthers) {
+    const TempDir temp;
+    const std::wstring tree = files::openable(temp / "tree").native();
+    for (const std::wstring& folder : {tree, tree + LR"(\dir.)"}) {
+        ASSERT_NE(CreateDirectoryW(folder.c_str(), nullptr), 0);
+        for (const wchar_t* name : {L"nul", L"foo.", L"trail ", L"foo"}) {
+            const HANDLE made = CreateFileW((folder + L'\\' + name).c_str(), GENERIC_WRITE, 0,
+                                            nullptr, CREATE_NEW, FILE_ATTRIBUTE_READONLY, nullptr);
+            ASSERT_NE(made, INVALID_HANDLE_VALUE);
+            CloseHandle(made);
+        }
+    }
+    EXPECT_THAT(files::entriesOf(temp / "tree"), SizeIs(5));
+    EXPECT_TRUE(files::removeTree(temp / "tree"));
+    EXPECT_EQ(files::entryKind(temp / "tree"), files::EntryKind::kNothing);
+}
+
+TEST(MountPoint, IsTheRootOfADrive) {
+    const TempDir temp;
+    EXPECT_TRUE(files::isMountPoint((temp / ".").root_path()));
+    EXPECT_FALSE(files::isMountPoint(temp / "."));
+}
+
 /// A junction; where it cannot be made (Wine), a symbolic link of the system below, which
 /// shows the same attributes.
 void makeJunction(const fs::path& at, const fs::path& target) {
@@ -105,6 +129,7 @@ TEST(Junctions, AreNeverFollowed) {
     writeFile(temp / "tree/file", "f");
     makeJunction(temp / "tree/link", temp / "outside");
     ASSERT_EQ(files::entryKind(temp / "tree/link"), files::EntryKind::kOther);
+    EXPECT_EQ(readFile(files::behindLink(temp / "tree/link") / "precious"), "p");
     // Wine cannot remove such a link; what it leads to has to stand all the same.
     files::removeTree(temp / "tree");
     EXPECT_EQ(files::entryKind(temp / "tree/file"), files::EntryKind::kNothing);
