@@ -71,8 +71,9 @@ std::error_code renameEntry(const std::filesystem::path& from, const std::filesy
                             WhenInUse inUse = WhenInUse::kWait);
 
 /// Removes an entry with all it holds, read-only files and directories without write
-/// permission included. Links and junctions go, what they lead to stays. True when nothing
-/// stands at the path afterwards.
+/// permission included. Links and junctions go, what they lead to stays; on POSIX a tree
+/// stays whole while something is mounted in it. True when nothing stands at the path
+/// afterwards.
 bool removeTree(const std::filesystem::path& path);
 
 /// Cuts a file off behind its first `size` bytes.

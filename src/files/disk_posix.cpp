@@ -2,6 +2,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <fstream>
+#include <sstream>
+#include <string>
+
 #include "files/disk.h"
 
 namespace files {
@@ -9,6 +13,39 @@ namespace files {
 namespace fs = std::filesystem;
 
 namespace {
+
+/// The system's list of mounts spells blanks, line ends and backslashes as "\040".
+std::string unescaped(const std::string& text) {
+    std::string plain;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] == '\\' && at + 3 < text.size()) {
+            plain += static_cast<char>((text[at + 1] - '0') * 64 + (text[at + 2] - '0') * 8 +
+                                       (text[at + 3] - '0'));
+            at += 3;
+        } else {
+            plain += text[at];
+        }
+    }
+    return plain;
+}
+
+/// Whether a file system is mounted at a directory or somewhere below.
+bool holdsMount(const fs::path& tree) {
+    std::error_code error;
+    const std::string below = fs::canonical(tree, error).string() + '/';
+    std::ifstream mounts("/proc/self/mountinfo");
+    for (std::string line; std::getline(mounts, line);) {
+        std::istringstream fields(line);
+        std::string place;
+        for (int field = 0; field < 5; ++field) {
+            fields >> place;
+        }
+        if ((unescaped(place) + '/').starts_with(below)) {
+            return true;
+        }
+    }
+    return false;
+}
 
 /// Lets the directories of a tree be emptied, as far as they are the user's own. A file
 /// needs no permission of its own to go, and may have another name elsewhere.
@@ -106,6 +143,10 @@ std::error_code renameEntry(const fs::path& from, const fs::path& to, WhenInUse)
 }
 
 bool removeTree(const fs::path& path) {
+    // What is mounted there is not part of the tree, and would be emptied with it.
+    if (isRealDirectory(path) && holdsMount(path)) {
+        return false;
+    }
     std::error_code error;
     fs::remove_all(path, error);
     if (error) {

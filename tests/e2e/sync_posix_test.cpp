@@ -14,6 +14,24 @@
 namespace quorvelle::testing {
 namespace {
 
+/// Runs a command that sees one folder mounted over another; the code is kNoMount where
+/// this user may not mount.
+constexpr int kNoMount = 99;
+constexpr char kNeedsMounts[] = "not run: only root can mount";
+
+Outcome runMounted(const Sandbox& box, const QString& folder, const QString& over,
+                   const QStringList& words) {
+    const QStringList script{"-m",
+                             "sh",
+                             "-c",
+                             "mount --bind \"$0\" \"$1\" || exit 99; shift; exec \"$@\"",
+                             box.path(folder),
+                             box.path(over)};
+    const Outcome outcome = box.runProgram("unshare", script + words);
+    // Where not even a name space is given, nothing was said about the mount.
+    return outcome.err.startsWith("unshare:") ? Outcome{kNoMount, {}, {}} : outcome;
+}
+
 using Staging = SyncTest;
 
 INSTANTIATE_TEST_SUITE_P(Modes, Staging, ::testing::Bool(),
@@ -94,15 +112,12 @@ TEST_P(InstallDirectory, ThatIsADanglingLinkIsNotTouched) {
 }
 
 TEST_P(InstallDirectory, ThatIsAMountPointIsRefusedBeforeTheDownload) {
-    const auto mounted = [this](const QStringList& words) {
-        const QStringList script{"-m", "sh", "-c",
-                                 "mount --bind \"$0\" \"$0\" || exit 99; exec \"$@\"",
-                                 box.path("apps/app")};
-        return box.runProgram("unshare", script + words);
-    };
     box.write("apps/app/a", "0");
-    if (mounted({"true"}).code != 0) {
-        GTEST_SKIP() << "not run: only root can mount";
+    const auto mounted = [this](const QStringList& words) {
+        return runMounted(box, "apps/app", "apps/app", words);
+    };
+    if (mounted({"true"}).code == kNoMount) {
+        GTEST_SKIP() << kNeedsMounts;
     }
     const QString refused = "'app': " + box.path("apps/app") +
                             " cannot be replaced as a whole (it is a mount point) - install into "
@@ -163,6 +178,24 @@ TEST_P(OldBuild, GoesWithDirectoriesThatAreNotWritable) {
     EXPECT_FALSE(QFile::permissions(box.path("outside")).testFlag(QFile::WriteOwner));
     QFile::setPermissions(box.path("outside"),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+TEST_P(OldBuild, KeepsWhatIsMountedInIt) {
+    update(1);
+    box.write("my saves/game", "played");
+    ASSERT_TRUE(QDir().mkpath(box.path("apps/app/my saves")));
+    publish(server, "stable", "b2", {{"a", "2"}});
+    const Outcome got = runMounted(box, "my saves", "apps/app/my saves",
+                                   QStringList{quorvelleProgram(), "sync"} +
+                                       (GetParam() ? QStringList("--json") : QStringList()));
+    if (got.code == kNoMount) {
+        GTEST_SKIP() << kNeedsMounts;
+    }
+    expectResult(got, "synced", whole("b2", {"a"}), synced("b2", 1, 1));
+    EXPECT_EQ(box.read("my saves/game"), "played");
+    EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.old-1"}));
+    expectSync("current", {kChecking}, upToDate("b2"));
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
 }
 
 TEST_P(OldBuild, OfAnotherUserStandsInNobodysWay) {
