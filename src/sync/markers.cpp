@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include "files/file_tree.h"
 #include "files/save_file.h"
 #include "sync/state_folder.h"
 
@@ -13,10 +14,13 @@ namespace {
 
 constexpr int kSchemaVersion = 1;
 
-QJsonObject readObject(const QString& path) {
+QByteArray bytesOf(const QString& path) {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object()
-                                          : QJsonObject();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QJsonObject readObject(const QString& path) {
+    return QJsonDocument::fromJson(bytesOf(path)).object();
 }
 
 QJsonObject marker(const QString& build, const QString& channel) {
@@ -56,6 +60,18 @@ bool writeStagedMarker(const QString& dir, const StagedMarker& staged) {
 bool removeStagedMarker(const QString& dir) {
     QFile file(statePath(dir, kStagedMarkerSuffix));
     return file.remove() || !file.exists();
+}
+
+QString readStagingBuild(const QString& dir) {
+    return QString::fromUtf8(bytesOf(statePath(dir, kStagingBuildSuffix))).trimmed();
+}
+
+bool writeStagingBuild(const QString& dir, const QString& build) {
+    return saveWhole(statePath(dir, kStagingBuildSuffix), build.toUtf8());
+}
+
+bool removeStagingBuild(const QString& dir) {
+    return removeTree(statePath(dir, kStagingBuildSuffix));
 }
 
 }  // namespace quorvelle

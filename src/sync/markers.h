@@ -2,8 +2,9 @@
 
 #include <QString>
 
-/// The marker files of an install directory: indented JSON objects in the state
-/// folder, written whole. A missing or unreadable marker reads as an empty record.
+/// The marker files of an install directory in the state folder, written whole: JSON
+/// objects, indented, but for one plain text. A missing or unreadable marker reads as an
+/// empty record.
 
 namespace quorvelle {
 
@@ -30,5 +31,13 @@ bool writeStagedMarker(const QString& dir, const StagedMarker& marker);
 
 /// True when no staged marker stands afterwards.
 bool removeStagedMarker(const QString& dir);
+
+/// ".staging.build": the id of the build that the chunk engine assembles in the staging
+/// directory, so that another run of it goes on there. Empty where none is noted.
+QString readStagingBuild(const QString& dir);
+bool writeStagingBuild(const QString& dir, const QString& build);
+
+/// True when nothing stands there afterwards.
+bool removeStagingBuild(const QString& dir);
 
 }  // namespace quorvelle

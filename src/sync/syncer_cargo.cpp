@@ -59,8 +59,8 @@ bool Syncer::prepareStaging() {
     // The markers go first: they must never speak of a staging directory that holds
     // something else.
     const QString staging = statePath(dir, kStagingSuffix);
-    return removeStagedMarker(dir) && removeTree(statePath(dir, kStagingBuildSuffix)) &&
-           discardTree(dir, kStagingSuffix) && QDir().mkpath(staging);
+    return removeStagedMarker(dir) && removeStagingBuild(dir) && discardTree(dir, kStagingSuffix) &&
+           QDir().mkpath(staging);
 }
 
 void Syncer::fetchNextFile() {

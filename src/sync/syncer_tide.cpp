@@ -1,11 +1,9 @@
 #include <QDir>
-#include <QFile>
 #include <QFutureWatcher>
 #include <QtConcurrent/QtConcurrentRun>
 #include <utility>
 
 #include "files/file_tree.h"
-#include "files/save_file.h"
 #include "sync/leftovers.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
@@ -20,13 +18,6 @@ constexpr double kBytesPerMegabyte = 1048576.0;
 QString buildIdOf(const QJsonObject& reply) {
     const QString build = reply.value(u"build").toString();
     return build.isEmpty() ? QString::number(reply.value(u"created").toInteger()) : build;
-}
-
-/// The build that the staging directory is being assembled for, or an empty text.
-QString stagedFor(const QString& dir) {
-    QFile marker(statePath(dir, kStagingBuildSuffix));
-    return marker.open(QIODevice::ReadOnly) ? QString::fromUtf8(marker.readAll()).trimmed()
-                                            : QString();
 }
 
 }  // namespace
@@ -112,14 +103,14 @@ bool Syncer::prepareTideStaging() {
     if (!removeStagedMarker(dir)) {
         return false;
     }
-    const bool resumes = directoryExists(staging) && stagedFor(dir) == buildId;
+    const bool resumes = directoryExists(staging) && readStagingBuild(dir) == buildId;
     if (!resumes && !discardTree(dir, kStagingSuffix)) {
         return false;
     }
     if (!QDir().mkpath(staging)) {
         return false;
     }
-    saveWhole(statePath(dir, kStagingBuildSuffix), buildId.toUtf8());
+    writeStagingBuild(dir, buildId);
     return true;
 }
 
