@@ -68,6 +68,14 @@ qsizetype countFiles(const QString& directory) {
     return files::isRealDirectory(path) ? filesBelow(path) : 0;
 }
 
+bool isPlainFile(const QString& path) {
+    return files::entryKind(nativePath(path)) == files::EntryKind::kFile;
+}
+
+bool isPlainDirectory(const QString& path) {
+    return files::isRealDirectory(nativePath(path));
+}
+
 bool renameEntry(const QString& from, const QString& to) {
     return !files::renameEntry(nativePath(from), nativePath(to));
 }

@@ -28,6 +28,10 @@ bool makeDirectoriesBelow(const QString& directory, const QString& relative);
 /// How many files a directory holds at any depth; 0 where none stands.
 qsizetype countFiles(const QString& directory);
 
+/// True when a regular file or a directory itself stands at the path, not a link to one.
+bool isPlainFile(const QString& path);
+bool isPlainDirectory(const QString& path);
+
 /// Renames a file or a directory. False when the platform refuses, for instance
 /// because files in it are in use or something else stands at `to`. Windows waits for
 /// up to 2 s for such use to end.

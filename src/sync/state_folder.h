@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 /// Where the state of an install directory lies: in the folder ".quorvelle" beside
 /// it, on the same volume, so that builds change place by plain renames. Entries of
@@ -23,9 +24,14 @@ inline constexpr char kLockSuffix[] = ".lock";
 /// is used.
 QString statePath(const QString& dir, const char* suffix);
 
+/// Where earlier releases kept that entry: directly beside the install directory.
+QString legacyPath(const QString& dir, const char* suffix);
+
 /// Moves state entries of earlier releases, which stood directly beside the install
-/// directory, into the state folder. An entry that is already there wins; a move
-/// that fails is ignored.
-void migrateLegacyState(const QString& dir);
+/// directory, into the state folder, provided that one of the marker files is among them:
+/// anybody may have an "app.old". An entry that is one of `installDirectories`, or holds
+/// one, stays where it is. An entry that is already in the state folder wins; a move that
+/// fails is ignored.
+void migrateLegacyState(const QString& dir, const QStringList& installDirectories);
 
 }  // namespace quorvelle

@@ -4,6 +4,8 @@
 #include <QFutureWatcher>
 #include <utility>
 
+#include "config/config_document.h"
+#include "config/config_file.h"
 #include "files/file_tree.h"
 #include "server/server_option.h"
 #include "sync/leftovers.h"
@@ -18,6 +20,15 @@ namespace {
 constexpr int kNewestChannelSchema = 1;
 
 constexpr QLatin1String kAlreadyRunning("a sync is already running");
+
+/// Where the subscriptions of the configuration install.
+QStringList installDirectories() {
+    QStringList directories;
+    for (const QJsonValue& subscription : config::subscriptions(config::load())) {
+        directories.append(subscription[u"dir"].toString());
+    }
+    return directories;
+}
 
 }  // namespace
 
@@ -59,7 +70,7 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
     if (!takeLock()) {
         return;
     }
-    migrateLegacyState(dir);
+    migrateLegacyState(dir, installDirectories());
     recoverSwap(dir);
     removeLeftovers(dir);
     running = true;

@@ -106,6 +106,18 @@ TEST_P(Activation, NeverMixesTwoBuilds) {
     EXPECT_EQ(installed(), kBoth);
 }
 
+TEST_P(Activation, TakesNoSubscriptionsDirectoryForTheStateOfAnother) {
+    subscribe({subscription("app", "stable"), subscription("app.old", "other"),
+               subscription("app.staging", "other")});
+    publish(server, "stable", "b1", {});
+    box.write("apps/app.installed.json", R"({"build":"b1"})");
+    box.write("apps/app.old/a", "one");
+    box.write("apps/app.staging/a", "one");
+    expectSync("current", {kChecking}, upToDate("b1"), args("sync --name app"));
+    EXPECT_EQ(box.tree("apps"), (QStringList{R"(.quorvelle/app.installed.json={"build":"b1"})",
+                                             "app.old/a=one", "app.staging/a=one"}));
+}
+
 TEST_P(Activation, KeepsTheOnlyCopyUntilABuildIsInPlace) {
     publish(server, "stable", "b2", {{"a", "two"}});
     server.onJson("GET", fileTarget("b2", "a"), {{"error", "lost"}}, 404);

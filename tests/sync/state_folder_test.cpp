@@ -3,9 +3,11 @@
 #include <gmock/gmock.h>
 
 #include <QDir>
+#include <QFile>
 
 #include "support/notation.h"
 #include "support/process_runner.h"
+#include "support/qt_printers.h"
 #include "sync/markers.h"
 
 namespace quorvelle::testing {
@@ -37,22 +39,53 @@ TEST(StatePath, IsAbsoluteForARelativeDirectory) {
     EXPECT_EQ(statePath(relative, ".old"), sandbox.path(".quorvelle/app.old"));
 }
 
-TEST(MigrateLegacyState, MovesWhatHasNoNewEntry) {
+TEST(MigrateLegacyState, MovesWhatHasNoNewEntryWhereAMarkerStands) {
     for (const QStringList& row : rows(R"(
-         | .quorvelle/
         app.installed.json=i app.old/f=o app.staged.json=s app.staging.build=b app.staging/d/f=x app/f=1 | .quorvelle/app.installed.json=i .quorvelle/app.old/f=o .quorvelle/app.staged.json=s .quorvelle/app.staging.build=b .quorvelle/app.staging/d/f=x app/f=1
+        app.installed.json=i app.old/f=o | .quorvelle/app.installed.json=i .quorvelle/app.old/f=o
+        app.staged.json=s app.staging/f=x | .quorvelle/app.staged.json=s .quorvelle/app.staging/f=x
+        app.staging.build=b app.staging/f=x | .quorvelle/app.staging.build=b .quorvelle/app.staging/f=x
         .quorvelle/app.installed.json=new .quorvelle/app.staging/n=1 app.installed.json=old app.staged.json=s app.staging/f=1 | .quorvelle/app.installed.json=new .quorvelle/app.staged.json=s .quorvelle/app.staging/n=1 app.installed.json=old app.staging/f=1
         .quorvelle/app.staged.json/x=1 app.staged.json=s | .quorvelle/app.staged.json/x=1 app.staged.json=s
-        app.lock=1 app.swap=1 app2.old/f=1 other.staged.json=1 | .quorvelle/ app.lock=1 app.swap=1 app2.old/f=1 other.staged.json=1
-        .quorvelle=f app.old/f=o | .quorvelle=f app.old/f=o)")) {
+        app.lock=1 app.swap=1 app2.old/f=1 other.staged.json=1 | app.lock=1 app.swap=1 app2.old/f=1 other.staged.json=1
+        app.old/mine=o app.staging/mine=o app/f=1 | app.old/mine=o app.staging/mine=o app/f=1
+        app.installed.json/mine=1 app.old/mine=o | app.installed.json/mine=1 app.old/mine=o
+        app.installed.json=i app.old=mine app.staged.json/mine=1 | .quorvelle/app.installed.json=i app.old=mine app.staged.json/mine=1
+        .quorvelle=f app.installed.json=i app.old/f=o | .quorvelle=f app.installed.json=i app.old/f=o)")) {
         SCOPED_TRACE(row[0].toStdString());
         const Sandbox sandbox;
         for (const QString& entry : args(row[0])) {
             sandbox.write(entry.section(u'=', 0, 0), entry.section(u'=', 1).toUtf8());
         }
-        migrateLegacyState(sandbox.path("app/"));
+        migrateLegacyState(sandbox.path("app/"), {sandbox.path("app")});
         EXPECT_EQ(sandbox.tree("."), args(row[1]));
     }
+}
+
+TEST(MigrateLegacyState, NeverTakesWhatASubscriptionInstallsIn) {
+    for (const QStringList& row : rows(R"(
+        app.old          | app.old/f=o
+        ./app.old/       | app.old/f=o
+        app.old/d/../kit | app.old/f=o
+        app.old2         | .quorvelle/app.old/f=o
+        app.ol           | .quorvelle/app.old/f=o
+        .                | .quorvelle/app.old/f=o)")) {
+        SCOPED_TRACE(row[0].toStdString());
+        const Sandbox sandbox;
+        sandbox.write("app.installed.json", "i");
+        sandbox.write("app.old/f", "o");
+        migrateLegacyState(sandbox.path("app"), {sandbox.path("app"), sandbox.path(row[0])});
+        EXPECT_THAT(sandbox.tree("."), ::testing::Contains(row[1]));
+    }
+}
+
+TEST(MigrateLegacyState, KnowsASubscriptionsDirectoryBehindALink) {
+    const Sandbox sandbox;
+    sandbox.write("app.installed.json", "i");
+    sandbox.write("app.old/f", "o");
+    ASSERT_TRUE(QFile::link(sandbox.path("."), sandbox.path("link")));
+    migrateLegacyState(sandbox.path("app"), {sandbox.path("link/app.old")});
+    EXPECT_EQ(sandbox.read("app.old/f"), "o");
 }
 
 TEST(Markers, AreWrittenAsIndentedJson) {
