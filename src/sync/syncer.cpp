@@ -126,7 +126,9 @@ void Syncer::onChannelReply(const HttpExchange& exchange) {
         return;
     }
     const StagedMarker staged = readStagedMarker(dir);
-    if (staged.build == buildId) {
+    // What the chunk engine staged may share files with the install; that engine looks at
+    // each of them again before it puts them in place, and nobody would here.
+    if (staged.build == buildId && readStagingBuild(dir) != buildId) {
         Q_EMIT progress(named(
             QStringLiteral("build %1 is already staged - retrying activation ...").arg(buildId)));
         files = {};

@@ -106,6 +106,19 @@ TEST_P(Activation, NeverMixesTwoBuilds) {
     EXPECT_EQ(installed(), kBoth);
 }
 
+TEST_P(Activation, DownloadsWhatTheOtherEngineStaged) {
+    publish(server, "stable", "b2", {{"a", "two"}, {"b", "two"}});
+    writeState(".staging/d/leftover", "x");
+    writeState(".staging.build", "b2");
+    writeState(".old/leftover", "x");
+    writeState(".staged.json", R"({"build":"b2","channel":"stable","total_size":1})");
+    writeState(".installed.json", "torn {");
+    box.write("apps/app/a", "zero");
+    expectSync("synced", whole("b2", {"a", "b"}), synced("b2", 2, 6));
+    EXPECT_EQ(installed(), kBoth);
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
+}
+
 TEST_P(Activation, TakesNoSubscriptionsDirectoryForTheStateOfAnother) {
     subscribe({subscription("app", "stable"), subscription("app.old", "other"),
                subscription("app.staging", "other")});
