@@ -58,6 +58,12 @@ std::vector<std::filesystem::path> entriesOf(const std::filesystem::path& direct
 std::vector<std::filesystem::path> entriesOf(const std::filesystem::path& directory,
                                              std::error_code& error);
 
+/// Whether a directory holds nothing; false when it cannot be read.
+inline bool isEmptyDirectory(const std::filesystem::path& directory) {
+    std::error_code error;
+    return entriesOf(directory, error).empty() && !error;
+}
+
 /// Makes a directory whose parent exists. False when it stands already or is refused.
 bool makeDirectory(const std::filesystem::path& path);
 
@@ -82,9 +88,14 @@ bool truncateFile(const std::filesystem::path& path, std::uint64_t size);
 /// Returns when the file's bytes are on the disk; false when that failed.
 bool flushToDisk(const std::filesystem::path& file);
 
-/// Returns when the names in a directory, new and changed ones, are on the disk; false when
-/// that failed or the file system does not know it.
-bool flushFolder(const std::filesystem::path& directory);
+/// Returns when the names in a folder, new, changed and removed, are on the disk; false
+/// when that failed. Where no such flush is to be had (a folder that may not be read, file
+/// systems that know none, Windows, which writes renames through) it counts as done.
+bool flushFolder(const std::filesystem::path& folder);
+
+/// The same for a directory with all that lies below it, bytes and names. Many files are
+/// flushed by one call for the whole file system, where that tells of failures.
+bool flushTree(const std::filesystem::path& directory);
 
 /// Makes `name`, which must be free, a second name of an existing file, so that it costs
 /// neither space nor time. False where the platform or the file system does not, or

@@ -1,10 +1,15 @@
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 #include "files/disk.h"
 
@@ -59,6 +64,55 @@ void makeWritable(const fs::path& tree) {
     for (const fs::path& entry : entriesOf(tree)) {
         makeWritable(entry);
     }
+}
+
+/// So many entries are flushed one by one: a flush of the whole file system also waits
+/// for what other programs have written.
+constexpr std::size_t kFewEntries = 32;
+
+/// Calls `flush` with a descriptor of what stands at the path.
+template <typename Flush>
+bool flushed(const fs::path& path, int flags, Flush flush) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
+    if (descriptor < 0) {
+        return false;
+    }
+    const bool done = flush(descriptor) == 0;
+    const int error = errno;
+    ::close(descriptor);
+    errno = error;
+    return done;
+}
+
+/// Linux 5.8 and later: older ones say that all is well when bytes were lost.
+bool syncfsTellsOfFailures() {
+    utsname system = {};
+    if (::uname(&system) != 0) {
+        return false;
+    }
+    const std::string_view release(system.release);
+    int major = 0;
+    int minor = 0;
+    const auto [dot, bad] = std::from_chars(release.begin(), release.end(), major);
+    if (bad == std::errc() && dot != release.end()) {
+        std::from_chars(dot + 1, release.end(), minor);
+    }
+    return major > 5 || (major == 5 && minor >= 8);
+}
+
+/// Directories and regular files of a tree, its root included, `most` of them at most;
+/// nothing when a directory cannot be read.
+std::vector<fs::path> wholeTree(const fs::path& root, std::size_t most) {
+    std::vector<fs::path> found{root};
+    std::error_code error;
+    for (fs::recursive_directory_iterator entry(root, error), end;
+         !error && entry != end && found.size() < most; entry.increment(error)) {
+        const EntryKind kind = entryKind(entry->path());
+        if (kind == EntryKind::kFile || kind == EntryKind::kDirectory) {
+            found.push_back(entry->path());
+        }
+    }
+    return error ? std::vector<fs::path>() : found;
 }
 
 }  // namespace
@@ -163,23 +217,25 @@ bool truncateFile(const fs::path& path, std::uint64_t size) {
 }
 
 bool flushToDisk(const fs::path& file) {
-    const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
-    if (descriptor < 0) {
-        return false;
-    }
-    const bool flushed = ::fsync(descriptor) == 0;
-    ::close(descriptor);
-    return flushed;
+    return flushed(file, O_NOFOLLOW, ::fsync);
 }
 
-bool flushFolder(const fs::path& directory) {
-    const int descriptor = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) {
-        return false;
+bool flushFolder(const fs::path& folder) {
+    return flushed(folder, O_DIRECTORY, ::fsync) || errno == EACCES || errno == EINVAL ||
+           errno == ENOTSUP || errno == ENOSYS;
+}
+
+bool flushTree(const fs::path& directory) {
+    const bool many = wholeTree(directory, kFewEntries + 1).size() > kFewEntries;
+    if (many && syncfsTellsOfFailures() && flushed(directory, O_DIRECTORY, ::syncfs)) {
+        return true;
     }
-    const bool flushed = ::fsync(descriptor) == 0;
-    ::close(descriptor);
-    return flushed;
+    // Also after a failure: it may have been about somebody else's file.
+    const auto entries = wholeTree(directory, SIZE_MAX);
+    return !entries.empty() &&
+           std::all_of(entries.begin(), entries.end(), [](const fs::path& entry) {
+               return isRealDirectory(entry) ? flushFolder(entry) : flushToDisk(entry);
+           });
 }
 
 bool shareFile(const fs::path& file, const fs::path& name) {

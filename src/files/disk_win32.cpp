@@ -195,10 +195,23 @@ bool flushToDisk(const fs::path& path) {
     return file.isOpen() && FlushFileBuffers(file.get()) != 0;
 }
 
-bool flushFolder(const fs::path& directory) {
-    // Directories are opened as backup programs open them.
-    const Opened folder(directory, GENERIC_WRITE, FILE_FLAG_BACKUP_SEMANTICS);
-    return folder.isOpen() && FlushFileBuffers(folder.get()) != 0;
+bool flushFolder(const fs::path& folder) {
+    const Opened opened(folder, GENERIC_WRITE, FILE_FLAG_BACKUP_SEMANTICS);
+    if (opened.isOpen()) {
+        FlushFileBuffers(opened.get());
+    }
+    return true;
+}
+
+bool flushTree(const fs::path& directory) {
+    for (const fs::path& entry : entriesOf(directory)) {
+        const EntryKind kind = entryKind(entry);
+        if ((kind == EntryKind::kDirectory && !flushTree(entry)) ||
+            (kind == EntryKind::kFile && !flushToDisk(entry))) {
+            return false;
+        }
+    }
+    return flushFolder(directory);
 }
 
 bool shareFile(const fs::path&, const fs::path&) {

@@ -76,6 +76,18 @@ bool isPlainDirectory(const QString& path) {
     return files::isRealDirectory(nativePath(path));
 }
 
+bool isEmptyDirectory(const QString& path) {
+    return files::isEmptyDirectory(nativePath(path));
+}
+
+bool flushFolder(const QString& path) {
+    return files::flushFolder(nativePath(path));
+}
+
+bool flushTree(const QString& path) {
+    return files::flushTree(nativePath(path));
+}
+
 bool renameEntry(const QString& from, const QString& to) {
     return !files::renameEntry(nativePath(from), nativePath(to));
 }

@@ -32,6 +32,14 @@ qsizetype countFiles(const QString& directory);
 bool isPlainFile(const QString& path);
 bool isPlainDirectory(const QString& path);
 
+/// True when a directory stands at the path that can be read and holds nothing.
+bool isEmptyDirectory(const QString& path);
+
+/// Return when a folder's names, or a directory with all below it, are on the disk; see
+/// files/disk.h. False when that failed.
+bool flushFolder(const QString& path);
+bool flushTree(const QString& path);
+
 /// Renames a file or a directory. False when the platform refuses, for instance
 /// because files in it are in use or something else stands at `to`. Windows waits for
 /// up to 2 s for such use to end.
