@@ -33,7 +33,7 @@ bool discardTree(const QString& dir, const char* suffix) {
     return false;
 }
 
-void removeLeftovers(const QString& dir) {
+void clearLeftovers(const QString& dir) {
     const QFileInfo old(statePath(dir, kOldSuffix));
     const QRegularExpression aside(QRegularExpression::anchoredPattern(
         QRegularExpression::escape(old.fileName()) + QStringLiteral("-[1-9][0-9]*")));

@@ -13,6 +13,6 @@ namespace quorvelle {
 bool discardTree(const QString& dir, const char* suffix);
 
 /// Removes what earlier syncs had to move aside, as far as that is possible now.
-void removeLeftovers(const QString& dir);
+void clearLeftovers(const QString& dir);
 
 }  // namespace quorvelle

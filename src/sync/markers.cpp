@@ -33,6 +33,11 @@ bool writeObject(const QString& path, const QJsonObject& object) {
     return saveWhole(path, QJsonDocument(object).toJson(QJsonDocument::Indented));
 }
 
+bool removeFile(const QString& path) {
+    QFile file(path);
+    return file.remove() || !file.exists();
+}
+
 }  // namespace
 
 InstalledMarker readInstalledMarker(const QString& dir) {
@@ -58,8 +63,33 @@ bool writeStagedMarker(const QString& dir, const StagedMarker& staged) {
 }
 
 bool removeStagedMarker(const QString& dir) {
-    QFile file(statePath(dir, kStagedMarkerSuffix));
-    return file.remove() || !file.exists();
+    return removeFile(statePath(dir, kStagedMarkerSuffix));
+}
+
+std::optional<SwapRecord> readSwapRecord(const QString& dir) {
+    const QString path = statePath(dir, kSwapSuffix);
+    if (!entryExists(path)) {
+        return std::nullopt;
+    }
+    const QJsonObject object = readObject(path);
+    const QString previous = object.value(u"previous").toString(QLatin1String(kOldSuffix));
+    // It becomes part of a path.
+    const bool sound = !previous.contains(u'/') && !previous.contains(u'\\');
+    return SwapRecord{object.value(u"build").toString(), object.value(u"channel").toString(),
+                      sound ? previous : QLatin1String(kOldSuffix), object.value(u"keep").toBool(),
+                      object.value(u"moving").toBool(true)};
+}
+
+bool writeSwapRecord(const QString& dir, const SwapRecord& record) {
+    QJsonObject object = marker(record.build, record.channel);
+    object.insert(QStringLiteral("previous"), record.previous);
+    object.insert(QStringLiteral("keep"), record.keep);
+    object.insert(QStringLiteral("moving"), record.moving);
+    return writeObject(statePath(dir, kSwapSuffix), object);
+}
+
+bool removeSwapRecord(const QString& dir) {
+    return removeFile(statePath(dir, kSwapSuffix));
 }
 
 QString readStagingBuild(const QString& dir) {

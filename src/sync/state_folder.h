@@ -14,7 +14,9 @@ inline constexpr char kStagedMarkerSuffix[] = ".staged.json";
 inline constexpr char kStagingBuildSuffix[] = ".staging.build";
 inline constexpr char kStagingSuffix[] = ".staging";
 inline constexpr char kOldSuffix[] = ".old";
-/// Stands while a swap is under way, see swap.h.
+/// Of directories that were in the way and that nothing vouched for, see swap.h.
+inline constexpr char kReplacedSuffix[] = ".replaced";
+/// The record of a swap, see swap.h.
 inline constexpr char kSwapSuffix[] = ".swap";
 /// The lock of the sync that is running.
 inline constexpr char kLockSuffix[] = ".lock";

@@ -2,32 +2,50 @@
 
 #include <QString>
 
+#include "sync/markers.h"
+
 /// The swap that puts a staged build in place of the installed one by two renames,
-/// and what a later run makes of a swap that was cut short.
+/// and what a later run makes of a swap that was cut short, by the end of the process or
+/// of the power.
 ///
-/// While a swap is under way the state entry ".swap" stands. A process that ends in
-/// the middle leaves it behind, so that the next one can tell "the staging directory
-/// is gone because it is installed now" from "it is gone".
+/// The swap record (".swap", see markers.h) stands while a swap is under way, so that the
+/// next process can tell "the staging directory is gone because it is installed now" from
+/// "it is gone", and what the swap moved to ".old" from what an earlier one left there.
+///
+/// A directory that nothing vouches for (no marker, no record, no state of an earlier
+/// release) holds what somebody else put there. The swap keeps it in the state folder as
+/// ".replaced"; the program never removes or overwrites that.
 
 namespace quorvelle {
 
 enum class SwapResult {
-    kSwapped,     ///< the staged build is in place, the previous one is removed
-    kInUse,       ///< the install directory could not be moved away; nothing changed
-    kNotMovable,  ///< staging could not be moved; the install directory is back
+    kSwapped,      ///< the staged build is in place and recorded as installed
+    kInUse,        ///< the install directory could not be moved away; nothing changed
+    kNotMovable,   ///< the swap could not be made; the install directory is as it was
+    kNotFlushed,   ///< staging could not be brought to the disk; nothing changed
+    kNotRecorded,  ///< the staged build is in place, but the installed marker is missing
 };
 
-/// Puts the staging directory of `dir` in place. The caller holds the sync lock,
-/// records the outcome and then calls endSwap().
-SwapResult swapInStaged(const QString& dir);
+struct SwapOutcome {
+    SwapResult result = SwapResult::kNotMovable;
+    /// Where the content of a directory that nothing vouched for lies now; empty when
+    /// there was none.
+    QString kept = {};
+};
 
-/// Ends the swap's record, whatever its result.
-void endSwap(const QString& dir);
+/// Writes the staged marker, puts the staging directory of `dir` in place and replaces that
+/// marker by the installed one. The caller holds the sync lock. Where the staged build is
+/// not in place afterwards, staging stands as it was.
+SwapOutcome swapInStaged(const QString& dir, const StagedMarker& staged);
 
-/// Brings a swap that was cut short to one side: an install directory that is missing
-/// while ".old" and a staged marker (or the record of a swap) stand comes back from
-/// ".old"; a staged build that was already moved into place is recorded as installed. Does nothing
-/// otherwise.
-void recoverSwap(const QString& dir);
+/// Takes the staged marker away, on the disk as well, before staging changes: it must never
+/// speak of something else. False when it may still stand.
+bool withdrawStaged(const QString& dir);
+
+/// Brings a swap that was cut short to one side: what it moved away comes back where the
+/// install directory is missing, and a staged build that was already moved into place is
+/// recorded as installed. Does nothing otherwise, but for another try to remove an ".old"
+/// that could not be removed. Returns SwapOutcome::kept of a swap that it completed.
+QString recoverSwap(const QString& dir);
 
 }  // namespace quorvelle

@@ -7,6 +7,7 @@
 #include "config/config_file.h"
 #include "config/server_url.h"
 #include "console/arguments.h"
+#include "console/console.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"

@@ -71,8 +71,8 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
         return;
     }
     migrateLegacyState(dir, installDirectories());
-    recoverSwap(dir);
-    removeLeftovers(dir);
+    tellKept(recoverSwap(dir));
+    clearLeftovers(dir);
     running = true;
     Q_EMIT progress(named(QStringLiteral("checking channel '%1' ...").arg(channel)));
     get(apiPath(QStringLiteral("/api/channels/%1"), channel), {}, QStringLiteral("sync"),

@@ -92,6 +92,7 @@ private:
 
     // syncer_activation.cpp: staging into place
     void activateStaged();
+    void tellKept(const QString& path);
 
     QNetworkAccessManager network;
     bool running = false;

@@ -1,23 +1,16 @@
 #include <QDir>
 
 #include "files/file_tree.h"
-#include "sync/markers.h"
+#include "sync/state_folder.h"
 #include "sync/swap.h"
 #include "sync/syncer.h"
 
 namespace quorvelle {
 
 void Syncer::activateStaged() {
-    writeStagedMarker(dir, {buildId, channel, totalSize});
     Q_EMIT progress(named(QStringLiteral("activating build %1 ...").arg(buildId)));
-    const SwapResult result = swapInStaged(dir);
-    const bool recorded =
-        result == SwapResult::kSwapped && writeInstalledMarker(dir, {buildId, channel});
-    // A staged marker that stays stands for a directory that is gone; the record of the
-    // swap then lets the next sync remove it.
-    if (!recorded || removeStagedMarker(dir)) {
-        endSwap(dir);
-    }
+    const auto [result, keptAt] = swapInStaged(dir, {buildId, channel, totalSize});
+    tellKept(keptAt);
 
     const QString place = QDir::toNativeSeparators(givenDir);
     if (result == SwapResult::kNotMovable && entryExists(dir) && !directoryExists(dir)) {
@@ -31,7 +24,10 @@ void Syncer::activateStaged() {
         endBlocked(named(QStringLiteral("build %1 is downloaded and ready, but could not be "
                                         "activated - the update will be retried")
                              .arg(buildId)));
-    } else if (!recorded) {
+    } else if (result == SwapResult::kNotFlushed) {
+        endFailed(
+            named(QStringLiteral("could not finalize %1").arg(statePath(dir, kStagingSuffix))));
+    } else if (result == SwapResult::kNotRecorded) {
         endFailed(named(QStringLiteral(
             "build activated, but could not record its id - next sync will re-download")));
     } else if (files.isEmpty()) {
@@ -40,6 +36,14 @@ void Syncer::activateStaged() {
         endFinished(true, named(QStringLiteral("synced build %1 (%2 files, %3 bytes) -> %4")
                                     .arg(buildId, QString::number(files.size()),
                                          QString::number(totalSize), place)));
+    }
+}
+
+void Syncer::tellKept(const QString& path) {
+    if (!path.isEmpty()) {
+        Q_EMIT noted(
+            named(QStringLiteral("what was in %1 before is kept in %2")
+                      .arg(QDir::toNativeSeparators(givenDir), QDir::toNativeSeparators(path))));
     }
 }
 

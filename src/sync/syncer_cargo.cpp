@@ -7,6 +7,7 @@
 #include "sync/leftovers.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
+#include "sync/swap.h"
 #include "sync/syncer.h"
 
 namespace quorvelle {
@@ -59,7 +60,7 @@ bool Syncer::prepareStaging() {
     // The markers go first: they must never speak of a staging directory that holds
     // something else.
     const QString staging = statePath(dir, kStagingSuffix);
-    return removeStagedMarker(dir) && removeStagingBuild(dir) && discardTree(dir, kStagingSuffix) &&
+    return withdrawStaged(dir) && removeStagingBuild(dir) && discardTree(dir, kStagingSuffix) &&
            QDir().mkpath(staging);
 }
 

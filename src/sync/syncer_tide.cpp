@@ -7,6 +7,7 @@
 #include "sync/leftovers.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
+#include "sync/swap.h"
 #include "sync/syncer.h"
 
 namespace quorvelle {
@@ -100,7 +101,7 @@ void Syncer::startTideDownload() {
 bool Syncer::prepareTideStaging() {
     const QString staging = statePath(dir, kStagingSuffix);
     // What is staged is about to change; its marker must not outlive it.
-    if (!removeStagedMarker(dir)) {
+    if (!withdrawStaged(dir)) {
         return false;
     }
     const bool resumes = directoryExists(staging) && readStagingBuild(dir) == buildId;

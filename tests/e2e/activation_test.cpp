@@ -131,6 +131,29 @@ TEST_P(Activation, TakesNoSubscriptionsDirectoryForTheStateOfAnother) {
                                              "app.old/a=one", "app.staging/a=one"}));
 }
 
+TEST_P(Activation, KeepsWhatDidNotComeFromHere) {
+    publish(server, "stable", "b1", {{"a", "one"}});
+    box.write("apps/app/thesis/t.tex", "mine");
+    {
+        const Held held(box.path("apps/app"), Held::From::kMoves);
+        expectResult(run({"sync"}, true), "blocked", whole("b1", {"a"}), inUse("b1"));
+    }
+    EXPECT_EQ(installed(), QStringList("thesis/t.tex=mine"));
+    expectSync("synced", retrying("b1"), retried("b1"));
+    EXPECT_EQ(installed(), QStringList("a=one"));
+    EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.replaced"}));
+    EXPECT_EQ(stateBytes(".replaced/thesis/t.tex"), "mine");
+
+    publish(server, "stable", "b2", {{"a", "two"}});
+    expectSync("synced", whole("b2", {"a"}), synced("b2", 1, 3));
+    EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.replaced"}));
+    // A person who starts afresh, with the marker gone, has files of theirs there again.
+    ASSERT_TRUE(QFile::remove(box.path("apps/.quorvelle/app.installed.json")));
+    expectSync("synced", whole("b2", {"a"}), synced("b2", 1, 3));
+    EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.replaced", "app.replaced-2"}));
+    EXPECT_EQ(stateBytes(".replaced-2/a"), "two");
+}
+
 TEST_P(Activation, KeepsTheOnlyCopyUntilABuildIsInPlace) {
     publish(server, "stable", "b2", {{"a", "two"}});
     server.onJson("GET", fileTarget("b2", "a"), {{"error", "lost"}}, 404);

@@ -178,6 +178,10 @@ int fdatasync(int) {
     return plan().pass("fdatasync") ? 0 : -1;
 }
 
+int syncfs(int) noexcept {
+    return plan().pass("syncfs") ? 0 : -1;
+}
+
 int ftruncate(int file, off_t size) noexcept {
     return counted("ftruncate", file, size);
 }

@@ -33,6 +33,8 @@ const Files kBuild2{{"bin/new/added", "added"},
                     {"data/deep/empty", ""},
                     {"readme", "two"}};
 
+const Files kTheirs{{".hidden", "theirs"}, {"thesis/text", "theirs too"}};
+
 /// Each file in chunks of 640 KiB.
 TideFiles inChunks(const Files& files) {
     constexpr qsizetype kChunk = 640 * 1024;
@@ -54,7 +56,8 @@ void writeFiles(const Sandbox& sandbox, const QString& folder, const Files& file
 
 std::string holding(const Sandbox& sandbox, const QString& folder) {
     const QStringList tree = sandbox.tree(folder);
-    for (const auto& [name, files] : {std::pair{"build 1", kBuild1}, {"build 2", kBuild2}}) {
+    for (const auto& [name, files] :
+         {std::pair{"build 1", kBuild1}, {"build 2", kBuild2}, {"theirs", kTheirs}}) {
         QStringList lines;
         for (const auto& [path, bytes] : files) {
             lines.append(path + u'=' + QString::fromUtf8(bytes));
@@ -71,7 +74,7 @@ std::string holding(const Sandbox& sandbox, const QString& folder) {
 /// Names in a folder. A save that was killed just before its rename leaves a temporary
 /// name with six random letters, which nothing reads; it is left out.
 QStringList namesIn(const Sandbox& sandbox, const QString& folder) {
-    static const QRegularExpression lasting("^(?!.*\\.(json|build)\\.[A-Za-z]{6}$)");
+    static const QRegularExpression lasting("^(?!.*\\.(json|build|swap)\\.[A-Za-z]{6}$)");
     return QDir(sandbox.path(folder))
         .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
         .filter(lasting);
@@ -101,6 +104,10 @@ void SyncWorld::prepare(const Sandbox& sandbox, Start start) const {
     if (start == Start::kNothing) {
         return;
     }
+    if (start == Start::kTheirs) {
+        writeFiles(sandbox, "games/app", kTheirs);
+        return;
+    }
     const QString state = start == Start::kLegacy ? "games/app" : "games/.quorvelle/app";
     writeFiles(sandbox, "games/app", kBuild1);
     sandbox.write(state + ".installed.json", R"({"build": "b1", "channel": "stable"})");
@@ -117,18 +124,22 @@ void SyncWorld::prepare(const Sandbox& sandbox, Start start) const {
 
 std::string standing(const Sandbox& sandbox) {
     const std::string installed = holding(sandbox, "games/app");
-    const std::string old = holding(sandbox, "games/.quorvelle/app.old");
-    if (installed != "nothing" || old == "nothing") {
-        return installed;
+    for (const std::string place : {"old", "replaced"}) {
+        const std::string away =
+            holding(sandbox, "games/.quorvelle/app." + QString::fromStdString(place));
+        if (installed == "nothing" && away != "nothing") {
+            return (place == "old" ? "old: " : "kept: ") + away +
+                   ", staging: " + stagedFiles(sandbox);
+        }
     }
-    return "old: " + old + ", staging: " + stagedFiles(sandbox);
+    return installed;
 }
 
 std::string stagedFiles(const Sandbox& sandbox) {
     return holding(sandbox, "games/.quorvelle/app.staging");
 }
 
-void expectConvergence(Sandbox& sandbox, Engine engine, bool mayKeepOld) {
+void expectConvergence(Sandbox& sandbox, Engine engine, Start start, bool mayKeepOld) {
     const bool tide = engine == Engine::kTide;
     const Outcome sync = runFaulty(sandbox, {"sync"}, {});
     EXPECT_EQ(sync.code, 0) << sync.err.toStdString() << sync.out.toStdString();
@@ -139,9 +150,14 @@ void expectConvergence(Sandbox& sandbox, Engine engine, bool mayKeepOld) {
     QStringList state = namesIn(sandbox, "games/.quorvelle");
     if (mayKeepOld) {
         state.removeAll("app.old");
+        state.removeAll("app.swap");
     }
     if (tide) {
         state.removeAll("app.staging.build");
+    }
+    if (start == Start::kTheirs) {
+        EXPECT_EQ(holding(sandbox, "games/.quorvelle/app.replaced"), "theirs");
+        state.removeAll("app.replaced");
     }
     EXPECT_EQ(state, QStringList("app.installed.json"));
 

@@ -13,6 +13,7 @@ enum class Engine { kCargo, kTide };
 enum class Start {
     kNothing,  ///< a first install
     kBuild1,   ///< build 1 is installed
+    kTheirs,   ///< a directory that somebody else made stands in its place
     kStaged,   ///< the same; build 2 waits in staging, an older swap left ".old" behind
     kLegacy,   ///< build 1 with the state entries where earlier releases kept them
 };
@@ -34,16 +35,17 @@ private:
     const Engine engine;
 };
 
-/// What the install directory holds: "build 1", "build 2", "nothing" or "a mixture: "
-/// with the names. Where nothing stands while there is an ".old", "old: ..., staging:
-/// ..." in the same words.
+/// What the install directory holds: "build 1", "build 2", "theirs", "nothing" or "a
+/// mixture: " with the names. Where nothing stands while there is an ".old" or a
+/// ".replaced", "old: ..., staging: ..." or "kept: ..., staging: ..." in the same words.
 std::string standing(const Sandbox& sandbox);
 
 std::string stagedFiles(const Sandbox& sandbox);
 
 /// Fails the test unless an unhindered sync brings build 2 with its marker and leaves
-/// nothing else behind, and the next one finds all up to date. `mayKeepOld` allows a
-/// whole or partial ".old", which the next activation removes.
-void expectConvergence(Sandbox& sandbox, Engine engine, bool mayKeepOld = false);
+/// nothing else behind but, after kTheirs, what was theirs; and the next one finds all up
+/// to date. `mayKeepOld` allows a whole or partial ".old" with its record, which a later
+/// sync removes.
+void expectConvergence(Sandbox& sandbox, Engine engine, Start start, bool mayKeepOld = false);
 
 }  // namespace quorvelle::testing

@@ -2,11 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <QDir>
 #include <QFile>
 #include <map>
 
 #include "support/notation.h"
 #include "support/process_runner.h"
+#include "support/qt_printers.h"
 #include "sync/markers.h"
 #include "sync/state_folder.h"
 
@@ -23,13 +25,32 @@ const std::map<QString, QString> kEntries{
     {"app/f=staged", "new"},
     {".quorvelle/app.old/f=previous", "old"},
     {".quorvelle/app.staging/f=staged", "staging"},
+    {".quorvelle/app.replaced/f=installed", "kept"},
+    {".quorvelle/app.replaced-2/f=installed", "kept-2"},
+    {".quorvelle/app.replaced=theirs", "taken"},
     {".quorvelle/app.swap=", "record"},
+};
+
+const StagedMarker kBuildTwo{"b2", "stable", 5};
+
+/// What a record may say: "update" and "keep" of a swap under way, "first" of one where
+/// nothing stood, "waits" and "keeps" of none under way.
+const std::map<QString, SwapRecord> kSwapRecords{
+    {"update", {"b2", "stable", ".old", false, true}},
+    {"keep", {"b2", "stable", ".replaced", true, true}},
+    {"first", {"b2", "stable", "", false, true}},
+    {"waits", {"b2", "stable", ".old", false, false}},
+    {"keeps", {"b2", "stable", ".replaced", true, false}},
 };
 
 void lay(const Sandbox& sandbox, const QString& states) {
     for (const QString& state : args(states)) {
         if (state == "marker") {
-            writeStagedMarker(sandbox.path("app"), {"b2", "stable", 5});
+            writeStagedMarker(sandbox.path("app"), kBuildTwo);
+        } else if (state.startsWith("b")) {
+            writeInstalledMarker(sandbox.path("app"), {state, "stable"});
+        } else if (kSwapRecords.contains(state)) {
+            writeSwapRecord(sandbox.path("app"), kSwapRecords.at(state));
         }
         for (const auto& [entry, word] : kEntries) {
             if (word == state) {
@@ -50,7 +71,10 @@ QString standing(const Sandbox& sandbox) {
             states.append(readStagedMarker(sandbox.path("app")).build == "b2" ? "marker" : entry);
         } else if (entry.startsWith(".quorvelle/app.installed.json=")) {
             const InstalledMarker marker = readInstalledMarker(sandbox.path("app"));
-            states.append("recorded:" + marker.build + ':' + marker.channel);
+            states.append(marker.channel == "stable" ? marker.build : entry);
+        } else if (entry.startsWith(".quorvelle/app.swap={")) {
+            const SwapRecord record = *readSwapRecord(sandbox.path("app"));
+            states.append(record.moving ? "moves" : record.keep ? "keeps" : "waits");
         } else if (entry != ".quorvelle/") {
             states.append(entry);
         }
@@ -63,47 +87,99 @@ QString standing(const Sandbox& sandbox) {
 
 TEST(SwapInStaged, LeavesOneWholeBuildInEveryCase) {
     for (const QStringList& row : rows(R"(
-                                    | not movable |
-        staging                     | swapped     | new
-        old                         | not movable | old
-        old staging                 | swapped     | new
-        install                     | not movable | install
-        install staging             | swapped     | new
-        install old staging         | swapped     | new
-        install old record staging  | swapped     | new
-        install marker staging      | swapped     | marker new
-        file                        | not movable | file
-        file staging                | not movable | file staging)")) {
+                                       | blocked | marker
+        staging                        | swapped | b2 new
+        old                            | blocked | marker old
+        old staging                    | swapped | b2 new
+        b1 install                     | blocked | b1 install marker
+        b1 install staging             | swapped | b2 new
+        b1 install old staging         | swapped | b2 new
+        b1 install old record staging  | swapped | b2 new
+        install marker staging         | swapped | b2 new
+        install record staging         | swapped | b2 new
+        install staging waits          | swapped | b2 new
+        b2 install staging             | swapped | b2 new
+        file                           | blocked | file marker
+        file staging                   | blocked | file marker staging
+        file old staging               | blocked | file marker old staging waits)")) {
         SCOPED_TRACE(row[0].toStdString());
         const Sandbox sandbox;
         lay(sandbox, row[0]);
-        EXPECT_EQ(swapInStaged(sandbox.path("app")),
-                  row[1] == "swapped" ? SwapResult::kSwapped : SwapResult::kNotMovable);
-        EXPECT_TRUE(standing(sandbox).contains("record") || row[1] != "swapped");
-        endSwap(sandbox.path("app"));
+        const auto [result, kept] = swapInStaged(sandbox.path("app"), kBuildTwo);
+        EXPECT_EQ(result, row[1] == "swapped" ? SwapResult::kSwapped : SwapResult::kNotMovable);
+        EXPECT_EQ(kept, QString());
         EXPECT_EQ(standing(sandbox), row[2]);
     }
 }
 
+TEST(SwapInStaged, KeepsWhatNothingVouchesFor) {
+    for (const QStringList& row : rows(R"(
+        install staging               | .replaced   | b2 kept new
+        install keeps staging         | .replaced   | b2 kept new
+        install keeps marker staging  | .replaced   | b2 kept new
+        install old staging           | .replaced   | b2 kept new
+        install staging taken         | .replaced-2 | b2 kept-2 new taken)")) {
+        SCOPED_TRACE(row[0].toStdString());
+        const Sandbox sandbox;
+        lay(sandbox, row[0]);
+        const auto [result, kept] = swapInStaged(sandbox.path("app"), kBuildTwo);
+        EXPECT_EQ(result, SwapResult::kSwapped);
+        EXPECT_EQ(kept, sandbox.path(".quorvelle/app" + row[1]));
+        EXPECT_EQ(standing(sandbox), row[2]);
+    }
+}
+
+TEST(SwapInStaged, KeepsNoEmptyDirectory) {
+    const Sandbox sandbox;
+    lay(sandbox, "staging");
+    ASSERT_TRUE(QDir().mkpath(sandbox.path("app")));
+    EXPECT_EQ(swapInStaged(sandbox.path("app"), kBuildTwo).kept, QString());
+    EXPECT_EQ(standing(sandbox), QString("b2 new"));
+}
+
 TEST(RecoverSwap, BringsASwapCutShortToOneSide) {
     for (const QStringList& row : rows(R"(
-        no swap, first install                 | marker staging            | marker staging
-        no swap, blocked                       | install marker staging    | install marker staging
-        no swap, staging gone                  | install marker            | install marker
-        no swap, leftover                      | install old               | install old
-        no swap, nothing staged                | old                       | old
-        no record, between the renames         | marker old staging        | marker previous staging
-        before the first rename       | install marker record staging     | install marker staging
-        before it, a leftover         | install marker old record staging | install marker old staging
-        before the only rename                 | marker record staging     | marker staging
-        between the renames                    | marker old record staging | marker previous staging
-        between the renames, no marker         | old record staging        | previous staging
-        after the second rename                | marker new old record     | new recorded:b2:stable
-        after the only rename                  | marker new record         | new recorded:b2:stable
-        after its record as installed          | new record                | new
-        the staged build is nowhere            | marker old record         | marker previous
-        a file in the way             | file marker old record staging    | file marker old staging
-        a file in the way, no staging          | file marker record        | file marker)")) {
+        no swap, first install         | marker staging                  | marker staging
+        no swap, blocked               | install marker staging          | install marker staging
+        no swap, staging gone          | install marker                  | install marker
+        no swap, leftover              | install old                     | install old
+        no swap, nothing staged        | old                             | old
+        no record, between the renames | marker old staging              | marker previous staging
+        no record, marker left         | b2 marker new                   | b2 new
+        no record, other marker left   | b1 marker new                   | b1 marker new
+        before the first rename        | b1 install marker staging update | b1 install marker staging
+        before the staged marker       | b1 install staging update       | b1 install staging
+        before the only rename         | first marker staging            | marker staging
+        between the renames            | b1 marker old staging update    | b1 marker previous staging
+        between, the same build        | b2 marker old staging update    | b2 marker previous staging
+        between the renames, no marker | b1 old staging update           | b1 previous staging
+        after the second rename        | b1 marker new old update        | b2 new
+        after it, no marker            | b1 new old update               | b2 new
+        after the only rename          | first marker new                | b2 new
+        after its record as installed  | b2 new old update               | b2 new
+        the staged build is nowhere    | b1 marker old update            | b1 marker previous
+        the new build is gone again    | b2 marker old update            | b2 marker old waits
+        a file in the way              | file marker old staging update  | file marker old staging waits
+        theirs, before the renames     | install keep marker staging     | install keeps marker staging
+        theirs, before staged marker   | install keep staging            | install keeps staging
+        theirs, staging gone           | install keep marker             | install keeps marker
+        theirs, between the renames    | keep kept marker staging        | install keeps marker staging
+        theirs, second rename lost     | keep kept                       | install keeps
+        theirs, after them             | keep kept marker new            | b2 kept new
+        theirs, blocked                | install keeps marker staging    | install keeps marker staging
+        leftover of a swap, no install | b1 marker old staging waits     | b1 marker old staging waits
+        the same, first install        | b1 first marker old staging     | b1 marker old staging waits
+        leftover of a blocked swap     | b1 install marker old staging waits | b1 install marker staging
+        leftover of a swap             | b2 new old waits                | b2 new
+        installed, but not recorded    | marker new waits                | marker new waits
+        old record, before the renames | install marker record staging   | install marker staging
+        old record, the only rename    | marker record staging           | marker staging
+        old record, between            | marker old record staging       | marker previous staging
+        old record, between, no marker | old record staging              | previous staging
+        old record, after the renames  | marker new old record           | b2 new
+        old record, recorded           | new record                      | new
+        old record, staged is nowhere  | marker old record               | marker previous
+        old record, a file in the way  | file marker record              | file marker)")) {
         SCOPED_TRACE(row[0].toStdString());
         const Sandbox sandbox;
         lay(sandbox, row[1]);
@@ -128,17 +204,16 @@ TEST(SwapInStaged, RemovesLinksWithoutFollowingThem) {
         for (const char* target : {"outside", "outside/keep", "missing"}) {
             SCOPED_TRACE(std::string(link) + " -> " + target);
             const Sandbox sandbox;
-            lay(sandbox, "install staging");
+            lay(sandbox, "b1 install staging");
             sandbox.write("outside/keep", "kept");
             sandbox.write(".quorvelle/app.old.other", "kept");
             if (QString(link).endsWith("/link")) {
                 sandbox.write(QString(link) + ".file", "");
             }
             ASSERT_TRUE(QFile::link(sandbox.path(target), sandbox.path(link)));
-            EXPECT_EQ(swapInStaged(sandbox.path("app")), SwapResult::kSwapped);
-            endSwap(sandbox.path("app"));
+            EXPECT_EQ(swapInStaged(sandbox.path("app"), kBuildTwo).result, SwapResult::kSwapped);
             EXPECT_EQ(standing(sandbox),
-                      QString(".quorvelle/app.old.other=kept new outside/keep=kept"));
+                      QString(".quorvelle/app.old.other=kept b2 new outside/keep=kept"));
         }
     }
 }
