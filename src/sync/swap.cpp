@@ -61,9 +61,7 @@ bool removeLeftover(const QString& dir, const SwapRecord& swap) {
     if (swap.keep || swap.previous.isEmpty() || !entryExists(previousPath(dir, swap))) {
         return true;
     }
-    // Gone from the disk as well before the record is written: after that, recovery takes
-    // what has the name for the installed build.
-    return discardTree(dir, kOldSuffix) && flushFolder(stateFolder(dir));
+    return discardTree(dir, kOldSuffix);
 }
 
 /// Writes down what is going to happen. False when it must not happen.
@@ -145,8 +143,10 @@ SwapResult complete(const QString& dir, SwapRecord swap) {
         writeSwapRecord(dir, swap);
         return SwapResult::kNotRecorded;
     }
-    if (!removeStagedMarker(dir)) {
-        return SwapResult::kSwapped;  // It speaks of a directory that is gone; see recoverSwap().
+    // The record goes last: without it, an ".old" beside a staged marker would be taken for
+    // the installed build.
+    if (!removeStagedMarker(dir) || !flushFolder(stateFolder(dir))) {
+        return SwapResult::kSwapped;  // The next sync completes it.
     }
     if (leftover) {
         writeSwapRecord(dir, swap);
@@ -181,18 +181,11 @@ void recoverUnderWay(const QString& dir, SwapRecord swap, bool staged) {
     standDown(dir, swap);
 }
 
-/// Without a record: what an earlier release left behind, and two removals at the end of a
-/// swap of which only the second came to the disk.
-void recoverUnrecorded(const QString& dir, bool staged) {
-    const QString build = readStagedMarker(dir).build;
+/// Releases before the record wrote a staged marker and renamed.
+void recoverUnrecorded(const QString& dir) {
     const QString old = statePath(dir, kOldSuffix);
-    if (build.isEmpty()) {
-        return;
-    }
-    if (!entryExists(dir) && directoryExists(old)) {
+    if (!readStagedMarker(dir).build.isEmpty() && !entryExists(dir) && directoryExists(old)) {
         renameEntry(old, dir);
-    } else if (!staged && directoryExists(dir) && readInstalledMarker(dir).build == build) {
-        removeStagedMarker(dir);
     }
 }
 
@@ -206,12 +199,15 @@ SwapOutcome swapInStaged(const QString& dir, const StagedMarker& staged) {
         writeStagedMarker(dir, staged);
         return {SwapResult::kNotMovable};
     }
-    // Nothing may say that a build waits before all of it is on the disk.
-    if (!flushTree(staging)) {
+    const SwapRecord swap = plannedSwap(dir, staged);
+    const bool isFree = removeLeftover(dir, swap);
+    // Nothing may say that a build waits before all of it, and its name, is on the disk. With
+    // the record there and the name not, the swap would pass for one that was made; and a
+    // leftover would pass for the installed build.
+    if (!flushTree(staging) || !flushNames(dir)) {
         return {SwapResult::kNotFlushed};
     }
-    const SwapRecord swap = plannedSwap(dir, staged);
-    if (!removeLeftover(dir, swap)) {
+    if (!isFree) {
         writeStagedMarker(dir, staged);
         return {SwapResult::kInUse};
     }
@@ -236,7 +232,7 @@ QString recoverSwap(const QString& dir) {
     const bool staged = entryExists(statePath(dir, kStagingSuffix));
     std::optional<SwapRecord> swap = readSwapRecord(dir);
     if (!swap) {
-        recoverUnrecorded(dir, staged);
+        recoverUnrecorded(dir);
         return {};
     }
     if (!swap->moving) {

@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 
+#include <QDir>
 #include <cerrno>
 #include <iostream>
 
 #include "support/faulty_run.h"
+#include "support/power_cut.h"
 #include "support/qt_printers.h"
 #include "support/sync_world.h"
 
@@ -80,6 +82,7 @@ protected:
 
 class KilledSync : public HinderedSync {};
 class FailingSync : public HinderedSync {};
+class CutSync : public HinderedSync {};
 
 }  // namespace
 
@@ -117,6 +120,35 @@ TEST_P(KilledSync, IsMadeGoodAlsoAfterAKillOfTheRecovery) {
     std::cout << kills << " pairs of kills\n";
 }
 
+TEST_P(CutSync, IsMadeGoodByTheNext) {
+    Sandbox sandbox;
+    world.prepare(sandbox, GetParam().start);
+    PowerCut cut(sandbox, "games", {".quorvelle"});
+    const QString trace = sandbox.path("trace");
+    ASSERT_TRUE(QDir().mkpath(trace));
+    sandbox.environment.insert("FAULT_TRACE", trace);
+    ASSERT_EQ(runFaulty(sandbox, kSync, {}).code, 0);
+    const std::set<DiskState> states = cut.states(trace);
+    std::cout << states.size() << " states\n";
+    EXPECT_GT(states.size(), 20U);
+    for (const DiskState& state : states) {
+        Sandbox after;
+        world.prepare(after, Start::kNothing);
+        QStringList names;
+        for (const auto& [name, bytes] : state) {
+            names.append(name);
+            const QString path = "games/" + name;
+            if (path.endsWith(u'/')) {
+                QDir().mkpath(after.path(path));
+            } else {
+                after.write(path, bytes);
+            }
+        }
+        SCOPED_TRACE(names.join(u' ').toStdString());
+        expectConvergence(after, GetParam().engine, GetParam().start);
+    }
+}
+
 const SyncCase kStarts[] = {{"FirstInstall", Engine::kCargo, Start::kNothing, "nothing"},
                             {"Update", Engine::kCargo, Start::kBuild1, "build 1"},
                             {"RetryOfStaged", Engine::kCargo, Start::kStaged, "build 1"},
@@ -131,6 +163,7 @@ std::string nameOf(const ::testing::TestParamInfo<SyncCase>& row) {
     return row.param.name;
 }
 
+INSTANTIATE_TEST_SUITE_P(Starts, CutSync, ValuesIn(kStarts, kStarts + 8), nameOf);
 INSTANTIATE_TEST_SUITE_P(Starts, KilledSync, ValuesIn(kStarts), nameOf);
 // A state that could not be moved stays where earlier releases kept it.
 INSTANTIATE_TEST_SUITE_P(Starts, FailingSync, ValuesIn(kStarts, kStarts + 8), nameOf);

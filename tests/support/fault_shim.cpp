@@ -6,6 +6,14 @@
 //                 is killed just before the call
 //   FAULT_NO_USERS  when set, the user database knows nobody
 //   FAULT_REPORT  file that gets "<calls made> <name of the call that failed>" at exit
+//   FAULT_TRACE   folder in which "calls" gets a line for each change of a name and each
+//                 flush, the words between tabs:
+//                   born <inode>            a file was made, which may have no name yet
+//                   name <inode> <path>     a file got a name
+//                   folder <inode> <path>   a folder was made
+//                   move <path> <path>, gone <path>
+//                   bytes <inode> <file>    a file was flushed; <file> is a copy of it
+//                   flush <path>, all       a folder, everything was flushed
 //
 // Opening the configuration to read it counts as well, for what cannot be read then must
 // not be written over later.
@@ -22,6 +30,7 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -74,6 +83,79 @@ private:
     std::atomic<const char*> failed{"none"};
 };
 
+std::string absolute(int folder, const char* path) {
+    std::array<char, 4096> base = {};
+    if (path[0] == '/') {
+        return path;
+    }
+    const std::string link =
+        folder == AT_FDCWD ? "/proc/self/cwd" : "/proc/self/fd/" + std::to_string(folder);
+    return ::readlink(link.c_str(), base.data(), base.size() - 1) < 0
+               ? path
+               : std::string(base.data()) + '/' + path;
+}
+
+/// What FAULT_TRACE asks for. Its own calls are not seen by the functions below.
+class Trace {
+public:
+    void note(const std::string& line) const {
+        if (!folder.empty()) {
+            append(folder + "/calls", line + '\n');
+        }
+    }
+
+    /// Notes a call that made or named the file at the path.
+    void noteFile(const char* word, const std::string& path) const {
+        struct stat about = {};
+        if (!folder.empty() && ::lstat(path.c_str(), &about) == 0) {
+            note(std::string(word) + '\t' + std::to_string(about.st_ino) + '\t' + path);
+        }
+    }
+
+    void noteBirth(int file) const {
+        struct stat about = {};
+        if (!folder.empty() && ::fstat(file, &about) == 0) {
+            note("born\t" + std::to_string(about.st_ino));
+        }
+    }
+
+    void noteFlush(int file) {
+        struct stat about = {};
+        if (folder.empty() || ::fstat(file, &about) != 0) {
+            return;
+        }
+        if (S_ISDIR(about.st_mode)) {
+            note("flush\t" + absolute(file, "."));
+        } else if (S_ISREG(about.st_mode)) {
+            const std::string copy = folder + '/' + std::to_string(++copies);
+            const std::string original = "/proc/self/fd/" + std::to_string(file);
+            const long from = ::syscall(SYS_openat, AT_FDCWD, original.c_str(), O_RDONLY);
+            std::string bytes(static_cast<std::size_t>(about.st_size), '\0');
+            ::syscall(SYS_read, from, bytes.data(), bytes.size());
+            ::syscall(SYS_close, from);
+            append(copy, bytes);
+            note("bytes\t" + std::to_string(about.st_ino) + '\t' + copy);
+        }
+    }
+
+private:
+    static void append(const std::string& path, const std::string& text) {
+        const long file =
+            ::syscall(SYS_openat, AT_FDCWD, path.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+        ::syscall(SYS_write, file, text.data(), text.size());
+        ::syscall(SYS_close, file);
+    }
+
+    const std::string folder =
+        std::getenv("FAULT_TRACE") == nullptr ? "" : std::getenv("FAULT_TRACE");
+    std::atomic<int> copies{0};
+};
+
+Trace& trace() {
+    static Trace instance;
+    return instance;
+}
+
 Plan& plan() {
     static Plan instance;
     return instance;
@@ -104,17 +186,58 @@ bool passWrite(const char* name, int file, off_t position, std::size_t size) {
 
 /// open() and its like by name; the mode has a meaning only where a file is created.
 template <typename... Arguments>
-int opened(const char* name, const char* path, int flags, Arguments... arguments) {
-    const bool counts = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE ||
-                        std::string_view(path).ends_with("/config.json");
-    return counts && !plan().pass(name) ? -1 : real<int(Arguments...)>(name)(arguments...);
+int opened(const char* name, int flags, int folder, const char* path, Arguments... arguments) {
+    const bool nameless = (flags & O_TMPFILE) == O_TMPFILE;
+    const bool creates = (flags & O_CREAT) != 0 || nameless;
+    const bool counts = creates || std::string_view(path).ends_with("/config.json");
+    if (counts && !plan().pass(name)) {
+        return -1;
+    }
+    const bool isNew = creates && (nameless || ::faccessat(folder, path, F_OK, 0) != 0);
+    const int file = real<int(Arguments...)>(name)(arguments...);
+    if (isNew && file >= 0) {
+        trace().noteBirth(file);
+        if (!nameless) {
+            trace().noteFile("name", absolute(folder, path));
+        }
+    }
+    return file;
+}
+
+/// What a call came back with; a success is noted.
+int noted(int result, const std::string& line) {
+    if (result == 0) {
+        trace().note(line);
+    }
+    return result;
+}
+
+int named(int result, const char* word, const std::string& path) {
+    if (result == 0) {
+        trace().noteFile(word, path);
+    }
+    return result;
+}
+
+int flushed(const char* name, int file) {
+    if (!plan().pass(name)) {
+        return -1;
+    }
+    trace().noteFlush(file);
+    return 0;
 }
 
 std::FILE* openStream(const char* name, const char* path, const char* mode) {
     if (mode[0] != 'r' && !plan().pass(name)) {
         return nullptr;
     }
-    return real<std::FILE*(const char*, const char*)>(name)(path, mode);
+    const bool isNew = mode[0] != 'r' && ::access(path, F_OK) != 0;
+    std::FILE* stream = real<std::FILE*(const char*, const char*)>(name)(path, mode);
+    if (isNew && stream != nullptr) {
+        trace().noteBirth(::fileno(stream));
+        trace().noteFile("name", absolute(AT_FDCWD, path));
+    }
+    return stream;
 }
 
 }  // namespace
@@ -122,15 +245,15 @@ std::FILE* openStream(const char* name, const char* path, const char* mode) {
 extern "C" {
 
 int open(const char* path, int flags, mode_t mode) {
-    return opened("open", path, flags, path, flags, mode);
+    return opened("open", flags, AT_FDCWD, path, path, flags, mode);
 }
 
 int open64(const char* path, int flags, mode_t mode) {
-    return opened("open64", path, flags, path, flags, mode);
+    return opened("open64", flags, AT_FDCWD, path, path, flags, mode);
 }
 
 int openat(int folder, const char* path, int flags, mode_t mode) {
-    return opened("openat", path, flags, folder, path, flags, mode);
+    return opened("openat", flags, folder, path, folder, path, flags, mode);
 }
 
 std::FILE* fopen(const char* path, const char* mode) {
@@ -171,15 +294,15 @@ int fflush(std::FILE* stream) {
 int fsync(int file) {
     struct stat about = {};
     const bool isFolder = ::fstat(file, &about) == 0 && S_ISDIR(about.st_mode);
-    return plan().pass(isFolder ? "fsync-folder" : "fsync") ? 0 : -1;
+    return flushed(isFolder ? "fsync-folder" : "fsync", file);
 }
 
-int fdatasync(int) {
-    return plan().pass("fdatasync") ? 0 : -1;
+int fdatasync(int file) {
+    return flushed("fdatasync", file);
 }
 
 int syncfs(int) noexcept {
-    return plan().pass("syncfs") ? 0 : -1;
+    return noted(plan().pass("syncfs") ? 0 : -1, "all");
 }
 
 int ftruncate(int file, off_t size) noexcept {
@@ -199,40 +322,43 @@ int truncate64(const char* path, off64_t size) noexcept {
 }
 
 int rename(const char* from, const char* to) noexcept {
-    return counted("rename", from, to);
+    return noted(counted("rename", from, to),
+                 "move\t" + absolute(AT_FDCWD, from) + '\t' + absolute(AT_FDCWD, to));
 }
 
 int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
               unsigned int flags) noexcept {
-    return counted("renameat2", fromFolder, from, toFolder, to, flags);
+    return noted(counted("renameat2", fromFolder, from, toFolder, to, flags),
+                 "move\t" + absolute(fromFolder, from) + '\t' + absolute(toFolder, to));
 }
 
 int link(const char* from, const char* to) noexcept {
-    return counted("link", from, to);
+    return named(counted("link", from, to), "name", absolute(AT_FDCWD, to));
 }
 
 int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
-    return counted("linkat", fromFolder, from, toFolder, to, flags);
+    return named(counted("linkat", fromFolder, from, toFolder, to, flags), "name",
+                 absolute(toFolder, to));
 }
 
 int unlink(const char* path) noexcept {
-    return counted("unlink", path);
+    return noted(counted("unlink", path), "gone\t" + absolute(AT_FDCWD, path));
 }
 
 int unlinkat(int folder, const char* path, int flags) noexcept {
-    return counted("unlinkat", folder, path, flags);
+    return noted(counted("unlinkat", folder, path, flags), "gone\t" + absolute(folder, path));
 }
 
 int rmdir(const char* path) noexcept {
-    return counted("rmdir", path);
+    return noted(counted("rmdir", path), "gone\t" + absolute(AT_FDCWD, path));
 }
 
 int remove(const char* path) noexcept {
-    return counted("remove", path);
+    return noted(counted("remove", path), "gone\t" + absolute(AT_FDCWD, path));
 }
 
 int mkdir(const char* path, mode_t mode) noexcept {
-    return counted("mkdir", path, mode);
+    return named(counted("mkdir", path, mode), "folder", absolute(AT_FDCWD, path));
 }
 
 int chmod(const char* path, mode_t mode) noexcept {

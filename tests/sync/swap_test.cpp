@@ -145,8 +145,6 @@ TEST(RecoverSwap, BringsASwapCutShortToOneSide) {
         no swap, leftover              | install old                     | install old
         no swap, nothing staged        | old                             | old
         no record, between the renames | marker old staging              | marker previous staging
-        no record, marker left         | b2 marker new                   | b2 new
-        no record, other marker left   | b1 marker new                   | b1 marker new
         before the first rename        | b1 install marker staging update | b1 install marker staging
         before the staged marker       | b1 install staging update       | b1 install staging
         before the only rename         | first marker staging            | marker staging
