@@ -72,10 +72,10 @@ bool announce(const QString& dir, const SwapRecord& swap, const StagedMarker& st
     if (!noted && swap.keep) {
         return false;
     }
-    // A marker that cannot be written costs a download if the swap is blocked, no more:
-    // the record names the build as well.
+    // A marker that cannot be written, or that a power cut takes, costs a download and no
+    // more: the record names the build as well.
     writeStagedMarker(dir, staged);
-    return noted && flushFolder(stateFolder(dir));
+    return noted;
 }
 
 /// Takes an install directory that was moved away back.
