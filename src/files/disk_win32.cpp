@@ -204,7 +204,11 @@ bool flushFolder(const fs::path& folder) {
 }
 
 bool flushTree(const fs::path& directory) {
-    for (const fs::path& entry : entriesOf(directory)) {
+    std::vector<fs::path> entries;
+    if (!list(directory, entries)) {
+        return false;
+    }
+    for (const fs::path& entry : entries) {
         const EntryKind kind = entryKind(entry);
         if ((kind == EntryKind::kDirectory && !flushTree(entry)) ||
             (kind == EntryKind::kFile && !flushToDisk(entry))) {

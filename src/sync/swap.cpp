@@ -194,9 +194,8 @@ void recoverUnrecorded(const QString& dir) {
 SwapOutcome swapInStaged(const QString& dir, const StagedMarker& staged) {
     const QString staging = statePath(dir, kStagingSuffix);
     if (!directoryExists(staging)) {
-        // Without staging the renames would only be taken back, and a record of them would
-        // read as that of a swap that was made.
-        writeStagedMarker(dir, staged);
+        // The renames would only be taken back, and a record of them would read as that of a
+        // swap that was made. Nor is there anything that a staged marker could speak of.
         return {SwapResult::kNotMovable};
     }
     const SwapRecord swap = plannedSwap(dir, staged);

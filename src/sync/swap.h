@@ -33,9 +33,9 @@ struct SwapOutcome {
     QString kept = {};
 };
 
-/// Writes the staged marker, puts the staging directory of `dir` in place and replaces that
-/// marker by the installed one. The caller holds the sync lock. Where the staged build is
-/// not in place afterwards, staging stands as it was.
+/// Writes the staged marker where staging stands, puts the staging directory of `dir` in place and
+/// replaces that marker by the installed one. The caller holds the sync lock. Where the staged
+/// build is not in place afterwards, staging stands as it was.
 SwapOutcome swapInStaged(const QString& dir, const StagedMarker& staged);
 
 /// Takes the staged marker away, on the disk as well, before staging changes: it must never

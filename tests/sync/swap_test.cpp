@@ -87,11 +87,11 @@ QString standing(const Sandbox& sandbox) {
 
 TEST(SwapInStaged, LeavesOneWholeBuildInEveryCase) {
     for (const QStringList& row : rows(R"(
-                                       | blocked | marker
+                                       | blocked |
         staging                        | swapped | b2 new
-        old                            | blocked | marker old
+        old                            | blocked | old
         old staging                    | swapped | b2 new
-        b1 install                     | blocked | b1 install marker
+        b1 install                     | blocked | b1 install
         b1 install staging             | swapped | b2 new
         b1 install old staging         | swapped | b2 new
         b1 install old record staging  | swapped | b2 new
@@ -99,7 +99,7 @@ TEST(SwapInStaged, LeavesOneWholeBuildInEveryCase) {
         install record staging         | swapped | b2 new
         install staging waits          | swapped | b2 new
         b2 install staging             | swapped | b2 new
-        file                           | blocked | file marker
+        file                           | blocked | file
         file staging                   | blocked | file marker staging
         file old staging               | blocked | file marker old staging waits)")) {
         SCOPED_TRACE(row[0].toStdString());
