@@ -100,6 +100,16 @@ TEST(Markers, AreWrittenAsIndentedJson) {
               "{\n    \"build\": \"b2\",\n    \"channel\": \"c\",\n"
               "    \"schema_version\": 1,\n    \"total_size\": 6000000000\n}\n");
 
+    EXPECT_TRUE(writeSwapRecord(dir, {"b2", "c", ".replaced-2", true, false}));
+    EXPECT_EQ(sandbox.read(".quorvelle/app.swap"),
+              "{\n    \"build\": \"b2\",\n    \"channel\": \"c\",\n    \"keep\": true,\n"
+              "    \"moving\": false,\n    \"previous\": \".replaced-2\",\n"
+              "    \"schema_version\": 1\n}\n");
+    sandbox.write(".quorvelle/app.swap", R"({"previous": "/../../home"})");
+    EXPECT_EQ(readSwapRecord(dir)->previous, QString(".old"));
+    EXPECT_TRUE(writeStagingBuild(dir, "größe 2"));
+    EXPECT_EQ(sandbox.read(".quorvelle/app.staging.build"), "größe 2");
+
     EXPECT_EQ(readInstalledMarker(dir).build, QString("b\"1"));
     EXPECT_EQ(readInstalledMarker(dir).channel, QString("größe"));
     EXPECT_EQ(readStagedMarker(dir).build, QString("b2"));
