@@ -5,6 +5,7 @@
 #include <QRegularExpression>
 
 #include "files/file_tree.h"
+#include "files/save_file.h"
 #include "sync/state_folder.h"
 
 namespace quorvelle {
@@ -34,6 +35,10 @@ bool discardTree(const QString& dir, const char* suffix) {
 }
 
 void clearLeftovers(const QString& dir) {
+    for (const char* suffix :
+         {kInstalledMarkerSuffix, kStagedMarkerSuffix, kStagingBuildSuffix, kSwapSuffix}) {
+        removeLeftovers(statePath(dir, suffix));
+    }
     const QFileInfo old(statePath(dir, kOldSuffix));
     const QRegularExpression aside(QRegularExpression::anchoredPattern(
         QRegularExpression::escape(old.fileName()) + QStringLiteral("-[1-9][0-9]*")));

@@ -12,7 +12,8 @@ namespace quorvelle {
 /// is free afterwards.
 bool discardTree(const QString& dir, const char* suffix);
 
-/// Removes what earlier syncs had to move aside, as far as that is possible now.
+/// Removes what earlier syncs had to move aside, as far as that is possible now, and what
+/// is left of markers that they were writing when they were killed.
 void clearLeftovers(const QString& dir);
 
 }  // namespace quorvelle

@@ -46,7 +46,6 @@ void RawServer::serve(const std::vector<std::string>& replies, Ending ending) {
         }
         connection->abort();
     }
-    server.close();  // Whoever comes on finds nobody.
     ended.acquire();
 }
 
