@@ -204,8 +204,9 @@ bool flushFolder(const fs::path& folder) {
 }
 
 bool flushTree(const fs::path& directory) {
-    std::vector<fs::path> entries;
-    if (!list(directory, entries)) {
+    std::error_code error;
+    const std::vector<fs::path> entries = entriesOf(directory, error);
+    if (error) {
         return false;
     }
     for (const fs::path& entry : entries) {
