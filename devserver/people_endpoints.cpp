@@ -10,7 +10,7 @@ namespace quorvelle::devserver {
 namespace {
 
 constexpr int kDefaultInviteDays = 7;
-constexpr int kMostInviteDays = 3650;
+constexpr int kMaxInviteDays = 3650;
 
 /// The refusal of a name that a table does not have, such as "no user 'ann'".
 Refusal notIn(QStringView table, const QString& name) {
@@ -191,7 +191,7 @@ Reply joinGroup(PeopleTables& t, const Call& call) {
 Reply addInvite(PeopleTables& t, const QString& user, const Call& call) {
     bool isNumber = false;
     const int days = call.item(u"days", QString::number(kDefaultInviteDays)).toInt(&isNumber);
-    if (user.isEmpty() || !isNumber || days < 1 || days > kMostInviteDays) {
+    if (user.isEmpty() || !isNumber || days < 1 || days > kMaxInviteDays) {
         return Refusal{
             400,
             QStringLiteral("an invite needs a user, and its days are a number from 1 to 3650")};

@@ -13,7 +13,7 @@ namespace {
 
 // Spelled so that it also takes in the line breaks QStringLiteral(".") leaves out.
 constexpr char kAnyPath[] = "[\\s\\S]*";
-constexpr qsizetype kMostJsonBytes = 65536;
+constexpr qsizetype kMaxJsonBytes = 65536;
 
 bool matches(const QStringList& pattern, const QStringList& segments) {
     return std::equal(pattern.begin(), pattern.end(), segments.begin(), segments.end(),
@@ -57,12 +57,12 @@ bool RequestBody::read(const Taker& take) {
 QJsonObject jsonBody(const Call& call) {
     QByteArray bytes;
     const bool complete = call.body.read([&bytes](const char* data, size_t size) {
-        if (bytes.size() <= kMostJsonBytes) {
+        if (bytes.size() <= kMaxJsonBytes) {
             bytes.append(data, static_cast<qsizetype>(size));
         }
     });
-    return complete && bytes.size() <= kMostJsonBytes ? QJsonDocument::fromJson(bytes).object()
-                                                      : QJsonObject();
+    return complete && bytes.size() <= kMaxJsonBytes ? QJsonDocument::fromJson(bytes).object()
+                                                     : QJsonObject();
 }
 
 Reply withFlag(const Call& call, QStringView item, const std::function<Reply(bool)>& work,

@@ -11,16 +11,11 @@ namespace quorvelle {
 
 void Reconciler::start(const QJsonObject& serverEntry) {
     entry = serverEntry;
-    auto* exchange = new HttpExchange(network,
-                                      {.method = "GET",
-                                       .url = apiUrl(server(), QStringLiteral("/api/me")),
-                                       .token = entry.value(u"token").toString()},
-                                      this);
-    connect(exchange, &HttpExchange::finished, this, [this, exchange] {
-        exchange->deleteLater();
-        onReply(*exchange);
-    });
-    exchange->start();
+    const HttpRequest request{.method = "GET",
+                              .url = apiUrl(server(), QStringLiteral("/api/me")),
+                              .token = entry.value(u"token").toString()};
+    runOwned(std::make_unique<HttpExchange>(network, request), *this,
+             [this](const HttpExchange& ended) { onReply(ended); });
 }
 
 void Reconciler::onReply(const HttpExchange& exchange) {

@@ -15,7 +15,7 @@ namespace quorvelle {
 
 namespace {
 
-constexpr qint64 kMostHeadBytes = 4096;
+constexpr qint64 kMaxHeadBytes = 4096;
 
 const QByteArray kOtherPage =
     "<!doctype html><meta charset=utf-8><title>Quorvelle</title><body>Nothing to see here.</body>";
@@ -61,8 +61,8 @@ void SsoLogin::acceptConnections() {
 }
 
 void SsoLogin::readRequest(QTcpSocket& socket) {
-    const QByteArray head = socket.peek(kMostHeadBytes);
-    if (!head.contains("\r\n\r\n") && head.size() < kMostHeadBytes) {
+    const QByteArray head = socket.peek(kMaxHeadBytes);
+    if (!head.contains("\r\n\r\n") && head.size() < kMaxHeadBytes) {
         return;
     }
     socket.disconnect(this);
@@ -79,21 +79,18 @@ void SsoLogin::readRequest(QTcpSocket& socket) {
 
 void SsoLogin::exchangeHandoff(const QString& code) {
     const QJsonObject body{{QStringLiteral("code"), code}};
-    auto* exchange = new HttpExchange(network,
-                                      {.method = "POST",
-                                       .url = apiUrl(baseUrl, QStringLiteral("/api/sso/handoff")),
-                                       .contentType = "application/json",
-                                       .body = QJsonDocument(body).toJson(QJsonDocument::Compact)},
-                                      this);
-    connect(exchange, &HttpExchange::finished, this, [this, exchange] {
-        exchange->deleteLater();
-        if (exchange->succeeded()) {
-            Q_EMIT finished(true, exchange->object(), {});
-        } else {
-            Q_EMIT finished(false, {}, exchange->failureText(QStringLiteral("sign-in")));
-        }
-    });
-    exchange->start();
+    const HttpRequest request{.method = "POST",
+                              .url = apiUrl(baseUrl, QStringLiteral("/api/sso/handoff")),
+                              .contentType = "application/json",
+                              .body = QJsonDocument(body).toJson(QJsonDocument::Compact)};
+    runOwned(std::make_unique<HttpExchange>(network, request), *this,
+             [this](const HttpExchange& ended) {
+                 if (ended.succeeded()) {
+                     Q_EMIT finished(true, ended.object(), {});
+                 } else {
+                     Q_EMIT finished(false, {}, ended.failureText(QStringLiteral("sign-in")));
+                 }
+             });
 }
 
 SignIn awaitSignIn(const SsoLogin& login, std::chrono::milliseconds limit) {

@@ -11,12 +11,12 @@ namespace quorvelle {
 namespace {
 
 /// What the user database says of one user takes far less.
-constexpr std::size_t kMostBytes = 65536;
+constexpr std::size_t kMaxBytes = 65536;
 
 QByteArray homeOfThisUser() {
     passwd entry = {};
     passwd* found = nullptr;
-    std::vector<char> texts(kMostBytes);
+    std::vector<char> texts(kMaxBytes);
     ::getpwuid_r(::geteuid(), &entry, texts.data(), texts.size(), &found);
     return found == nullptr ? QByteArray() : QByteArray(found->pw_dir);
 }

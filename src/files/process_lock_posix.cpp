@@ -33,11 +33,11 @@ constexpr mode_t kEverybodysFile = kOwnersFile | S_IRGRP | S_IWGRP | S_IROTH | S
 constexpr int kOpening = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
 
 /// How often a file may vanish between two looks at it before it counts as missing.
-constexpr int kMostLooks = 100;
+constexpr int kMaxLooks = 100;
 
 /// The file at `path`, made when it is missing, or -1 with errno set.
 int openLockFile(const char* path, mode_t mode) {
-    for (int looks = 0; looks < kMostLooks; ++looks) {
+    for (int looks = 0; looks < kMaxLooks; ++looks) {
         const int made = ::open(path, O_RDWR | O_CREAT | kOpening, mode);
         if (made >= 0 || (errno != EACCES && errno != EPERM && errno != EROFS)) {
             return made;

@@ -6,7 +6,7 @@ namespace files {
 
 namespace {
 
-constexpr std::size_t kMostUnits = 1024;
+constexpr std::size_t kMaxUnits = 1024;
 
 std::size_t utf16Length(std::string_view path) {
     std::size_t units = 0;
@@ -65,7 +65,7 @@ bool isWindowsName(std::string_view part) {
 }  // namespace
 
 bool isSafeRelativePath(std::string_view path) {
-    return utf16Length(path) <= kMostUnits && path.find('\\') == std::string_view::npos &&
+    return utf16Length(path) <= kMaxUnits && path.find('\\') == std::string_view::npos &&
            allParts(path,
                     [](std::string_view part) {
                         return !part.empty() && part != "." && part != "..";

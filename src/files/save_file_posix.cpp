@@ -14,7 +14,7 @@ namespace quorvelle {
 
 namespace {
 
-constexpr int kMostNames = 16;
+constexpr int kMaxNames = 16;
 /// Less what the process's umask takes away.
 constexpr mode_t kNewFileMode = 0666;
 constexpr mode_t kPermissions = 0777;
@@ -54,7 +54,7 @@ struct SaveFile::File {
 
     bool create(mode_t mode) {
         errno = EEXIST;
-        for (int i = 0; i < kMostNames && descriptor < 0 && errno == EEXIST; ++i) {
+        for (int i = 0; i < kMaxNames && descriptor < 0 && errno == EEXIST; ++i) {
             temporary = QFile::encodeName(temporaryPath(QFile::decodeName(target)));
             descriptor =
                 ::open(temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);

@@ -6,7 +6,7 @@ namespace quorvelle {
 
 namespace {
 
-constexpr int kMostNames = 16;
+constexpr int kMaxNames = 16;
 
 }  // namespace
 
@@ -28,7 +28,7 @@ struct SaveFile::File {
             return false;
         }
         DWORD error = ERROR_FILE_EXISTS;
-        for (int i = 0; i < kMostNames && error == ERROR_FILE_EXISTS; ++i) {
+        for (int i = 0; i < kMaxNames && error == ERROR_FILE_EXISTS; ++i) {
             temporary = files::win32::extendedPath(temporaryPath(name).toStdWString());
             handle = CreateFileW(temporary.c_str(), GENERIC_WRITE, FILE_SHARE_READ, security,
                                  CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);

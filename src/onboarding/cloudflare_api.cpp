@@ -13,7 +13,7 @@ namespace {
 using Outcome = CloudflareReply::Outcome;
 
 /// Far above what an account can hold; a listing that never ends is given up.
-constexpr int kMostPages = 1000;
+constexpr int kMaxPages = 1000;
 
 QString bucketsPath(const BucketPlace& place) {
     return apiPath(QStringLiteral("/accounts/%1/r2/buckets"), place.accountId);
@@ -91,7 +91,7 @@ CloudflareReply CloudflareApi::sendPages(Call call, Take take) {
         }
         take(reply.object.value(u"result"));
         const std::optional<QString> next = nextPage(reply.object, page);
-        if (!next || page == kMostPages) {
+        if (!next || page == kMaxPages) {
             return reply;
         }
         call.path = firstPath + *next;

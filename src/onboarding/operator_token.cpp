@@ -7,7 +7,7 @@ namespace quorvelle::onboarding {
 namespace {
 
 /// Far above any token, so that a wrong path is not read to its end.
-constexpr qint64 kMostTokenBytes = 64 * 1024;
+constexpr qint64 kMaxTokenBytes = 64 * 1024;
 
 }  // namespace
 
@@ -27,7 +27,7 @@ std::optional<QString> readOperatorToken(const QString& tokenFile, QString& toke
         if (!file.open(QIODevice::ReadOnly)) {
             return QStringLiteral("cannot read %1").arg(tokenFile);
         }
-        token = QString::fromUtf8(file.read(kMostTokenBytes)).trimmed();
+        token = QString::fromUtf8(file.read(kMaxTokenBytes)).trimmed();
     }
     if (!token.isEmpty()) {
         return std::nullopt;

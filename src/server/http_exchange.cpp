@@ -14,12 +14,12 @@ namespace quorvelle {
 
 namespace {
 
-constexpr qint64 kMostKeptBytes = 256LL * 1024 * 1024;
+constexpr qint64 kMaxKeptBytes = 256LL * 1024 * 1024;
 constexpr qint64 kAnyRatioBytes = 1024 * 1024;
-constexpr qint64 kMostExpansion = 200;
-constexpr qint64 kMostErrorBytes = 16LL * 1024 * 1024;
+constexpr qint64 kMaxExpansion = 200;
+constexpr qint64 kMaxErrorBytes = 16LL * 1024 * 1024;
 constexpr qint64 kReadBufferBytes = 1024 * 1024;
-constexpr int kMostRedirects = 10;
+constexpr int kMaxRedirects = 10;
 
 bool sameOrigin(const QUrl& a, const QUrl& b) {
     const auto port = [](const QUrl& url) {
@@ -229,7 +229,7 @@ bool HttpExchange::take(const QByteArray& bytes) {
         abortReason = QStringLiteral("the compressed reply is damaged");
         return false;
     }
-    const qint64 most = isError ? kMostErrorBytes : kMostKeptBytes;
+    const qint64 most = isError ? kMaxErrorBytes : kMaxKeptBytes;
     if (body.size() + bytes.size() > most) {
         abortReason = QStringLiteral("the reply is larger than %1 MiB").arg(most / (1024 * 1024));
         return false;
@@ -241,7 +241,7 @@ bool HttpExchange::take(const QByteArray& bytes) {
 /// A few KiB that unfold to gigabytes are no document.
 bool HttpExchange::mayKeep(qsizetype more) const {
     const qint64 size = body.size() + more;
-    return !inflater || size <= kAnyRatioBytes || size / kMostExpansion <= received;
+    return !inflater || size <= kAnyRatioBytes || size / kMaxExpansion <= received;
 }
 
 void HttpExchange::onReplyFinished() {
@@ -278,7 +278,7 @@ bool HttpExchange::followRedirect(const QUrl& target) {
     const bool lessSafe = request.url.scheme() == QStringLiteral("https") &&
                           target.scheme() != QStringLiteral("https");
     if (!isRedirect || !target.isValid() || !isHttp(target) || lessSafe || target == request.url ||
-        ++redirects > kMostRedirects) {
+        ++redirects > kMaxRedirects) {
         return false;
     }
     if (!sameOrigin(target, request.url)) {
@@ -326,6 +326,19 @@ QString HttpExchange::failureReason() const {
 QString HttpExchange::failureText(const QString& context) const {
     const QString code = status > 0 ? QStringLiteral(" (HTTP %1)").arg(status) : QString();
     return context + QStringLiteral(" failed") + code + QStringLiteral(": ") + failureReason();
+}
+
+void runOwned(std::unique_ptr<HttpExchange> exchange, QObject& owner,
+              std::function<void(const HttpExchange&)> onFinished) {
+    HttpExchange* running = exchange.release();
+    running->setParent(&owner);
+    QObject::connect(running, &HttpExchange::finished, &owner,
+                     [running, done = std::move(onFinished)] {
+                         // It is still in the middle of telling that it finished.
+                         running->deleteLater();
+                         done(*running);
+                     });
+    running->start();
 }
 
 }  // namespace quorvelle

@@ -10,6 +10,7 @@
 #include <QString>
 #include <QUrl>
 #include <functional>
+#include <memory>
 #include <optional>
 
 #include "server/idle_watch.h"
@@ -135,5 +136,10 @@ private:
     IdleWatch idleWatch{idleLimits()};
     QString abortReason;
 };
+
+/// Starts an exchange and keeps it until it finished, or until `owner` ends before that;
+/// `onFinished` is called on the owner's thread, which is the exchange's.
+void runOwned(std::unique_ptr<HttpExchange> exchange, QObject& owner,
+              std::function<void(const HttpExchange&)> onFinished);
 
 }  // namespace quorvelle

@@ -13,7 +13,7 @@ namespace quorvelle {
 namespace {
 
 /// In a folder that cannot be searched every name looks taken.
-constexpr int kMostAside = 1000;
+constexpr int kMaxAside = 1000;
 
 QString asidePath(const QString& dir, int number) {
     return statePath(dir, kOldSuffix) + u'-' + QString::number(number);
@@ -26,7 +26,7 @@ bool discardTree(const QString& dir, const char* suffix) {
     if (removeTree(tree)) {
         return true;
     }
-    for (int number = 1; number <= kMostAside; ++number) {
+    for (int number = 1; number <= kMaxAside; ++number) {
         if (!entryExists(asidePath(dir, number))) {
             return renameEntry(tree, asidePath(dir, number));
         }

@@ -60,7 +60,7 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
         token = resolveToken();
     }
     tideJob = {};
-    tideJob.publicKeys = tidePublicKeys(subscription);
+    tideJob.source.publicKeys = tidePublicKeys(subscription);
     onlySigned = mustBeSigned(subscription);
     if (server.isEmpty() || channel.isEmpty() || givenDir.isEmpty()) {
         endFailed(QStringLiteral("subscription '%1' is incomplete (needs server, channel, dir)")
@@ -142,23 +142,21 @@ void Syncer::onChannelReply(const HttpExchange& exchange) {
 void Syncer::get(const QString& path, const QueryItems& query, const QString& context,
                  void (Syncer::*onReply)(const HttpExchange&), HttpExchange::Sink sink,
                  std::optional<qint64> length) {
-    auto* exchange = new HttpExchange(
-        network, {.method = "GET", .url = apiUrl(server, path, query), .token = token}, this);
+    auto exchange = std::make_unique<HttpExchange>(
+        network, HttpRequest{.method = "GET", .url = apiUrl(server, path, query), .token = token});
     if (sink) {
         exchange->streamTo(std::move(sink));
         exchange->expectLength(length);
     }
-    connect(exchange, &HttpExchange::finished, this, [this, exchange, context, onReply] {
-        exchange->deleteLater();
-        if (exchange->succeeded()) {
-            (this->*onReply)(*exchange);
+    runOwned(std::move(exchange), *this, [this, context, onReply](const HttpExchange& ended) {
+        if (ended.succeeded()) {
+            (this->*onReply)(ended);
         } else if (!storeFailure.isEmpty()) {
             endFailed(named(storeFailure));
         } else {
-            endFailed(exchange->failureText(named(context)));
+            endFailed(ended.failureText(named(context)));
         }
     });
-    exchange->start();
 }
 
 bool Syncer::canReplaceInstall() {

@@ -31,12 +31,13 @@ void Syncer::checkTideChannel() {
 
 void Syncer::onTideReply(const HttpExchange& exchange) {
     buildId = buildIdOf(exchange.object());
-    tideJob.channel = channel.toStdString();
+    tideJob.source.channel = channel.toStdString();
+    tideJob.source.httpsOnly = server.startsWith(QStringLiteral("https://"), Qt::CaseInsensitive);
     tideJob.stagingDir = statePath(dir, kStagingSuffix).toStdString();
     tideJob.installDir = dir.toStdString();
     std::string error;
-    if (!tide::parseSyncDescriptor(exchange.bytes().toStdString(), &tideJob.manifestUrl,
-                                   &tideJob.signatureUrl, &tideJob.chunkUrls, &error)) {
+    if (!tide::parseSyncDescriptor(exchange.bytes().toStdString(), &tideJob.source.manifestUrl,
+                                   &tideJob.source.signatureUrl, &tideJob.chunkUrls, &error)) {
         endFailed(
             named(QStringLiteral("bad Tide descriptor: %1").arg(QString::fromStdString(error))));
         return;

@@ -54,8 +54,7 @@ TideResult checkInstall(const TideJob& job, bool quick) {
         ++(problem == "missing" ? missing : corrupt);
     };
     std::string error;
-    if (!tide::verifyInstall(*bucket, job.channel, job.installDir, job.publicKeys, job.manifestUrl,
-                             job.signatureUrl, {}, count, &error, quick)) {
+    if (!tide::verifyInstall(*bucket, job.source, job.installDir, {}, count, &error, quick)) {
         return {true, QStringLiteral(" (check skipped: %1)").arg(QString::fromStdString(error))};
     }
     if (missing == 0 && corrupt == 0) {
@@ -75,9 +74,14 @@ TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent)
         }
     };
     std::string error;
-    const bool done = tide::downloadAndAssemble(
-        *bucket, job.channel, job.stagingDir, job.publicKeys, job.manifestUrl, job.signatureUrl,
-        job.chunkUrls, progress, {}, kReplaceAttempts, job.installDir, &error);
+    const bool done = tide::downloadAndAssemble(*bucket,
+                                                {.source = job.source,
+                                                 .chunkUrls = job.chunkUrls,
+                                                 .targetDirectory = job.stagingDir,
+                                                 .reuseDirectory = job.installDir,
+                                                 .progress = progress,
+                                                 .maxReplaceAttempts = kReplaceAttempts},
+                                                &error);
     if (done && lastPercent < 0) {
         onPercent(0, 0);  // A build of empty files has no chunk to report.
     }

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "tide/manifest/descriptor.h"
-#include "tide/manifest/signature.h"
+#include "tide/manifest/manifest.h"
 
 /// The chunk engine's work for one sync, as plain functions that run on a worker thread
 /// and touch nothing but what they are given.
@@ -17,10 +17,7 @@ namespace quorvelle {
 
 /// Everything a worker needs, by value. Texts and paths are UTF-8.
 struct TideJob {
-    std::string channel = {};
-    tide::PublicKeys publicKeys = {};
-    std::string manifestUrl = {};
-    std::string signatureUrl = {};
+    tide::ManifestSource source = {};
     tide::ChunkUrls chunkUrls = {};
     std::string stagingDir = {};
     std::string installDir = {};

@@ -87,14 +87,14 @@ private:
     }
 
     bool write(const ManifestFile& file, std::string* err) {
-        std::vector<fs::path> lookalikes{target.destination(file)};
+        std::vector<fs::path> seeds{target.destination(file)};
         if (!reuse.empty()) {
-            lookalikes.push_back(reuse / files::utf8Path(file.path));
+            seeds.push_back(reuse / files::utf8Path(file.path));
         }
         const LeadingChunks kept = resumable(file);
         if (kept.count == 0) {
             if (const fs::path leftover = keepLeftover(file); !leftover.empty()) {
-                lookalikes.push_back(leftover);
+                seeds.push_back(leftover);
             }
         }
         PartFile part = kept.count > 0 ? PartFile::resume(target.part(file), kept.bytes)
@@ -105,14 +105,14 @@ private:
         for (std::size_t i = 0; i < kept.count; ++i) {
             report(file.chunks[i]);
         }
-        return append(file, kept.count, lookalikes, part, err) && finish(file, part, err);
+        return append(file, kept.count, seeds, part, err) && finish(file, part, err);
     }
 
-    bool append(const ManifestFile& file, std::size_t begin,
-                const std::vector<fs::path>& lookalikes, PartFile& part, std::string* err) {
+    bool append(const ManifestFile& file, std::size_t begin, const std::vector<fs::path>& seeds,
+                PartFile& part, std::string* err) {
         for (std::size_t i = begin; i < file.chunks.size(); ++i) {
             std::string_view bytes;
-            if (!source.find(file.chunks[i], part.size(), lookalikes, bytes, err)) {
+            if (!source.find(file.chunks[i], part.size(), seeds, bytes, err)) {
                 return false;
             }
             if (!part.append(bytes)) {
@@ -192,30 +192,43 @@ private:
 
 }  // namespace
 
+bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std::string* err) {
+    ConnectionCache connections;
+    Json::Value manifest;
+    std::vector<ManifestFile> files;
+    if (!fetchManifest(provider, job.source, manifest, err, &connections) ||
+        !readManifestFiles(manifest, files, err)) {
+        return false;
+    }
+    const TargetTree target(files::utf8Path(job.targetDirectory), files);
+    const fs::path reuse = files::utf8Path(job.reuseDirectory);
+    // What an interrupted run left comes first: its chunks are already where they belong.
+    LocalIndex index;
+    buildLocalIndex(target.root(), index);
+    if (!reuse.empty()) {
+        buildLocalIndex(reuse, index);
+    }
+    ChunkSource source(provider, job.chunkUrls, connections, std::move(index), files);
+    return Assembly(files, target, reuse, source,
+                    RunOptions{job.progress, job.inUse, job.maxReplaceAttempts})
+        .run(err);
+}
+
 bool downloadAndAssemble(StorageProvider& provider, const std::string& channel,
                          const std::string& targetDirectory, const PublicKeys& publicKeyHex,
                          const std::string& manifestUrl, const std::string& signatureUrl,
                          const ChunkUrls& chunkUrls, const AssemblyProgress& progress,
                          const InUseCallback& inUse, int maxReplaceAttempts,
                          const std::string& reuseDirectory, std::string* err) {
-    ConnectionCache connections;
-    Json::Value manifest;
-    std::vector<ManifestFile> files;
-    if (!fetchManifest(provider, channel, manifestUrl, publicKeyHex, signatureUrl, manifest, err,
-                       &connections) ||
-        !readManifestFiles(manifest, files, err)) {
-        return false;
-    }
-    const TargetTree target(files::utf8Path(targetDirectory), files);
-    const fs::path reuse = files::utf8Path(reuseDirectory);
-    LocalIndex index;
-    buildLocalIndex(target.root(), index);
-    if (!reuse.empty()) {
-        buildLocalIndex(reuse, index);
-    }
-    ChunkSource source(provider, chunkUrls, connections, std::move(index), files);
-    return Assembly(files, target, reuse, source, RunOptions{progress, inUse, maxReplaceAttempts})
-        .run(err);
+    return downloadAndAssemble(provider,
+                               {{channel, publicKeyHex, manifestUrl, signatureUrl},
+                                chunkUrls,
+                                targetDirectory,
+                                reuseDirectory,
+                                progress,
+                                inUse,
+                                maxReplaceAttempts},
+                               err);
 }
 
 }  // namespace tide

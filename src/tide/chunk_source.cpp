@@ -25,12 +25,12 @@ ChunkSource::ChunkSource(StorageProvider& provider, const ChunkUrls& chunkUrls,
 }
 
 bool ChunkSource::find(const ManifestChunk& chunk, std::uint64_t offset,
-                       const std::vector<std::filesystem::path>& lookalikes,
-                       std::string_view& bytes, std::string* err) {
+                       const std::vector<std::filesystem::path>& seeds, std::string_view& bytes,
+                       std::string* err) {
     const auto cached = cache.find(chunk.id);
     if (cached != cache.end()) {
         bytes = cached->second;
-    } else if (readFromDisk(chunk, offset, lookalikes)) {
+    } else if (readFromDisk(chunk, offset, seeds)) {
         bytes = buffer;
     } else if (fetch(chunk, err)) {
         bytes = keepFetched(chunk.id);
@@ -41,13 +41,13 @@ bool ChunkSource::find(const ManifestChunk& chunk, std::uint64_t offset,
 }
 
 bool ChunkSource::readFromDisk(const ManifestChunk& chunk, std::uint64_t offset,
-                               const std::vector<std::filesystem::path>& lookalikes) {
+                               const std::vector<std::filesystem::path>& seeds) {
     const auto known = index.find(chunk.id);
     if (known != index.end() && known->second.length == chunk.length &&
         ChunkReader(known->second.file).read(chunk, known->second.offset, buffer)) {
         return true;
     }
-    return std::any_of(lookalikes.begin(), lookalikes.end(), [&](const auto& file) {
+    return std::any_of(seeds.begin(), seeds.end(), [&](const auto& file) {
         return ChunkReader(file).read(chunk, offset, buffer);
     });
 }

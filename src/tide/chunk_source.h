@@ -28,12 +28,12 @@ public:
     ChunkSource(StorageProvider& provider, const ChunkUrls& chunkUrls, ConnectionCache& connections,
                 LocalIndex localIndex, const std::vector<ManifestFile>& files);
 
-    /// Finds a chunk that belongs at `offset` of a file. `lookalikes` are other versions
+    /// Finds a chunk that belongs at `offset` of a file. `seeds` are other versions
     /// of that file: a chunk that the index does not know may well stand at the same
     /// offset there, however it was cut. On success `bytes` is valid until the next
     /// call of any member; on failure `err`, unless null, is assigned the reason.
     bool find(const ManifestChunk& chunk, std::uint64_t offset,
-              const std::vector<std::filesystem::path>& lookalikes, std::string_view& bytes,
+              const std::vector<std::filesystem::path>& seeds, std::string_view& bytes,
               std::string* err);
 
     /// Says that one of the uses of a chunk that the manifest lists is over. Memory
@@ -51,7 +51,7 @@ public:
 
 private:
     bool readFromDisk(const ManifestChunk& chunk, std::uint64_t offset,
-                      const std::vector<std::filesystem::path>& lookalikes);
+                      const std::vector<std::filesystem::path>& seeds);
     bool fetch(const ManifestChunk& chunk, std::string* err);
     bool fetchRaw(const std::string& id, std::string& raw, std::string* err);
     std::string_view keepFetched(const std::string& id);

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kPartSuffix = ".part";
 /// Leftovers kept at a time. One run leaves one at most.
-constexpr unsigned kMostAside = 100;
+constexpr unsigned kMaxAside = 100;
 
 /// The folders above a relative path, outermost first.
 std::vector<std::string> foldersAbove(const std::string& path) {
@@ -75,7 +75,7 @@ bool TargetTree::makeWay(const ManifestFile& file) const {
 }
 
 fs::path TargetTree::setAside(const fs::path& leftover) const {
-    for (unsigned number = 1; number <= kMostAside; ++number) {
+    for (unsigned number = 1; number <= kMaxAside; ++number) {
         const std::string name = "leftover-" + std::to_string(number);
         fs::path aside = directory / name;
         if (listed.contains(name) || parts.contains(name) || folders.contains(name) ||

@@ -74,16 +74,22 @@ bool verifyFiles(const std::string& installDirectory, const Json::Value& manifes
     return true;
 }
 
+bool verifyInstall(StorageProvider& provider, const ManifestSource& source,
+                   const std::string& installDirectory, const CheckProgress& progress,
+                   const IssueCallback& issue, std::string* err, bool quick) {
+    ConnectionCache connections;
+    Json::Value manifest;
+    return fetchManifest(provider, source, manifest, err, &connections) &&
+           verifyFiles(installDirectory, manifest, progress, issue, err, quick);
+}
+
 bool verifyInstall(StorageProvider& provider, const std::string& channel,
                    const std::string& installDirectory, const PublicKeys& publicKeyHex,
                    const std::string& manifestUrl, const std::string& signatureUrl,
                    const CheckProgress& progress, const IssueCallback& issue, std::string* err,
                    bool quick) {
-    ConnectionCache connections;
-    Json::Value manifest;
-    return fetchManifest(provider, channel, manifestUrl, publicKeyHex, signatureUrl, manifest, err,
-                         &connections) &&
-           verifyFiles(installDirectory, manifest, progress, issue, err, quick);
+    return verifyInstall(provider, {channel, publicKeyHex, manifestUrl, signatureUrl},
+                         installDirectory, progress, issue, err, quick);
 }
 
 }  // namespace tide

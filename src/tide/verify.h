@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "tide/manifest/signature.h"
+#include "tide/manifest/manifest.h"
 #include "tide/store/storage_provider.h"
 
 namespace tide {
@@ -28,9 +28,13 @@ bool verifyFiles(const std::string& installDirectory, const Json::Value& manifes
                  const CheckProgress& progress, const IssueCallback& issue, std::string* err,
                  bool quick);
 
-/// Fetches the channel's manifest (its arguments are those of fetchManifest) and compares
-/// the install directory with it. False, with nothing compared, when the manifest cannot
-/// be had or is refused.
+/// Fetches the manifest and compares the install directory with it. False, with nothing
+/// compared, when the manifest cannot be had or is refused.
+bool verifyInstall(StorageProvider& provider, const ManifestSource& source,
+                   const std::string& installDirectory, const CheckProgress& progress,
+                   const IssueCallback& issue, std::string* err, bool quick);
+
+/// The same with the source's members one by one.
 bool verifyInstall(StorageProvider& provider, const std::string& channel,
                    const std::string& installDirectory, const PublicKeys& publicKeyHex,
                    const std::string& manifestUrl, const std::string& signatureUrl,

@@ -12,7 +12,7 @@ namespace quorvelle::testing {
 namespace {
 
 /// Of more uncertain changes at one moment the states would be too many to try.
-constexpr std::size_t kMostUncertain = 8;
+constexpr std::size_t kMaxUncertain = 8;
 
 QByteArray fileBytes(const QString& path) {
     QFile file(path);
@@ -153,7 +153,7 @@ void PowerCut::addStates(std::size_t end, std::set<DiskState>& states) const {
             (isApart(calls[call]) ? uncertain : deeper).push_back(call);
         }
     }
-    ASSERT_LE(uncertain.size(), kMostUncertain);
+    ASSERT_LE(uncertain.size(), kMaxUncertain);
     const auto missing = [&](std::size_t call, unsigned chosen, std::size_t deep) {
         const auto at = std::find(uncertain.begin(), uncertain.end(), call);
         const auto deepAt = std::find(deeper.begin(), deeper.end(), call);

@@ -12,10 +12,14 @@ namespace tide {
 
 namespace {
 
-bool fetchBody(StorageProvider& provider, const std::string& key, const std::string& url,
-               const HttpOptions& options, std::string& body, std::string* err) {
+bool fetchBody(StorageProvider& provider, const ManifestSource& source, const HttpOptions& options,
+               std::string& body, std::string* err) {
+    const std::string& url = source.manifestUrl;
     if (url.empty()) {
-        return provider.get(key, body, err);
+        return provider.get(manifestKey(source.channel), body, err);
+    }
+    if (options.httpsOnly && !url.starts_with("https://")) {
+        return fail(err, "manifest URL is not https");
     }
     long status = 0;
     if (!httpGet(url, body, status, err, {}, options)) {
@@ -24,14 +28,15 @@ bool fetchBody(StorageProvider& provider, const std::string& key, const std::str
     return isSuccess(status) || fail(err, "manifest URL -> HTTP ", std::to_string(status));
 }
 
-bool fetchSignature(StorageProvider& provider, const std::string& key,
-                    const std::string& manifestUrl, const std::string& signatureUrl,
+bool fetchSignature(StorageProvider& provider, const ManifestSource& source,
                     const HttpOptions& options, std::string& signature) {
-    if (!signatureUrl.empty()) {
+    if (!source.signatureUrl.empty()) {
         long status = 0;
-        return httpGet(signatureUrl, signature, status, nullptr, {}, options) && isSuccess(status);
+        return httpGet(source.signatureUrl, signature, status, nullptr, {}, options) &&
+               isSuccess(status);
     }
-    return manifestUrl.empty() && provider.get(key + ".sig", signature, nullptr);
+    return source.manifestUrl.empty() &&
+           provider.get(manifestKey(source.channel) + ".sig", signature, nullptr);
 }
 
 bool checkChannel(const Json::Value& manifest, const std::string& channel, bool verified,
@@ -78,34 +83,42 @@ bool parseManifest(const std::string& body, Json::Value& out, std::string* err) 
     return true;
 }
 
-bool fetchManifest(StorageProvider& provider, const std::string& channel,
-                   const std::string& manifestUrl, const PublicKeys& publicKeyHex,
-                   const std::string& signatureUrl, Json::Value& out, std::string* err,
-                   ConnectionCache* connections) {
-    const std::string key = manifestKey(channel);
-    const HttpOptions options{.connections = connections};
-    const bool verified = !publicKeyHex.empty();
-
+bool fetchManifest(StorageProvider& provider, const ManifestSource& source, Json::Value& out,
+                   std::string* err, ConnectionCache* connections) {
+    const bool verified = !source.publicKeys.empty();
+    // A signature says more than the way that the bytes took.
+    const HttpOptions options{.connections = connections,
+                              .httpsOnly = source.httpsOnly && !verified};
     std::string body;
-    if (!fetchBody(provider, key, manifestUrl, options, body, err)) {
+    if (!fetchBody(provider, source, options, body, err)) {
         return false;
     }
+    // Before anything is read from it: a parser is not for bytes that nobody vouches for.
     if (verified) {
         std::string signature;
-        if (!fetchSignature(provider, key, manifestUrl, signatureUrl, options, signature)) {
-            return fail(err, "channel '", channel,
+        if (!fetchSignature(provider, source, options, signature)) {
+            return fail(err, "channel '", source.channel,
                         "' has no signature but verification is required");
         }
-        if (!verifyEd25519(publicKeyHex, body, signature, err)) {
+        if (!verifyEd25519(source.publicKeys, body, signature, err)) {
             return false;
         }
     }
     Json::Value manifest;
-    if (!parseManifest(body, manifest, err) || !checkManifest(manifest, channel, verified, err)) {
+    if (!parseManifest(body, manifest, err) ||
+        !checkManifest(manifest, source.channel, verified, err)) {
         return false;
     }
     out = std::move(manifest);
     return true;
+}
+
+bool fetchManifest(StorageProvider& provider, const std::string& channel,
+                   const std::string& manifestUrl, const PublicKeys& publicKeyHex,
+                   const std::string& signatureUrl, Json::Value& out, std::string* err,
+                   ConnectionCache* connections) {
+    return fetchManifest(provider, {channel, publicKeyHex, manifestUrl, signatureUrl}, out, err,
+                         connections);
 }
 
 }  // namespace tide

@@ -24,15 +24,29 @@ std::string manifestKey(const std::string& channel);
 /// and the reader's reasons, and `out` keeps what it held. No exception leaves it.
 bool parseManifest(const std::string& body, Json::Value& out, std::string* err);
 
+/// Where a channel's manifest comes from, and what it has to pass.
+struct ManifestSource {
+    std::string channel = {};
+    /// Any makes a signature over the exact bytes and a "channel" in the manifest necessary;
+    /// without one no signature is fetched.
+    PublicKeys publicKeys = {};
+    /// Fetched by plain GET; when it is empty, the object comes from the bucket.
+    std::string manifestUrl = {};
+    /// When it is empty, the signature comes from the bucket if the manifest does.
+    std::string signatureUrl = {};
+    /// Refuses an unsigned manifest that does not come over TLS, or is redirected away from
+    /// it: whoever told the address was reached that way.
+    bool httpsOnly = false;
+};
+
 /// Fetches a channel's manifest and lets it pass only when it is trustworthy: signed,
-/// when a public key is given, of a known schema, and made for this channel.
-///
-/// A non-empty `manifestUrl` is fetched by plain GET, else the object comes from the
-/// bucket. A non-empty `publicKeyHex` makes a signature over the exact bytes and a
-/// "channel" in the manifest necessary; the signature comes from `signatureUrl`, or from
-/// the bucket when the manifest does. With an empty key no signature is fetched. `out` is assigned
-/// on success alone; its "files" are judged by readManifestFiles(). `connections` is borrowed and
-/// may be null. Blocks the calling thread for the transfers.
+/// when a public key is given, of a known schema, and made for this channel. `out` is
+/// assigned on success alone; its "files" are judged by readManifestFiles(). `connections`
+/// is borrowed and may be null. Blocks the calling thread for the transfers.
+bool fetchManifest(StorageProvider& provider, const ManifestSource& source, Json::Value& out,
+                   std::string* err, ConnectionCache* connections = nullptr);
+
+/// The same with the source's members one by one.
 bool fetchManifest(StorageProvider& provider, const std::string& channel,
                    const std::string& manifestUrl, const PublicKeys& publicKeyHex,
                    const std::string& signatureUrl, Json::Value& out, std::string* err,

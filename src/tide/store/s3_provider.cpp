@@ -16,7 +16,7 @@ namespace tide {
 namespace {
 
 // How much of a refusal's reply an error text shows.
-constexpr std::size_t kMostDetail = 1024;
+constexpr std::size_t kMaxDetail = 1024;
 
 std::string hostOf(const std::string& endpoint) {
     const std::size_t scheme = endpoint.find("://");
@@ -32,7 +32,7 @@ std::uint64_t maxBodyOf(const std::string& key) {
 }
 
 bool failListing(std::string* err, long status, const std::string& detail) {
-    return fail(err, "LIST -> HTTP ", std::to_string(status), " ", detail.substr(0, kMostDetail));
+    return fail(err, "LIST -> HTTP ", std::to_string(status), " ", detail.substr(0, kMaxDetail));
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ ConnectionCache::~ConnectionCache() {
 
 namespace {
 
-constexpr long kMostRedirects = 30;
+constexpr long kMaxRedirects = 30;
 constexpr const char* kSchemes = "http,https";
 constexpr const char* kUserAgent = "quorvelle-tide/0.1";
 
@@ -132,7 +132,7 @@ void Transfer::followRedirects(bool httpsOnly) {
         curl_easy_setopt(handle->easy, CURLOPT_REDIR_PROTOCOLS_STR, "https");
     }
     curl_easy_setopt(handle->easy, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(handle->easy, CURLOPT_MAXREDIRS, kMostRedirects);
+    curl_easy_setopt(handle->easy, CURLOPT_MAXREDIRS, kMaxRedirects);
 }
 
 void Transfer::limitIdleTime() {

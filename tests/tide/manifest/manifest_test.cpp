@@ -119,6 +119,12 @@ TEST_F(FetchManifestTest, RefusesWhatCannotBeFetched) {
     EXPECT_EQ(verdict("", "file:///etc/hostname"), "curl: Unsupported protocol");
     server.onJson("GET", "/m", {}, 500);
     EXPECT_EQ(verdict("", url("/m")), "manifest URL -> HTTP 500");
+    server.forget();
+    std::string err;
+    EXPECT_FALSE(fetchManifest(
+        bucket, {.channel = "beta", .manifestUrl = url("/m"), .httpsOnly = true}, manifest, &err));
+    EXPECT_EQ(err, "manifest URL is not https");
+    EXPECT_THAT(server.lines(), ::testing::IsEmpty());
     EXPECT_FALSE(fetchManifest(bucket, "beta", "", "", "", manifest, nullptr));
 }
 
