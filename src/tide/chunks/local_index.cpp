@@ -25,7 +25,7 @@ struct Candidate {
 };
 
 void findFilesBelow(const std::filesystem::path& directory, std::vector<Candidate>& found) {
-    for (const std::filesystem::path& entry : files::entriesOf(files::openable(directory))) {
+    for (const std::filesystem::path& entry : files::entriesOf(directory)) {
         const files::EntryKind kind = files::entryKind(entry);
         if (kind == files::EntryKind::kDirectory) {
             findFilesBelow(entry, found);
