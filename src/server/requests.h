@@ -10,7 +10,7 @@
 class QIODevice;
 
 /// Blocking calls to a server's API, one request each. A call waits in a local
-/// event loop without a time limit; main thread only, one at a time.
+/// event loop, for as long as anything moves; main thread only, one at a time.
 ///
 /// `path` begins with "/" and is already encoded (apiPath), `label` names the command in
 /// messages. A server that is yet to give its own token has an empty one: it must not be
