@@ -16,7 +16,7 @@ TEST(StorageInit, UndoesItsWorkWhenItIsInterrupted) {
         SCOPED_TRACE(request);
         Sandbox sandbox;
         FakeCloudflare cloudflare;
-        cloudflare.failAt(request, Fault::kInterrupt);
+        cloudflare.failAt(request, ReplyFault::kInterrupt);
         cloudflare.interrupt = [&sandbox, number = signal] {
             ::kill(sandbox.read("pid").trimmed().toInt(), number);
         };

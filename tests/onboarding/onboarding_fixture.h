@@ -51,7 +51,7 @@ struct OnboardingTest : ::testing::Test {
 
 struct At {
     std::size_t number;
-    Fault fault;
+    ReplyFault fault;
 };
 
 /// Runs in which requests go wrong, each compared with what it leaves behind.
@@ -104,7 +104,7 @@ struct WizardTest : OnboardingTest {
 
     /// The fault at every request from the `first` one on, and after it a refusal of every
     /// request that follows; with one token and two, backups shared or not.
-    void checkEverywhere(Fault fault, std::size_t first) {
+    void checkEverywhere(ReplyFault fault, std::size_t first) {
         for (const int mode : {0, 1, 2, 3}) {
             const bool single = mode % 2 == 1;
             const bool shared = mode >= 2;
@@ -114,7 +114,7 @@ struct WizardTest : OnboardingTest {
                 const auto lines = check(single, shared, {{n, fault}});
                 for (std::size_t m = n + 1; m <= lines.size(); ++m) {
                     if (lines[m - 1] != lines[m - 2]) {
-                        check(single, shared, {{n, fault}, {m, Fault::kRefuse}});
+                        check(single, shared, {{n, fault}, {m, ReplyFault::kRefuse}});
                     }
                 }
             }

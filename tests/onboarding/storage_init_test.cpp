@@ -232,7 +232,7 @@ TEST_F(StorageInitTest, TellsWhatItDid) {
     EXPECT_EQ(text(object["tokens"][0].toObject()),
               "{'access':'read-only','name':'builds-1-server','use':'server'}");
     cloudflare.reset(false);
-    cloudflare.failAt(8, Fault::kRefuse);
+    cloudflare.failAt(8, ReplyFault::kRefuse);
     EXPECT_EQ(run(usual + " --yes --json").out, "{\"error\":\"Cloudflare: no, (token)\"}\n");
 }
 

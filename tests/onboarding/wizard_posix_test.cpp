@@ -58,7 +58,7 @@ TEST_F(SecretFileTest, KeepsTheCiFileForItsOwnerAlone) {
     EXPECT_EQ(cloudflare.left().size(), 3U);
 
     cloudflare.reset(false);
-    cloudflare.failAt(9, Fault::kRefuse);
+    cloudflare.failAt(9, ReplyFault::kRefuse);
     const QByteArray earlier = sandbox.read("ci.env");
     EXPECT_EQ(run(line + path).code, 2);
     EXPECT_EQ(sandbox.read("ci.env"), earlier);
@@ -68,12 +68,12 @@ TEST_F(SecretFileTest, KeepsTheCiFileForItsOwnerAlone) {
 TEST_F(WizardTest, UndoesItsWorkWheneverItIsInterrupted) {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         cloudflare.interrupt = [signal] { ::kill(::getpid(), signal); };
-        checkEverywhere(Fault::kInterrupt, 3);
+        checkEverywhere(ReplyFault::kInterrupt, 3);
     }
     EXPECT_GT(endings["undone"], 50);
     EXPECT_GT(endings["left behind"], 20);
-    EXPECT_EQ(runWith(false, {{9, Fault::kInterrupt}}, usual + " --yes").err, "interrupted\n");
-    EXPECT_EQ(runWith(false, {{10, Fault::kInterrupt}}, usual + " --yes").code, 0);
+    EXPECT_EQ(runWith(false, {{9, ReplyFault::kInterrupt}}, usual + " --yes").err, "interrupted\n");
+    EXPECT_EQ(runWith(false, {{10, ReplyFault::kInterrupt}}, usual + " --yes").code, 0);
 }
 
 }  // namespace quorvelle::testing

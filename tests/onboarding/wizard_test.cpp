@@ -8,8 +8,8 @@ namespace quorvelle::testing {
 using ::testing::ElementsAre;
 
 TEST_F(WizardTest, LeavesBehindWhatItSays) {
-    for (const Fault fault :
-         {Fault::kRefuse, Fault::kGarbage, Fault::kLoseRequest, Fault::kLoseAnswer}) {
+    for (const ReplyFault fault : {ReplyFault::kRefuse, ReplyFault::kGarbage,
+                                   ReplyFault::kLoseRequest, ReplyFault::kLoseAnswer}) {
         checkEverywhere(fault, 1);
     }
     EXPECT_GT(endings["connected"], 20);
@@ -31,16 +31,16 @@ TEST_F(WizardTest, SaysWhatWentWrong) {
     std::string hintAfterLeaving = hint;
     hintAfterLeaving.insert(no.size(), byHand + "bucket builds-1\n");
     const std::pair<std::vector<At>, std::string> table[] = {
-        {{{3, Fault::kRefuse}}, no},
-        {{{3, Fault::kGarbage}}, "Cloudflare: Cloudflare refused the request\n"},
-        {{{5, Fault::kRefuse}}, hint},
-        {{{6, Fault::kRefuse}}, no},
-        {{{8, Fault::kRefuse}}, hint},
-        {{{9, Fault::kRefuse}, {11, Fault::kRefuse}}, hintAfterLeaving},
-        {{{9, Fault::kLoseAnswer}, {10, Fault::kRefuse}},
+        {{{3, ReplyFault::kRefuse}}, no},
+        {{{3, ReplyFault::kGarbage}}, "Cloudflare: Cloudflare refused the request\n"},
+        {{{5, ReplyFault::kRefuse}}, hint},
+        {{{6, ReplyFault::kRefuse}}, no},
+        {{{8, ReplyFault::kRefuse}}, hint},
+        {{{9, ReplyFault::kRefuse}, {11, ReplyFault::kRefuse}}, hintAfterLeaving},
+        {{{9, ReplyFault::kLoseAnswer}, {10, ReplyFault::kRefuse}},
          "Cloudflare: Connection closed\n" + byHand + "API token tok-1, API token builds-1-ci\n"},
-        {{{10, Fault::kRefuse}}, server + " refused the storage settings: no\n"},
-        {{{10, Fault::kLoseRequest}}, server + " did not answer: Connection closed\n"}};
+        {{{10, ReplyFault::kRefuse}}, server + " refused the storage settings: no\n"},
+        {{{10, ReplyFault::kLoseRequest}}, server + " did not answer: Connection closed\n"}};
     for (const auto& [faults, err] : table) {
         const Ran ran = runWith(false, faults, usual + " --yes");
         EXPECT_EQ(ran.err, err);
@@ -49,7 +49,7 @@ TEST_F(WizardTest, SaysWhatWentWrong) {
 }
 
 TEST_F(WizardTest, WaitsHalfAMinuteForTheCredential) {
-    EXPECT_THAT(runWith(false, {{10, Fault::kRefuse}}, usual + " --yes").out,
+    EXPECT_THAT(runWith(false, {{10, ReplyFault::kRefuse}}, usual + " --yes").out,
                 ::testing::EndsWith("Waiting for Cloudflare to activate the new credential\n"));
     EXPECT_THAT(cloudflare.server.lines(), ::testing::Contains("PUT /api/storage").Times(16));
 }
@@ -90,7 +90,7 @@ TEST_F(WizardTest, AsksForExactlyWhatItNeeds) {
             "PUT /api/storage|(none)|{'access_key':'tok-1','bucket':'builds-1',"
             "'endpoint':'https://acc.eu.r2.cloudflarestorage.com','region':'auto',"
             "'secret_key':'acd524554c37e60a3e8b854321e1006748567e151f2496cb5ae27cd358261ffd'}"));
-    runWith(false, {{10, Fault::kRefuse}}, usual + " --jurisdiction eu --yes");
+    runWith(false, {{10, ReplyFault::kRefuse}}, usual + " --jurisdiction eu --yes");
     EXPECT_EQ(cloudflare.server.requests().back().line() + '|' +
                   cloudflare.server.requests().back().header("cf-r2-jurisdiction"),
               "DELETE /accounts/acc/r2/buckets/builds-1|eu");

@@ -88,7 +88,7 @@ void FakeCloudflare::reset(bool sharedBackups) {
     server.forget();
 }
 
-void FakeCloudflare::failAt(std::size_t number, Fault fault) {
+void FakeCloudflare::failAt(std::size_t number, ReplyFault fault) {
     const std::lock_guard guard(mutex);
     faults[number] = fault;
 }
@@ -136,26 +136,27 @@ void FakeCloudflare::answer(const Work& work, const httplib::Request& request,
     const std::string line = request.method + ' ' + request.path;
     const auto found = faults.find(++count);
     const bool isRefused = refused.count(line) > 0;
-    if (found != faults.end() && found->second == Fault::kInterrupt) {
+    if (found != faults.end() && found->second == ReplyFault::kInterrupt) {
         interrupt();
     }
-    if (!isRefused && (found == faults.end() || found->second == Fault::kInterrupt)) {
+    if (!isRefused && (found == faults.end() || found->second == ReplyFault::kInterrupt)) {
         response.set_content(work(request), "application/json");
-    } else if (isRefused || found->second == Fault::kRefuse) {
+    } else if (isRefused || found->second == ReplyFault::kRefuse) {
         refused.insert(line);
         response.status = 403;
         response.set_content(kRefusal, "application/json");
     } else {
         leaveInDoubt(found->second, work, request);
-        found->second == Fault::kGarbage ? response.set_content("<html>", "text/html")
-                                         : cutShort(response);
+        found->second == ReplyFault::kGarbage ? response.set_content("<html>", "text/html")
+                                              : cutShort(response);
     }
 }
 
-void FakeCloudflare::leaveInDoubt(Fault fault, const Work& work, const httplib::Request& request) {
+void FakeCloudflare::leaveInDoubt(ReplyFault fault, const Work& work,
+                                  const httplib::Request& request) {
     if (request.path == "/user/tokens") {
         tokens["lost"] = member(request, "name");
-    } else if (request.method != "DELETE" && fault != Fault::kLoseRequest) {
+    } else if (request.method != "DELETE" && fault != ReplyFault::kLoseRequest) {
         work(request);
     }
     bucketInDoubt = bucketInDoubt || (request.method == "POST" && request.path != "/user/tokens");

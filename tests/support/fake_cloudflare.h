@@ -12,7 +12,7 @@
 namespace quorvelle::testing {
 
 /// What goes wrong with a request.
-enum class Fault {
+enum class ReplyFault {
     kRefuse,       ///< this one and every later one of the same line
     kGarbage,      ///< done, but for deletions, and answered with a page of text
     kLoseRequest,  ///< not done, and the connection breaks
@@ -27,7 +27,7 @@ public:
     FakeCloudflare();
 
     void reset(bool sharedBackups);
-    void failAt(std::size_t number, Fault fault);
+    void failAt(std::size_t number, ReplyFault fault);
     /// Makes a listing ("/accounts" and the like) answer with these pages in turn.
     void setPages(const std::string& path, const std::vector<std::string>& pages);
 
@@ -44,10 +44,10 @@ private:
     using Work = std::function<std::string(const httplib::Request&)>;
     void route(const std::string& method, const std::string& path, Work work);
     void answer(const Work& work, const httplib::Request& request, httplib::Response& response);
-    void leaveInDoubt(Fault fault, const Work& work, const httplib::Request& request);
+    void leaveInDoubt(ReplyFault fault, const Work& work, const httplib::Request& request);
 
     mutable std::mutex mutex;
-    std::map<std::size_t, Fault> faults;
+    std::map<std::size_t, ReplyFault> faults;
     std::set<std::string> refused;
     std::size_t count = 0;
     bool shared = false;
