@@ -92,6 +92,7 @@ ReconcilePlan planReconcile(const QJsonObject& document, const QJsonObject& entr
         config::installRootFor(document, server, entry.value(u"install_root").toString());
     const ServersView view{document, server};
     ReconcilePlan plan{.document = document, .changes = {}, .refused = {}};
+    // Retired first, so that their names and folders are free for what is new.
     QJsonArray subscriptions =
         retire(config::subscriptions(document), view, assigned, plan.changes);
     for (const QString& channel : assigned) {

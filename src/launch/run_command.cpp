@@ -64,6 +64,7 @@ int runAndWait(const LaunchSpec& spec) {
 }  // namespace
 
 int runCommand(QStringList args) {
+    // First: what follows "--" is the program's, however much it looks like an option.
     const QStringList extras = takeExtras(args);
     const QString wanted = takeOption(args, QStringLiteral("--target"));
     const bool wait = takeFlag(args, QStringLiteral("--wait"));

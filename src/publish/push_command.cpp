@@ -95,6 +95,7 @@ int pushCommand(QStringList args) {
     const QString now = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
     const QString build = takeOption(args, QStringLiteral("--build"), now);
     const QString channel = takeOption(args, QStringLiteral("--channel"));
+    // The channel and the words are asked after before the server is.
     QStringList serverArgs = args;
     takeOption(args, QStringLiteral("--server"));
     if (channel.isEmpty()) {

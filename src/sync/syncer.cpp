@@ -67,9 +67,12 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
                       .arg(name.isEmpty() ? QStringLiteral("?") : name));
         return;
     }
+    // Everything below reads and changes the state folder, which another sync may be doing.
     if (!takeLock()) {
         return;
     }
+    // In this order: recovery has to see the state where this release keeps it, and an ".old"
+    // that recovery needs must not count as left over.
     migrateLegacyState(dir, installDirectories());
     tellKept(recoverSwap(dir));
     clearLeftovers(dir);
@@ -188,6 +191,7 @@ void Syncer::endFailed(const QString& message) {
     Q_EMIT failed(message);
 }
 
+/// Before the signal, whose receiver may start this object again.
 void Syncer::end() {
     running = false;
     target.reset();

@@ -49,6 +49,7 @@ public:
                 return false;
             }
         }
+        // Strays go last: until the end their bytes may be the only place of a chunk.
         return target.removeStrays(err) && flushAll(err);
     }
 
@@ -57,6 +58,8 @@ private:
         if (!target.makeWay(file)) {
             return fail(err, "cannot open ", files::utf8Text(target.part(file)));
         }
+        // Hashed, however it got there: nothing says that what an interrupted run left, or
+        // what lies in the install, still is what it was when it was written.
         const bool inPlace = holdsFile(target.destination(file), file);
         if (inPlace || shareUnchanged(file)) {
             for (const ManifestChunk& chunk : file.chunks) {
@@ -69,6 +72,7 @@ private:
                                      options.maxReplaceAttempts, options.inUse, sleepFor, err)) {
             return false;
         }
+        // Only now: under the name of the part the chunks would be looked for in vain.
         source.fileWritten(target.destination(file), file);
         return true;
     }
@@ -77,6 +81,7 @@ private:
     /// holds all its bytes.
     bool shareUnchanged(const ManifestFile& file) {
         const fs::path unchanged = reuse / files::utf8Path(file.path);
+        // The index answers from memory and spares reading files that have changed anyway.
         if (!sharing || reuse.empty() || !source.indexKnowsAll(file) ||
             !holdsFile(unchanged, file)) {
             return false;
@@ -87,6 +92,8 @@ private:
     }
 
     bool write(const ManifestFile& file, std::string* err) {
+        // Where the bytes may stand at the same offset although the index has another cut of
+        // them: publishers may have cut with other parameters.
         std::vector<fs::path> seeds{target.destination(file)};
         if (!reuse.empty()) {
             seeds.push_back(reuse / files::utf8Path(file.path));
@@ -128,6 +135,7 @@ private:
         if (!part.close()) {
             return fail(err, "write failed for ", name);
         }
+        // Every chunk was right; this is about the list of them.
         return part.size() == file.size || fail(err, "size mismatch for ", name);
     }
 

@@ -30,6 +30,7 @@ bool ChunkReader::seek(std::uint64_t offset) {
 }
 
 ChunkState ChunkReader::check(const ManifestChunk& chunk, std::uint64_t offset) {
+    // Before anything is read or memory taken: the length is the manifest's word.
     if (!stream.is_open() || offset > size || chunk.length > size - offset || !seek(offset)) {
         return ChunkState::kUnreadable;
     }
@@ -71,6 +72,7 @@ LeadingChunks leadingChunks(const std::filesystem::path& file,
 }
 
 bool holdsFile(const std::filesystem::path& path, const ManifestFile& file) {
+    // A link would be one to bytes that somebody else may change.
     if (files::entryKind(path) != files::EntryKind::kFile || files::fileSize(path) != file.size) {
         return false;
     }

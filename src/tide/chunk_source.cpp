@@ -37,11 +37,14 @@ bool ChunkSource::find(const ManifestChunk& chunk, std::uint64_t offset,
     } else {
         return false;
     }
+    // The bytes are those of the id; the manifest may still tell another length of them, and
+    // the offsets of all that follows rest on it.
     return bytes.size() == chunk.length || fail(err, "chunk size mismatch for ", chunk.id);
 }
 
 bool ChunkSource::readFromDisk(const ManifestChunk& chunk, std::uint64_t offset,
                                const std::vector<std::filesystem::path>& seeds) {
+    // The index is a claim about files that may have changed since; read() hashes.
     const auto known = index.find(chunk.id);
     if (known != index.end() && known->second.length == chunk.length &&
         ChunkReader(known->second.file).read(chunk, known->second.offset, buffer)) {
@@ -74,6 +77,8 @@ bool ChunkSource::fetchRaw(const std::string& id, std::string& raw, std::string*
 }
 
 std::string_view ChunkSource::keepFetched(const std::string& id) {
+    // What is not asked for again, or no longer fits, is not kept: once written, it can be
+    // read back from the file that it went into.
     if (usesLeft[id] <= 1 || cachedBytes + buffer.size() > kMaxCachedBytes) {
         return buffer;
     }
@@ -108,6 +113,8 @@ void ChunkSource::fileMoved(const std::filesystem::path& from, const std::filesy
 void ChunkSource::fileWritten(const std::filesystem::path& path, const ManifestFile& file) {
     std::uint64_t offset = 0;
     for (const ManifestChunk& chunk : file.chunks) {
+        // In the place of what the index knew before: that may be overwritten by the next
+        // file, this stays until the end of the run.
         index.insert_or_assign(chunk.id, ChunkRef{path, offset, chunk.length});
         offset += chunk.length;
     }

@@ -15,6 +15,7 @@ bool replaceFile(const std::filesystem::path& from, const std::filesystem::path&
         if (inUse) {
             inUse(files::utf8Text(to), attempt, attempts);
         }
+        // The rename itself no longer waits, so that each attempt stands for one second.
         sleep(std::chrono::seconds(1));
         error = files::renameEntry(from, to, files::WhenInUse::kFail);
     }

@@ -66,11 +66,14 @@ bool TargetTree::makeWay(const ManifestFile& file) const {
     files::makeDirectories(directory);
     for (const std::string& folder : foldersAbove(file.path)) {
         const std::string name = files::comparablePath(folder);
+        // A folder in the place of a listed file would be removed by that file's turn, with
+        // all that was assembled in it.
         if (listed.contains(name) || parts.contains(name) ||
             !ensureFolder(directory / files::utf8Path(folder))) {
             return false;
         }
     }
+    // Links above all: what is written or renamed here must not end somewhere else.
     return clearForFile(destination(file)) && clearForFile(part(file));
 }
 

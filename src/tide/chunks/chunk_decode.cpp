@@ -38,6 +38,7 @@ std::optional<std::string> decompress(const std::string& raw) {
 
 bool decodeChunk(const std::string& raw, const std::string& id, std::string& out,
                  std::string* err) {
+    // The digest alone tells which of the two it is: a raw chunk may begin like a frame.
     if (std::optional<std::string> content = decompress(raw);
         content && blake3Hex(*content) == id) {
         out = std::move(*content);
