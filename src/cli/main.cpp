@@ -1,16 +1,29 @@
 #include <QCoreApplication>
+#include <chrono>
 
 #include "cli/command_table.h"
 #include "cli/dispatch.h"
 #include "console/console.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/idle_watch.h"
 #include "source_version.h"
 #include "tide/engine.h"
 
+namespace {
+
+/// What both ways to the network have in common.
+tide::Network engineNetwork() {
+    const quorvelle::IdleLimits limits = quorvelle::idleLimits();
+    return {.connectLimit = std::chrono::duration_cast<std::chrono::seconds>(limits.connect),
+            .idleLimit = std::chrono::duration_cast<std::chrono::seconds>(limits.idle)};
+}
+
+}  // namespace
+
 int main(int argc, char* argv[]) {
     quorvelle::prepareConsole();
-    tide::startEngine();
+    tide::startEngine(engineNetwork());
     const QCoreApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Quorvelle"));
     QCoreApplication::setApplicationName(QStringLiteral("Quorvelle"));

@@ -8,13 +8,14 @@
 
 namespace tide {
 
-void startEngine() {
-    static const bool started = [] {
+void startEngine(const Network& settings) {
+    static const bool started = [&settings] {
         if (sodium_init() < 0) {
             std::fputs("tide-core: libsodium failed to initialise\n", stderr);
             std::abort();
         }
         curl_global_init(CURL_GLOBAL_DEFAULT);
+        useNetwork(settings);
         return true;
     }();
     static_cast<void>(started);

@@ -150,6 +150,19 @@ TEST_P(TideSync, NamesABuildByItsTimeWhenItHasNoOtherName) {
     expectSync("synced", whole("5000000000", kThreeChunks), retried("5000000000"));
 }
 
+/// A server that says nothing must not keep the lock for ever, whichever layer asks it.
+TEST_P(TideSync, EndsWithAServerThatSaysNothing) {
+    publishTide(server, "stable", "b1", kOne);
+    box.environment.insert("QUORVELLE_IDLE_TIMEOUT", "1");
+    const auto silent = [](const httplib::Request&, httplib::Response&) {
+        std::this_thread::sleep_for(std::chrono::seconds(2));
+    };
+    server.on("GET", kManifestTarget, silent);
+    expectSync("failed", downloading(""), "'app': Tide sync: curl: no data for 1 s");
+    server.on("GET", "/api/channels/stable", silent);
+    expectSync("failed", {kChecking}, "'app': sync failed: no data for 1 s");
+}
+
 TEST_P(TideSync, ReadsFromTheBucketWhatHasNoUrl) {
     FakeServer bucket;
     const auto chunkTargetInBucket = [](const std::string& bytes) {
