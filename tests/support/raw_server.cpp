@@ -25,7 +25,8 @@ void RawServer::serve(const std::vector<std::string>& replies, Ending ending) {
     port = server.serverPort();
     listening.release();
     for (const std::string& reply : replies) {
-        while (!server.waitForNewConnection(20)) {
+        // Qt may have accepted two at once, and then waits for a third.
+        while (!server.hasPendingConnections() && !server.waitForNewConnection(20)) {
             if (ended.available() > 0) {
                 return;
             }
