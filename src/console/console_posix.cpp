@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <qlogging.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 #include <QString>
 #include <csignal>
@@ -11,6 +12,8 @@
 namespace quorvelle {
 
 namespace {
+
+constexpr int kUsualColumns = 80;
 
 /// Without this, a process started with a closed stream would open its next file in the
 /// stream's place and print into it. What is printed to a closed standard output still
@@ -45,6 +48,17 @@ void prepareConsole() {
 
 bool isTerminal(std::FILE* stream) {
     return ::isatty(::fileno(stream)) == 1;
+}
+
+bool obeysSequences(std::FILE*) {
+    const QByteArray kind = qgetenv("TERM");
+    return !kind.isEmpty() && kind != "dumb";
+}
+
+int columnsOf(std::FILE* stream) {
+    winsize size = {};
+    const bool isKnown = ::ioctl(::fileno(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return isKnown ? size.ws_col : kUsualColumns;
 }
 
 }  // namespace quorvelle

@@ -7,8 +7,8 @@
 #include <string>
 #include <system_error>
 
-#include "console/console.h"
 #include "console/exit_code.h"
+#include "console/terminal.h"
 
 namespace quorvelle {
 
@@ -61,7 +61,7 @@ void printDiagnostic(const QString& text) {
 }
 
 void printNote(const QString& text) {
-    if (!jsonModeOn && isTerminal(stderr)) {
+    if (terminalOf(stderr).isThere) {
         printDiagnostic(text + u'\n');
     }
 }

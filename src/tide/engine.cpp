@@ -12,6 +12,7 @@ void startEngine(const Network& settings) {
     static const bool started = [&settings] {
         if (sodium_init() < 0) {
             std::fputs("tide-core: libsodium failed to initialise\n", stderr);
+            std::fflush(stderr);
             std::abort();
         }
         curl_global_init(CURL_GLOBAL_DEFAULT);

@@ -6,6 +6,7 @@
 
 #include <array>
 
+#include "console/terminal.h"
 #include "support/qt_printers.h"
 
 namespace quorvelle::testing {
@@ -34,7 +35,43 @@ QByteArray notedOnTerminal() {
     return noted(side, screen);
 }
 
+/// What is found of a terminal of so many columns (0: it does not tell) behind standard
+/// input, with these settings of the environment.
+Terminal found(unsigned short columns, const QByteArray& kind, const QByteArray& noColor) {
+    int screen = -1;
+    int side = -1;
+    const winsize size{.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+    EXPECT_EQ(::openpty(&screen, &side, nullptr, nullptr, &size), 0);
+    const int before = ::dup(STDIN_FILENO);
+    ::dup2(side, STDIN_FILENO);
+    qputenv("TERM", kind);
+    qputenv("NO_COLOR", noColor);
+    const Terminal terminal = terminalOf(stdin);
+    ::dup2(before, STDIN_FILENO);
+    for (const int open : {before, side, screen}) {
+        ::close(open);
+    }
+    return terminal;
+}
+
 }  // namespace
+
+TEST(Terminal, IsTakenForWhatItSaysAndTheEnvironmentAllows) {
+    for (const auto& [kind, noColor, redraws, colors] : {std::tuple("xterm", "", true, true),
+                                                         {"xterm", "1", true, false},
+                                                         {"dumb", "", false, false},
+                                                         {"", "", false, false}}) {
+        const Terminal terminal = found(132, kind, noColor);
+        EXPECT_TRUE(terminal.isThere);
+        EXPECT_EQ(terminal.width, 132);
+        EXPECT_EQ(terminal.redraws, redraws) << kind;
+        EXPECT_EQ(terminal.hasColors, colors) << kind << noColor;
+    }
+    EXPECT_EQ(found(0, "xterm", "").width, 80);
+    setJsonMode(true);
+    EXPECT_FALSE(found(132, "xterm", "").isThere);
+    setJsonMode(false);
+}
 
 TEST(Note, IsForAPersonAtATerminalAlone) {
     EXPECT_EQ(notedOnTerminal(), QByteArray("kept as ä\r\n"));
