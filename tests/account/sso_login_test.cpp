@@ -97,26 +97,31 @@ TEST(HandoffRequest, CountsOnlyAsTheBrowsersOwnRedirect) {
         GET /?handoff=abc HTTP/1.1                                        | abc
         GET /?x=1&handoff=a%2Fb%25+c&y HTTP/1.1                           | a/b%+c
         GET /?handoff=abc HTTP/1.1~Host: 127.0.0.1~SEC-Fetch-Dest: document | abc
-        GET /?handoff=abc HTTP/1.1~Sec-Fetch-Mode: cors~~Host: evil       | abc
+        GET /?handoff=abc HTTP/1.1~Sec-Fetch-Mode: cors~~Host: x.example  | abc
         GET /?handoff= HTTP/1.1                                           |
         GET /handoff=abc HTTP/1.1                                         |
         GET /#handoff=abc HTTP/1.1                                        |
         GET /?handoff=abc                                                 |
         GET /?handoff=abc~Host: 127.0.0.1 HTTP/1.1                        |
         POST /?handoff=abc HTTP/1.1                                       |
-        GET /?handoff=abc HTTP/1.1~Host: localhost:80                     |
+        GET /?handoff=abc HTTP/1.1~Host: localhost:80                     | abc
+        GET /?handoff=abc HTTP/1.1~Host: my-pc                            | abc
+        GET /?handoff=abc HTTP/1.1~Host:                                  | abc
         GET /?handoff=abc HTTP/1.1~Host: 127.0.0.1:81                     |
         GET /?handoff=abc HTTP/1.1~Host: 127.0.0.1.evil.example:80        |
-        GET /?handoff=abc HTTP/1.1~host: 127.0.0.1:80~Host: evil          |
-        GET /?handoff=abc HTTP/1.1~Host:                                  |
+        GET /?handoff=abc HTTP/1.1~Host: [::1]:80                         |
+        GET /?handoff=abc HTTP/1.1~host: 127.0.0.1:80~Host: evil.example  |
         GET /?handoff=abc HTTP/1.1~sec-fetch-dest: image                  |
         GET /?handoff=abc HTTP/1.1~Sec-Fetch-Dest: iframe~X: y            |
         ~~                                                                |)")) {
         SCOPED_TRACE(row[0].toStdString());
         const QByteArray head = row[0].toUtf8().replace("~", "\r\n");
-        EXPECT_EQ(handoffIn(head + "\r\n\r\nHost: x", 80), row[1]);
+        EXPECT_EQ(handoffIn(head + "\r\n\r\nHost: x.y\r\n", 80), row[1]);
         const QByteArray unended = row[0].section("~~", 0, 0).toUtf8().replace("~", "\r\n");
-        EXPECT_EQ(handoffIn(unended, 80), row[1]) << "no blank line";
+        EXPECT_EQ(handoffIn(unended + "\r\n", 80), row[1]) << "no blank line";
+    }
+    for (const char* torn : {"", "\r", "\r\nHost: www.ev", "\r\nA: b\r\nSec-Fetch-Dest: docu\r"}) {
+        EXPECT_EQ(handoffIn(QByteArray("GET /?handoff=abc HTTP/1.1") + torn, 80), "abc") << torn;
     }
 }
 
@@ -139,7 +144,7 @@ TEST_F(SsoLoginTest, EndsWithTheFirstHandoff) {
     const auto slow = connected();
     slow->write("GET /?handoff=late HTTP/1.1\r\nHost: 127.");
     EXPECT_EQ(ask(request("/favicon.ico")), kNothing);
-    EXPECT_EQ(ask(request("/?handoff=abc", "Host: localhost\r\n")), kNothing);
+    EXPECT_EQ(ask(request("/?handoff=abc", "Host: other.example\r\n")), kNothing);
     EXPECT_EQ(slow->bytesAvailable(), 0);
     EXPECT_THAT(server.lines(), ElementsAre());
 
