@@ -16,19 +16,13 @@ namespace quorvelle {
 
 namespace {
 
-/// The text after the summary.
+/// The text after the summary. Who has no channels yet is told that in the place of changes.
 QString endingText(const QJsonObject& answer, const Reconciled& outcome) {
     const bool none = answer.value(u"channels").toArray().isEmpty();
-    QString text;
-    if (!none || !outcome.changes.isEmpty()) {
-        text += changesText(outcome);
-    }
-    if (none) {
-        text += QStringLiteral(
-            "No channels assigned yet - subscriptions will appear automatically once your "
-            "groups get assignments.\n");
-    }
-    return text + QStringLiteral("Run 'quorvelle sync' or let the client pick them up.\n");
+    return (none ? QStringLiteral("No channels assigned yet - subscriptions will appear "
+                                  "automatically once your groups get assignments.\n")
+                 : changesText(outcome)) +
+           QStringLiteral("Run 'quorvelle sync' or let the client pick them up.\n");
 }
 
 }  // namespace

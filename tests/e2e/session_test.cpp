@@ -30,7 +30,12 @@ TEST_F(Session, JoinPrintsStoresAndSubscribes) {
     server.onJson("POST", kRedeem, bare);
     EXPECT_EQ(whole(box.run(join())),
               at("Joined $ as 'ann' (member)\nGroups: (none)\n") + kNone + kSync + "||0");
+    const QJsonObject before = box.config();
     assign(server, "");
+    EXPECT_EQ(box.run(join()).out,
+              at("Joined $ as 'ann' (member)\nGroups: (none)\n") + kNone + kSync);
+    EXPECT_EQ(box.config()["subscriptions"].toArray(), QJsonArray());
+    box.writeConfig(before);
     bare["changes"] = QJsonArray{"retired 'app' (no longer assigned; files kept)"};
     EXPECT_EQ(box.run(join() + QStringList("--json")).json(), bare);
 }
