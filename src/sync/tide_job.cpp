@@ -47,14 +47,16 @@ tide::PublicKeys tidePublicKeys(const QJsonObject& subscriptionWithKey) {
 }
 
 TideResult checkInstall(const TideJob& job, bool quick) {
-    const auto bucket = tide::bucketFromEnvironment();
+    tide::ConnectionCache connections;
+    const auto bucket = tide::bucketFromEnvironment(&connections);
     int missing = 0;
     int corrupt = 0;
     const auto count = [&](const std::string&, const std::string& problem) {
         ++(problem == "missing" ? missing : corrupt);
     };
     std::string error;
-    if (!tide::verifyInstall(*bucket, job.source, job.installDir, {}, count, &error, quick)) {
+    if (!tide::verifyInstall(*bucket, job.source, job.installDir, {}, count, &error, quick,
+                             &connections)) {
         return {true, QStringLiteral(" (check skipped: %1)").arg(QString::fromStdString(error))};
     }
     if (missing == 0 && corrupt == 0) {
@@ -64,7 +66,8 @@ TideResult checkInstall(const TideJob& job, bool quick) {
 }
 
 TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent) {
-    const auto bucket = tide::bucketFromEnvironment();
+    tide::ConnectionCache connections;
+    const auto bucket = tide::bucketFromEnvironment(&connections);
     int lastPercent = -1;
     const auto progress = [&](std::uint64_t done, std::uint64_t total, std::int64_t bytes) {
         const int percent = total == 0 ? 0 : static_cast<int>(done * 100 / total);
@@ -79,6 +82,7 @@ TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent)
                                                  .chunkUrls = job.chunkUrls,
                                                  .targetDirectory = job.stagingDir,
                                                  .reuseDirectory = job.installDir,
+                                                 .connections = &connections,
                                                  .progress = progress,
                                                  .maxReplaceAttempts = kReplaceAttempts},
                                                 &error);

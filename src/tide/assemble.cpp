@@ -201,7 +201,8 @@ private:
 }  // namespace
 
 bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std::string* err) {
-    ConnectionCache connections;
+    ConnectionCache own;
+    ConnectionCache& connections = job.connections != nullptr ? *job.connections : own;
     Json::Value manifest;
     std::vector<ManifestFile> files;
     if (!fetchManifest(provider, job.source, manifest, err, &connections) ||
@@ -229,13 +230,13 @@ bool downloadAndAssemble(StorageProvider& provider, const std::string& channel,
                          const InUseCallback& inUse, int maxReplaceAttempts,
                          const std::string& reuseDirectory, std::string* err) {
     return downloadAndAssemble(provider,
-                               {{channel, publicKeyHex, manifestUrl, signatureUrl},
-                                chunkUrls,
-                                targetDirectory,
-                                reuseDirectory,
-                                progress,
-                                inUse,
-                                maxReplaceAttempts},
+                               {.source = {channel, publicKeyHex, manifestUrl, signatureUrl},
+                                .chunkUrls = chunkUrls,
+                                .targetDirectory = targetDirectory,
+                                .reuseDirectory = reuseDirectory,
+                                .progress = progress,
+                                .inUse = inUse,
+                                .maxReplaceAttempts = maxReplaceAttempts},
                                err);
 }
 

@@ -24,6 +24,9 @@ struct AssemblyJob {
     /// only read and may be empty. UTF-8.
     std::string targetDirectory = {};
     std::string reuseDirectory = {};
+    /// Used for every transfer of the run; null stands for one of its own. Borrowed; that of
+    /// the provider, where that has one.
+    ConnectionCache* connections = nullptr;
     AssemblyProgress progress = {};
     InUseCallback inUse = {};
     /// How often, a second apart, a file in use is tried again.

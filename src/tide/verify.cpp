@@ -77,10 +77,10 @@ bool verifyFiles(const std::string& installDirectory, const Json::Value& manifes
 
 bool verifyInstall(StorageProvider& provider, const ManifestSource& source,
                    const std::string& installDirectory, const CheckProgress& progress,
-                   const IssueCallback& issue, std::string* err, bool quick) {
-    ConnectionCache connections;
+                   const IssueCallback& issue, std::string* err, bool quick,
+                   ConnectionCache* connections) {
     Json::Value manifest;
-    return fetchManifest(provider, source, manifest, err, &connections) &&
+    return fetchManifest(provider, source, manifest, err, connections) &&
            verifyFiles(installDirectory, manifest, progress, issue, err, quick);
 }
 
@@ -89,8 +89,9 @@ bool verifyInstall(StorageProvider& provider, const std::string& channel,
                    const std::string& manifestUrl, const std::string& signatureUrl,
                    const CheckProgress& progress, const IssueCallback& issue, std::string* err,
                    bool quick) {
+    ConnectionCache connections;
     return verifyInstall(provider, {channel, publicKeyHex, manifestUrl, signatureUrl},
-                         installDirectory, progress, issue, err, quick);
+                         installDirectory, progress, issue, err, quick, &connections);
 }
 
 }  // namespace tide

@@ -29,10 +29,12 @@ bool verifyFiles(const std::string& installDirectory, const Json::Value& manifes
                  bool quick);
 
 /// Fetches the manifest and compares the install directory with it. False, with nothing
-/// compared, when the manifest cannot be had or is refused.
+/// compared, when the manifest cannot be had or is refused. `connections` is borrowed and
+/// may be null.
 bool verifyInstall(StorageProvider& provider, const ManifestSource& source,
                    const std::string& installDirectory, const CheckProgress& progress,
-                   const IssueCallback& issue, std::string* err, bool quick);
+                   const IssueCallback& issue, std::string* err, bool quick,
+                   ConnectionCache* connections = nullptr);
 
 /// The same with the source's members one by one.
 bool verifyInstall(StorageProvider& provider, const std::string& channel,

@@ -27,6 +27,7 @@ TEST_P(TideSync, InstallsUpdatesAndFetchesOnlyWhatChanged) {
                   request.target.starts_with("/api/") ? "Bearer secret" : "(none)")
             << request.line();
     }
+    EXPECT_EQ(server.connections("/store/"), 1U);
     expectFetched({"one", "left ", "right"});
     EXPECT_EQ(installed(), kOneInstalled);
     EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.staging.build"}));
@@ -189,6 +190,7 @@ TEST_P(TideSync, ReadsFromTheBucketWhatHasNoUrl) {
         bucket.lines(),
         ElementsAre("GET " + manifestTarget, "GET " + chunkTargetInBucket("one"),
                     "GET " + chunkTargetInBucket("left "), "GET " + chunkTargetInBucket("right")));
+    EXPECT_EQ(bucket.connections("/tide%20test/"), 1U);
     EXPECT_THAT(bucket.requests().back().header("Authorization"),
                 StartsWith("AWS4-HMAC-SHA256 Credential=AKFAKE/"));
 }

@@ -1,6 +1,7 @@
 #include "support/fake_server.h"
 
 #include <QJsonDocument>
+#include <set>
 
 namespace quorvelle::testing {
 
@@ -72,6 +73,16 @@ std::vector<std::string> FakeServer::lines() const {
     return result;
 }
 
+std::size_t FakeServer::connections(const std::string& beginning) const {
+    std::set<int> ports;
+    for (const SeenRequest& request : requests()) {
+        if (request.target.starts_with(beginning)) {
+            ports.insert(request.from);
+        }
+    }
+    return ports.size();
+}
+
 void FakeServer::forget() {
     const std::lock_guard guard(mutex);
     seen.clear();
@@ -81,7 +92,8 @@ void FakeServer::answer(const httplib::Request& request, httplib::Response& resp
     Answer found;
     {
         const std::lock_guard guard(mutex);
-        seen.push_back({request.method, request.target, request.headers, request.body});
+        seen.push_back(
+            {request.method, request.target, request.headers, request.body, request.remote_port});
         const auto at = answers.find({request.method, request.target});
         found = at == answers.end() ? answers[{}] : at->second;
     }

@@ -21,6 +21,8 @@ struct SeenRequest {
     std::string target;
     httplib::Headers headers;
     std::string body;
+    /// The port that its connection came from.
+    int from = 0;
 
     /// The header's value, or "(none)" when it was not sent.
     std::string header(const std::string& name) const;
@@ -49,6 +51,8 @@ public:
 
     std::vector<SeenRequest> requests() const;
     std::vector<std::string> lines() const;
+    /// How many connections the requests whose targets begin so came on.
+    std::size_t connections(const std::string& beginning) const;
     void forget();
 
 private:
