@@ -1,5 +1,6 @@
 #include "files/descriptor_posix.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -20,6 +21,10 @@ bool writeAll(int descriptor, const char* bytes, std::size_t size) {
 
 bool flush(int descriptor) {
     return ::fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP || errno == ENOSYS;
+}
+
+void beginFlush(int descriptor) {
+    ::sync_file_range(descriptor, 0, 0, SYNC_FILE_RANGE_WRITE);
 }
 
 }  // namespace files::posix

@@ -18,4 +18,7 @@ bool writeAll(int descriptor, const char* bytes, std::size_t size);
 /// device, some file systems) counts as done.
 bool flush(int descriptor);
 
+/// Lets what was written begin its way to the disk, without waiting for it.
+void beginFlush(int descriptor);
+
 }  // namespace files::posix

@@ -190,6 +190,10 @@ bool truncateFile(const fs::path& path, std::uint64_t size) {
            SetEndOfFile(file.get()) != 0;
 }
 
+void beginFlush(const fs::path&) {
+    // Windows begins by itself, soon enough.
+}
+
 bool flushToDisk(const fs::path& path) {
     const Opened file(path, GENERIC_WRITE, FILE_FLAG_OPEN_REPARSE_POINT);
     return file.isOpen() && FlushFileBuffers(file.get()) != 0;

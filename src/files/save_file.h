@@ -12,9 +12,15 @@ enum class Access {
     kOwnerOnly,  ///< the owner alone, from the moment the file exists
 };
 
+/// Whether a saved file is on the disk when commit() returns.
+enum class OnDisk {
+    kNow,
+    kLater,  ///< the caller flushes many at once, before anything relies on them
+};
+
 /// Writes a file so that a reader finds the old content or the whole new one,
 /// never a part: the bytes go to a temporary file beside the target, which is
-/// flushed to disk and takes the target's place in commit(). Destroyed without a
+/// flushed to disk (or not yet) and takes the target's place in commit(). Destroyed without a
 /// commit, it leaves the target untouched and removes the temporary file. A link in the
 /// target's place stays; what it leads to is replaced (POSIX).
 class SaveFile {
@@ -33,7 +39,7 @@ public:
     /// Puts the file in place, on Windows also that of a read-only file, and waits there
     /// for up to 2 s for others to close it. False when any write, the last flush or the
     /// rename failed; the target is then what it was.
-    bool commit();
+    bool commit(OnDisk when = OnDisk::kNow);
 
 private:
     /// The platform's temporary file.

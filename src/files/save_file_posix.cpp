@@ -18,6 +18,7 @@ constexpr int kMaxNames = 16;
 /// Less what the process's umask takes away.
 constexpr mode_t kNewFileMode = 0666;
 constexpr mode_t kPermissions = 0777;
+constexpr qsizetype kFlushStep = 8 << 20;
 
 }  // namespace
 
@@ -26,6 +27,8 @@ struct SaveFile::File {
     QByteArray temporary = {};
     int descriptor = -1;
     bool writeFailed = false;
+    /// Bytes written since the last were sent on their way to the disk.
+    qsizetype unsent = 0;
 
     explicit File(const QString& path) : target(QFile::encodeName(savedPath(path))) {}
     ~File() {
@@ -62,8 +65,9 @@ struct SaveFile::File {
         return descriptor >= 0;
     }
 
-    bool close() {
-        const bool flushed = !writeFailed && files::posix::flush(descriptor);
+    bool close(OnDisk when) {
+        const bool flushed =
+            !writeFailed && (when == OnDisk::kLater || files::posix::flush(descriptor));
         const bool closed = ::close(descriptor) == 0;
         descriptor = -1;
         return flushed && closed;
@@ -98,14 +102,20 @@ bool SaveFile::write(const QByteArray& bytes) {
     file->writeFailed =
         file->writeFailed ||
         !files::posix::writeAll(file->descriptor, bytes.constData(), std::size_t(bytes.size()));
+    file->unsent += bytes.size();
+    if (file->unsent >= kFlushStep) {
+        files::posix::beginFlush(file->descriptor);
+        file->unsent = 0;
+    }
     return !file->writeFailed;
 }
 
-bool SaveFile::commit() {
+bool SaveFile::commit(OnDisk when) {
     if (file->descriptor < 0) {
         return false;
     }
-    if (!file->close() || std::rename(file->temporary.constData(), file->target.constData()) != 0) {
+    if (!file->close(when) ||
+        std::rename(file->temporary.constData(), file->target.constData()) != 0) {
         file->remove();
         return false;
     }

@@ -78,8 +78,9 @@ bool SaveFile::write(const QByteArray& bytes) {
     return !file->writeFailed;
 }
 
-bool SaveFile::commit() {
-    if (!file->isOpen() || file->writeFailed || FlushFileBuffers(file->handle) == 0) {
+bool SaveFile::commit(OnDisk when) {
+    if (!file->isOpen() || file->writeFailed ||
+        (when == OnDisk::kNow && FlushFileBuffers(file->handle) == 0)) {
         file->discard();
         return false;
     }

@@ -119,7 +119,8 @@ void Syncer::onFileReply(const HttpExchange&) {
         endFailed(named(storeFailure));
         return;
     }
-    if (!target->commit()) {
+    // The activation brings all of staging to the disk before anything vouches for it.
+    if (!target->commit(OnDisk::kLater)) {
         endFailed(named(couldNotFinalize()));
         return;
     }

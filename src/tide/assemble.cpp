@@ -50,7 +50,7 @@ public:
             }
         }
         // Strays go last: until the end their bytes may be the only place of a chunk.
-        return target.removeStrays(err) && flushAll(err);
+        return target.removeStrays(err);
     }
 
 private:
@@ -173,17 +173,6 @@ private:
         if (options.progress) {
             options.progress(chunksDone, chunksInAll, static_cast<std::int64_t>(bytesDone));
         }
-    }
-
-    /// Once at the end: the first flush then carries most of the others along.
-    bool flushAll(std::string* err) const {
-        for (const ManifestFile& file : files) {
-            const fs::path path = target.destination(file);
-            if (!files::flushToDisk(path)) {
-                return fail(err, "write failed for ", files::utf8Text(path));
-            }
-        }
-        return true;
     }
 
     const std::vector<ManifestFile>& files;

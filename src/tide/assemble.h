@@ -40,8 +40,8 @@ struct AssemblyJob {
 /// A file is written beside its place as
 /// "<path>.part" and renamed there when all of it passed every check. What an interrupted
 /// run left in the target is used, half-written files too: such a run resumes where it
-/// broke off. In the end the target holds the listed files and nothing else, flushed to
-/// disk. Where the file system can, a file that the second directory holds unchanged becomes
+/// broke off. In the end the target holds the listed files and nothing else; flushing
+/// them is left to whoever puts them in place. Where the file system can, a file that the second directory holds unchanged becomes
 /// a second name of it in the target instead of a copy: after every byte was hashed.
 ///
 /// Runs on the calling thread, and so do the callbacks, which may be empty; only the look at what

@@ -6,8 +6,18 @@
 
 namespace tide {
 
+namespace {
+
+/// So much is worth a call that opens the file once more.
+constexpr std::uint64_t kFlushStep = std::uint64_t{8} << 20;
+
+}  // namespace
+
 PartFile::PartFile(const std::filesystem::path& file, std::ios::openmode mode, std::uint64_t kept)
-    : path(file), stream(files::openable(file), mode | std::ios::binary), written(kept) {
+    : path(file),
+      stream(files::openable(file), mode | std::ios::binary),
+      written(kept),
+      sent(kept) {
     stream.seekp(static_cast<std::streamoff>(kept));
 }
 
@@ -22,6 +32,10 @@ PartFile PartFile::resume(const std::filesystem::path& path, std::uint64_t kept)
 bool PartFile::append(std::string_view bytes) {
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     written += bytes.size();
+    if (written - sent >= kFlushStep) {
+        files::beginFlush(path);
+        sent = written;
+    }
     return stream.good();
 }
 

@@ -7,7 +7,8 @@
 
 namespace tide {
 
-/// A file that is being written from front to back. Nothing is flushed to disk here.
+/// A file that is being written from front to back. Nothing here waits for the disk, but what
+/// was written is sent on its way while more of it comes.
 class PartFile {
 public:
     /// Opens a new, empty file; one that stands there is emptied. Check isOpen().
@@ -32,6 +33,8 @@ private:
     std::filesystem::path path;
     std::ofstream stream;
     std::uint64_t written;
+    /// What of it was sent on its way to the disk.
+    std::uint64_t sent;
 };
 
 }  // namespace tide

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <QDir>
+#include <QFile>
 #include <cerrno>
 #include <iostream>
 
@@ -82,6 +83,27 @@ protected:
     SyncWorld world{GetParam().engine};
 };
 
+/// How often the file of staging that was flushed most often was.
+qsizetype mostFlushes(const QString& trace) {
+    QStringList staged;
+    QStringList flushed;
+    QFile calls(trace + "/calls");
+    EXPECT_TRUE(calls.open(QIODevice::ReadOnly));
+    for (const QString& line : QString::fromUtf8(calls.readAll()).split(u'\n')) {
+        const QStringList words = line.split(u'\t');
+        if (words[0] == "name" && words[2].contains("/app.staging/")) {
+            staged.append(words[1]);
+        } else if (words[0] == "bytes") {
+            flushed.append(words[1]);
+        }
+    }
+    qsizetype most = 0;
+    for (const QString& file : staged) {
+        most = qMax(most, flushed.count(file));
+    }
+    return most;
+}
+
 class KilledSync : public HinderedSync {};
 class FailingSync : public HinderedSync {};
 class CutSync : public HinderedSync {};
@@ -130,6 +152,7 @@ TEST_P(CutSync, IsMadeGoodByTheNext) {
     ASSERT_TRUE(QDir().mkpath(trace));
     sandbox.environment.insert("FAULT_TRACE", trace);
     ASSERT_EQ(runFaulty(sandbox, kSync, {}).code, 0);
+    EXPECT_LE(mostFlushes(trace), 1);
     const std::set<DiskState> states = cut.states(trace);
     std::cout << states.size() << " states\n";
     EXPECT_GT(states.size(), 20U);
