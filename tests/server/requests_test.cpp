@@ -61,10 +61,9 @@ TEST(ApiUrl, SendsEveryNameAsOnePathSegment) {
         const std::string segment = row[1].toStdString();
         server.forget();
         getJson({server.url() + "/base//"}, apiPath("/api/builds/%1", row[0]), "x");
-        getJson({server.url()}, apiPath("/api/channels/%1/launch", row[0]), "x");
-        EXPECT_THAT(server.lines(),
-                    ::testing::ElementsAre("GET /base/api/builds/" + segment,
-                                           "GET /api/channels/" + segment + "/launch"));
+        getJson({server.url()}, apiPath("/x/%1/launch", row[0]), "x");
+        EXPECT_THAT(server.lines(), ::testing::ElementsAre("GET /base/api/builds/" + segment,
+                                                           "GET /x/" + segment + "/launch"));
     }
 }
 

@@ -1,9 +1,23 @@
 #include "support/fake_server.h"
 
+#include <gtest/gtest.h>
+
 #include <QJsonDocument>
 #include <set>
 
+#include "support/server_api_page.h"
+
 namespace quorvelle::testing {
+
+namespace {
+
+/// What the page has to describe; tests of the transfers ask for anything else.
+bool isApi(const std::string& target) {
+    return target.starts_with("/api/") || target.starts_with("/accounts") ||
+           target.starts_with("/user/");
+}
+
+}  // namespace
 
 std::string SeenRequest::header(const std::string& name) const {
     const auto found = headers.find(name);
@@ -33,6 +47,9 @@ FakeServer::FakeServer() {
 FakeServer::~FakeServer() {
     server.stop();
     thread.join();
+    for (const std::string& complaint : complaints) {
+        ADD_FAILURE() << complaint;
+    }
 }
 
 QString FakeServer::url() const {
@@ -90,10 +107,17 @@ void FakeServer::forget() {
 
 void FakeServer::answer(const httplib::Request& request, httplib::Response& response) {
     Answer found;
+    const std::string complaint =
+        isApi(request.target)
+            ? DescribedRequest::complaint(request.method, request.target, request.body)
+            : std::string();
     {
         const std::lock_guard guard(mutex);
         seen.push_back(
             {request.method, request.target, request.headers, request.body, request.remote_port});
+        if (!complaint.empty()) {
+            complaints.insert(complaint);
+        }
         const auto at = answers.find({request.method, request.target});
         found = at == answers.end() ? answers[{}] : at->second;
     }

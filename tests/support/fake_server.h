@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -32,7 +33,8 @@ struct SeenRequest {
 
 /// A server on a free loopback port that answers as told and remembers what it was
 /// asked. Answers are found by method and raw target; anything else gets a 404 whose
-/// "error" names the request. Answers may be given while it runs, from any thread.
+/// "error" names the request. Answers may be given while it runs, from any thread. A request
+/// that docs/server-api.md does not describe fails the test.
 class FakeServer {
 public:
     using Answer = std::function<void(const httplib::Request&, httplib::Response&)>;
@@ -64,6 +66,7 @@ private:
     mutable std::mutex mutex;
     std::map<std::pair<std::string, std::string>, Answer> answers;
     std::vector<SeenRequest> seen;
+    std::set<std::string> complaints;
 };
 
 }  // namespace quorvelle::testing
