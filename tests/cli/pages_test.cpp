@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <set>
 
+#include "cli/command_table.h"
 #include "support/server_api_page.h"
 
 namespace quorvelle::testing {
@@ -57,6 +58,16 @@ TEST(Pages, DescribeTheRequestsOfTheSourcesAndNoOthers) {
         EXPECT_TRUE(
             page.contains(QRegularExpression(QString::fromStdString("[`\".]" + key + "[`\"]"))))
             << key << " is read";
+    }
+}
+
+TEST(Pages, ShowWhatEveryCommandPrintsInJsonMode) {
+    const QString page = DescribedRequest::page("docs/json.md");
+    for (const Command& row : commandTable()) {
+        const std::string words(row.words == "--version" ? "version" : row.words);
+        EXPECT_TRUE(page.contains(QRegularExpression(
+            QString::fromStdString("\\$ .*quorvelle " + words + "( .*)? --json\n\\{"))))
+            << words;
     }
 }
 
