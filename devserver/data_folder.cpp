@@ -32,7 +32,7 @@ std::optional<QString> DataFolder::open() {
     QDir(root.filePath(QStringLiteral("tmp"))).removeRecursively();
     for (const QString& name :
          {QStringLiteral("tmp"), QStringLiteral("builds"), QStringLiteral("channels"),
-          QStringLiteral("chunks"), QStringLiteral("tide")}) {
+          QStringLiteral("chunks"), QStringLiteral("tide"), QStringLiteral("backups")}) {
         if (!root.mkpath(name)) {
             return QStringLiteral("cannot create '%1'").arg(root.filePath(name));
         }

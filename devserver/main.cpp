@@ -14,6 +14,7 @@
 #include "people_endpoints.h"
 #include "router.h"
 #include "service.h"
+#include "settings_endpoints.h"
 #include "sign_in.h"
 #include "tide/engine.h"
 #include "tide_endpoints.h"
@@ -113,6 +114,10 @@ int run(const Options& options) {
     addTideEndpoints(router, service);
     addPeopleEndpoints(router, service.people);
     addSignInEndpoints(router, service.people);
+    addLicenseEndpoints(router, service);
+    addBackupEndpoints(router, service);
+    addStorageEndpoints(router, service);
+    addSsoEndpoints(router, service);
 
     if (const auto error = router.logTo(options.logFile)) {
         return fail(*error);

@@ -1,47 +1,18 @@
 #include "people.h"
 
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QRandomGenerator>
 
-#include "data_folder.h"
-
 namespace quorvelle::devserver {
 
-std::optional<QString> People::load() {
-    if (!QFileInfo::exists(file)) {
-        return std::nullopt;
-    }
-    const auto stored = readJson(file);
-    if (!stored) {
-        return QStringLiteral("cannot read the people in '%1'").arg(file);
-    }
-    tables = *stored;
-    return std::nullopt;
-}
-
 std::optional<Caller> People::callerOf(const QString& token) const {
-    const std::lock_guard lock(mutex);
+    const PeopleTables tables = read();
     const QString name = entryOf(tables, u"tokens", token)[u"user"].toString();
     const QJsonObject user = entryOf(tables, u"users", name);
     if (user.isEmpty() || user[u"disabled"].toBool()) {
         return std::nullopt;
     }
     return Caller{name, user[u"role"] == QStringLiteral("admin")};
-}
-
-Reply People::with(const std::function<Reply(PeopleTables&)>& work) {
-    const std::lock_guard lock(mutex);
-    PeopleTables changed = tables;
-    Reply reply = work(changed);
-    if (std::holds_alternative<Refusal>(reply) || changed == tables) {
-        return reply;
-    }
-    if (!writeJson(file, changed, Readers::kOwner)) {
-        return Refusal{500, QStringLiteral("cannot record the change")};
-    }
-    tables = changed;
-    return reply;
 }
 
 QJsonObject entryOf(const PeopleTables& tables, QStringView table, QStringView key) {
@@ -57,6 +28,16 @@ void setEntry(PeopleTables& tables, QStringView table, const QString& key,
         entries[key] = entry;
     }
     tables[table] = entries;
+}
+
+bool isRole(const QString& role) {
+    return QStringList{QStringLiteral("admin"), QStringLiteral("member"),
+                       QStringLiteral("publisher")}
+        .contains(role);
+}
+
+Refusal noRole(const QString& role) {
+    return {400, QStringLiteral("no role '%1'").arg(role)};
 }
 
 QJsonObject newUser(const QString& role, bool isService) {
@@ -91,6 +72,14 @@ QStringList channelsOf(const PeopleTables& tables, const QString& user) {
     channels.sort();
     channels.removeDuplicates();
     return channels;
+}
+
+int privilegedSeats(const PeopleTables& tables) {
+    int seats = 1;
+    for (const QJsonValue& user : tables[u"users"].toObject()) {
+        seats += user[u"role"] != QStringLiteral("member") && !user[u"disabled"].toBool() ? 1 : 0;
+    }
+    return seats;
 }
 
 Reply openSession(PeopleTables& tables, const QString& user, const QStringList& groups,

@@ -4,10 +4,9 @@
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
-#include <functional>
-#include <mutex>
 #include <optional>
 
+#include "document.h"
 #include "reply.h"
 #include "router.h"
 
@@ -23,24 +22,13 @@ namespace quorvelle::devserver {
 ///   "requests"  id: "name", "email", "message", "created_at"
 using PeopleTables = QJsonObject;
 
-/// The tables in a file that its owner alone may read. Any thread may call any function.
-class People {
+/// The tables, in a file.
+class People : public Document {
 public:
-    explicit People(const QString& path) : file(path) {}
-
-    /// Takes up the file of an earlier run. One that cannot be read comes back as a sentence.
-    std::optional<QString> load();
+    using Document::Document;
 
     /// Who a token belongs to.
     std::optional<Caller> callerOf(const QString& token) const;
-
-    /// Lets `work` read or change the tables. What it changed is kept unless it refuses.
-    Reply with(const std::function<Reply(PeopleTables&)>& work);
-
-private:
-    const QString file;
-    mutable std::mutex mutex;
-    PeopleTables tables;
 };
 
 /// One entry of a table; empty when there is none, for every entry has keys.
@@ -49,6 +37,10 @@ QJsonObject entryOf(const PeopleTables& tables, QStringView table, QStringView k
 /// Sets an entry; an empty one is removed.
 void setEntry(PeopleTables& tables, QStringView table, const QString& key,
               const QJsonObject& entry);
+
+/// Whether the text is a role that a user can have, and the refusal of one that is none.
+bool isRole(const QString& role);
+Refusal noRole(const QString& role);
 
 /// A new user without groups.
 QJsonObject newUser(const QString& role, bool isService);
@@ -61,6 +53,10 @@ QString addToken(PeopleTables& tables, const QString& user, const QString& name)
 
 /// The channels that a user follows by himself or through his groups, sorted, each once.
 QStringList channelsOf(const PeopleTables& tables, const QString& user);
+
+/// How many administrators and publishers may do something, the one that every data folder
+/// knows included.
+int privilegedSeats(const PeopleTables& tables);
 
 /// Lets a user in on a machine, making him a member when he is new, and adds him to the
 /// groups. Answers with "token", "user", "role", "groups" and "channels".

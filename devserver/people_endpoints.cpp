@@ -91,16 +91,10 @@ Reply showCaller(const PeopleTables& t, const Call& call) {
         {QStringLiteral("channels"), QJsonArray::fromStringList(channelsOf(t, name))}};
 }
 
-bool isRole(const QString& role) {
-    return QStringList{QStringLiteral("admin"), QStringLiteral("member"),
-                       QStringLiteral("publisher")}
-        .contains(role);
-}
-
 Reply createUser(PeopleTables& t, const Call& call) {
     const QString role = call.item(u"role", QStringLiteral("member"));
     if (!isRole(role)) {
-        return Refusal{400, QStringLiteral("no role '%1'").arg(role)};
+        return noRole(role);
     }
     // The administrator that every data folder knows stands in no table.
     if (call.name == kAdministrator) {
@@ -141,7 +135,7 @@ Reply disableUser(PeopleTables& t, const Call& call) {
 Reply setRole(PeopleTables& t, const Call& call) {
     const QString role = call.item(u"value");
     if (!isRole(role)) {
-        return Refusal{400, QStringLiteral("no role '%1'").arg(role)};
+        return noRole(role);
     }
     const QStringList channels = namesOf(call, QStringLiteral("channels"));
     return change(t, u"users", call.name, [&](QJsonObject& user) {

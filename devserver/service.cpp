@@ -7,13 +7,14 @@ Service::Service(const QString& dataDir)
       builds(folder.dir().filePath(QStringLiteral("builds"))),
       channels(folder.dir().filePath(QStringLiteral("channels"))),
       people(folder.dir().filePath(QStringLiteral("people.json"))),
+      settings(folder.dir().filePath(QStringLiteral("settings.json"))),
       tide(folder, builds, signer) {}
 
 std::optional<QString> Service::open(const QStringList& tideChannels) {
     if (auto error = folder.open()) {
         return error;
     }
-    for (auto& error : {builds.load(), channels.load(), people.load(),
+    for (auto& error : {builds.load(), channels.load(), people.load(), settings.load(),
                         signer.load(folder.dir().filePath(QStringLiteral("secrets.json")))}) {
         if (error) {
             return error;

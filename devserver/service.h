@@ -8,6 +8,7 @@
 #include "build_store.h"
 #include "channel_store.h"
 #include "data_folder.h"
+#include "document.h"
 #include "people.h"
 #include "signing.h"
 #include "tide_publisher.h"
@@ -27,6 +28,8 @@ struct Service {
     BuildStore builds;
     ChannelStore channels;
     People people;
+    /// "license", "backups", "storage", "sso" and "sso_mapping", each once it was set.
+    Document settings;
     Signer signer;
     TidePublisher tide;
     /// Held while a channel is promoted, so that the build it names and the manifest
