@@ -71,6 +71,25 @@ TEST(Pages, ShowWhatEveryCommandPrintsInJsonMode) {
     }
 }
 
+TEST(Pages, QuoteMessagesThatTheSourcesHave) {
+    // Texts that are longer than a line stand there in pieces.
+    static const QRegularExpression seam("\"\\s*\"");
+    QString sources;
+    for (const std::string& literals : inSources(".", R"re(((?:"(?:[^"\\\n]|\\.)*"\s*)+))re")) {
+        sources += QString::fromStdString(literals).remove(seam);
+    }
+    static const QRegularExpression cell("^\\| (`.*?) \\| ", QRegularExpression::MultilineOption);
+    static const QRegularExpression quoted("`([^`]*)`");
+    int messages = 0;
+    for (const auto& row : cell.globalMatch(DescribedRequest::page("docs/operations.md"))) {
+        for (const auto& match : quoted.globalMatch(row.captured(1))) {
+            EXPECT_TRUE(sources.contains(match.captured(1))) << match.captured(1).toStdString();
+            ++messages;
+        }
+    }
+    EXPECT_GT(messages, 40);
+}
+
 TEST(Pages, LeadToPagesAndHeadingsThatAreThere) {
     static const QRegularExpression link(R"(\]\(([^)#\s]*)(?:#([^)\s]*))?\))");
     int links = 0;
