@@ -5,6 +5,7 @@
 #include "admin/bucket_options.h"
 #include "admin/reply_text.h"
 #include "admin/shown_once.h"
+#include "config/json_number.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
@@ -25,7 +26,7 @@ QString dailyText(const QJsonObject& schedule) {
 
 /// `pattern` with the number of snapshots that stay when a new one is made.
 QString keepText(const QJsonObject& schedule, const QString& pattern) {
-    const qint64 keep = schedule.value(u"keep").toInteger();
+    const qint64 keep = wholeNumberIn(schedule.value(u"keep"));
     return keep < 1 ? QStringLiteral(", no pruning") : pattern.arg(keep);
 }
 

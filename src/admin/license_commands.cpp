@@ -4,6 +4,7 @@
 
 #include "admin/licensing_service.h"
 #include "admin/reply_text.h"
+#include "config/json_number.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
@@ -21,8 +22,8 @@ QString part(const QJsonObject& license, QStringView key, const QString& pattern
 }
 
 QString seatsLine(const QJsonObject& license) {
-    const qint64 used = license.value(u"seats_used").toInteger();
-    const qint64 cap = license.value(u"seats_cap").toInteger();
+    const qint64 used = wholeNumberIn(license.value(u"seats_used"));
+    const qint64 cap = wholeNumberIn(license.value(u"seats_cap"));
     if (cap <= 0) {
         return QStringLiteral(
                    "Privileged seats in use: %1 (admins + publishers; no seat limit on this "

@@ -3,6 +3,8 @@
 #include <QJsonArray>
 #include <QStringList>
 
+#include "config/json_number.h"
+
 namespace quorvelle {
 
 QString joinedNames(const QJsonValue& names) {
@@ -19,7 +21,7 @@ QString namesOrNone(const QJsonValue& names) {
 }
 
 QString wholeNumber(const QJsonValue& value) {
-    return QString::number(value.toInteger());
+    return QString::number(wholeNumberIn(value));
 }
 
 QString idText(const QJsonValue& value) {

@@ -3,6 +3,7 @@
 #include <QDir>
 
 #include "config/install_folders.h"
+#include "config/json_number.h"
 #include "config/server_url.h"
 #include "config/subscription.h"
 #include "files/home_folder.h"
@@ -40,18 +41,8 @@ qsizetype indexOfServer(const QJsonArray& entries, const QString& url) {
     return exact;
 }
 
-/// A number, also one that is sent as text.
-double numberIn(const QJsonValue& value, double otherwise) {
-    if (!value.isString()) {
-        return value.toDouble(otherwise);
-    }
-    bool isNumber = false;
-    const double number = value.toString().toDouble(&isNumber);
-    return isNumber ? number : otherwise;
-}
-
 bool isCurrent(const QJsonObject& object) {
-    return numberIn(object.value(u"schema_version"), 1) >= kSchemaVersion;
+    return numberIn(object.value(u"schema_version")).value_or(1) >= kSchemaVersion;
 }
 
 /// Applies a change to every subscription of the server.

@@ -4,6 +4,8 @@
 #include <QFileInfo>
 #include <algorithm>
 
+#include "config/json_number.h"
+
 namespace quorvelle {
 
 namespace {
@@ -20,7 +22,7 @@ constexpr SelfHealWord kSelfHealWords[] = {{SelfHeal::kNone, "none"},
                                            {SelfHeal::kDefault, "default"}};
 
 /// The word of a stored number; that of the default for one without a meaning.
-const SelfHealWord& selfHealWord(int stored) {
+const SelfHealWord& selfHealWord(qint64 stored) {
     const auto* known = std::find_if(
         std::begin(kSelfHealWords), std::prev(std::end(kSelfHealWords)),
         [stored](const SelfHealWord& entry) { return static_cast<int>(entry.mode) == stored; });
@@ -51,8 +53,9 @@ std::optional<int> parseInterval(const QString& text) {
 }
 
 SelfHeal selfHealOf(const QJsonObject& subscription) {
-    const QJsonValue stored = subscription.value(u"self_heal");
-    return selfHealWord(stored.toInt(static_cast<int>(SelfHeal::kDefault))).mode;
+    return selfHealWord(wholeNumberIn(subscription.value(u"self_heal"),
+                                      static_cast<qint64>(SelfHeal::kDefault)))
+        .mode;
 }
 
 std::optional<int> parseSelfHeal(const QString& text) {
@@ -65,7 +68,7 @@ std::optional<int> parseSelfHeal(const QString& text) {
     return std::nullopt;
 }
 
-QString intervalText(int seconds) {
+QString intervalText(qint64 seconds) {
     if (seconds < 0) {
         return QStringLiteral("the global default");
     }
@@ -83,11 +86,12 @@ QString subscriptionLine(const QJsonObject& subscription) {
     const auto text = [&](const char* key) {
         return subscription.value(QLatin1String(key)).toString();
     };
-    const QString line = QStringLiteral("%1: %2 @ %3 -> %4  (%5, self-heal %6)")
-                             .arg(text("name"), text("channel"), text("server"),
-                                  QDir::toNativeSeparators(text("dir")),
-                                  intervalText(subscription.value(u"interval_seconds").toInt(-1)),
-                                  selfHealText(static_cast<int>(selfHealOf(subscription))));
+    const QString line =
+        QStringLiteral("%1: %2 @ %3 -> %4  (%5, self-heal %6)")
+            .arg(text("name"), text("channel"), text("server"),
+                 QDir::toNativeSeparators(text("dir")),
+                 intervalText(wholeNumberIn(subscription.value(u"interval_seconds"), -1)),
+                 selfHealText(static_cast<int>(selfHealOf(subscription))));
     const bool managed = subscription.value(u"managed").toBool();
     return line + (managed ? QStringLiteral("  [managed]\n") : QStringLiteral("\n"));
 }

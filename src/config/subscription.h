@@ -29,7 +29,7 @@ SelfHeal selfHealOf(const QJsonObject& subscription);
 std::optional<int> parseSelfHeal(const QString& text);
 
 /// The words for a stored interval, such as "every 60s".
-QString intervalText(int seconds);
+QString intervalText(qint64 seconds);
 
 /// The words for a stored self-heal mode; a number without a meaning is "default".
 QString selfHealText(int mode);

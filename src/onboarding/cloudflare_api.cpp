@@ -3,6 +3,7 @@
 #include <QJsonDocument>
 #include <utility>
 
+#include "config/json_number.h"
 #include "config/server_url.h"
 #include "server/url.h"
 
@@ -36,7 +37,7 @@ std::optional<QString> nextPage(const QJsonObject& reply, int page) {
     if (!cursor.isEmpty()) {
         return apiPath(QStringLiteral("?cursor=%1"), cursor);
     }
-    if (page < info.value(u"total_pages").toInt()) {
+    if (page < wholeNumberIn(info.value(u"total_pages"))) {
         return QStringLiteral("?page=%1").arg(page + 1);
     }
     return std::nullopt;
@@ -69,7 +70,7 @@ CloudflareReply CloudflareApi::send(const Call& call) {
         .outcome = outcomeOf(result), .object = result.object, .status = result.status};
     if (!reply.done()) {
         const QJsonObject first = result.object.value(u"errors").toArray().at(0).toObject();
-        reply.code = first.value(u"code").toInt();
+        reply.code = static_cast<int>(wholeNumberIn(first.value(u"code")));
         QString text = first.value(u"message").toString();
         if (text.isEmpty()) {
             text = result.answered() ? QStringLiteral("Cloudflare refused the request")

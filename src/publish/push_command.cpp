@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "config/json_number.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
@@ -74,9 +75,9 @@ int publish(const QString& directory, const QStringList& files, const Server& se
     }
     const QJsonValue count = finalized.object.value(u"file_count");
     const QJsonValue size = finalized.object.value(u"total_size");
-    printProgress(
-        QStringLiteral("Finalized build %1 (%2 files, %3 bytes)\n")
-            .arg(build, QString::number(count.toInt()), QString::number(size.toInteger())));
+    printProgress(QStringLiteral("Finalized build %1 (%2 files, %3 bytes)\n")
+                      .arg(build, QString::number(wholeNumberIn(count)),
+                           QString::number(wholeNumberIn(size))));
     if (!promoteBuild(server, channel, build).ok) {
         return kExitFailed;
     }

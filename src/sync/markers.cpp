@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include "config/json_number.h"
 #include "files/file_tree.h"
 #include "files/save_file.h"
 #include "sync/state_folder.h"
@@ -48,7 +49,7 @@ InstalledMarker readInstalledMarker(const QString& dir) {
 StagedMarker readStagedMarker(const QString& dir) {
     const QJsonObject object = readObject(statePath(dir, kStagedMarkerSuffix));
     return {object.value(u"build").toString(), object.value(u"channel").toString(),
-            object.value(u"total_size").toInteger()};
+            wholeNumberIn(object.value(u"total_size"))};
 }
 
 bool writeInstalledMarker(const QString& dir, const InstalledMarker& installed) {

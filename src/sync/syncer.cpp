@@ -6,6 +6,7 @@
 
 #include "config/config_document.h"
 #include "config/config_file.h"
+#include "config/json_number.h"
 #include "files/file_tree.h"
 #include "server/server_option.h"
 #include "sync/leftovers.h"
@@ -17,7 +18,8 @@ namespace quorvelle {
 
 namespace {
 
-constexpr int kNewestChannelSchema = 1;
+/// The first version of channels that this release does not know.
+constexpr int kNewerChannelSchema = 2;
 
 constexpr QLatin1String kAlreadyRunning("a sync is already running");
 
@@ -102,7 +104,7 @@ bool Syncer::takeLock() {
 
 void Syncer::onChannelReply(const HttpExchange& exchange) {
     const QJsonObject reply = exchange.object();
-    if (reply.value(u"schema_version").toInt(1) > kNewestChannelSchema) {
+    if (numberIn(reply.value(u"schema_version")).value_or(1) >= kNewerChannelSchema) {
         endFailed(
             named(QStringLiteral("this channel was written by a newer Quorvelle - please update")));
         return;

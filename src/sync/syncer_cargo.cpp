@@ -2,6 +2,7 @@
 #include <QSet>
 #include <utility>
 
+#include "config/json_number.h"
 #include "files/file_tree.h"
 #include "files/safe_path.h"
 #include "sync/leftovers.h"
@@ -14,11 +15,12 @@ namespace quorvelle {
 
 namespace {
 
-constexpr int kNewestBuildSchema = 1;
+/// The first version of builds that this release does not know.
+constexpr int kNewerBuildSchema = 2;
 
 /// The file's size where the manifest tells it.
 std::optional<qint64> sizeOf(const QJsonValue& entry) {
-    const qint64 size = entry.toObject().value(u"size").toInteger(-1);
+    const qint64 size = wholeNumberIn(entry.toObject().value(u"size"), -1);
     return size >= 0 ? std::optional(size) : std::nullopt;
 }
 
@@ -36,7 +38,7 @@ void Syncer::fetchManifest() {
 
 void Syncer::onManifestReply(const HttpExchange& exchange) {
     const QJsonObject reply = exchange.object();
-    if (reply.value(u"schema_version").toInt(1) > kNewestBuildSchema) {
+    if (numberIn(reply.value(u"schema_version")).value_or(1) >= kNewerBuildSchema) {
         endFailed(
             named(QStringLiteral("this build was made by a newer Quorvelle - please update")));
         return;

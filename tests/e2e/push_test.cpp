@@ -18,7 +18,7 @@ using ::testing::ElementsAre;
 
 /// One more than a double can count to.
 constexpr qint64 kSize = 9007199254740993;
-const QJsonObject kSizes{{"file_count", 3}, {"total_size", kSize}, {"more", 1}};
+const QJsonObject kSizes{{"file_count", "3"}, {"total_size", kSize}, {"more", 1}};
 
 struct Push : ServerTest {
     /// Lets the server take these files of build "b1" and promote it into "beta".
@@ -92,7 +92,7 @@ TEST_F(Push, ShowsNamesAndTheServerAsTyped) {
     EXPECT_EQ(got.json(), (QJsonObject{{"build", "%3 b"},
                                        {"channel", "%1"},
                                        {"server", server.url()},
-                                       {"file_count", 3},
+                                       {"file_count", "3"},
                                        {"total_size", kSize}}));
     EXPECT_TRUE(got.out.contains("9007199254740993"));
     server.onBytes("POST", finalize, "");

@@ -12,9 +12,9 @@ using ::testing::ElementsAre;
 
 TEST(ServiceCommands, ShowVersionLicenseAndPortal) {
     checkOneRequestCommands(R"(
-server-version surplus | GET /api/version | | {'name':'quorvelled','version':'1.2.3','schema_version':9} | server-version | quorvelled 1.2.3 (schema v9) at SERVER\n
+server-version surplus | GET /api/version | | {'name':'quorvelled','version':'1.2.3','schema_version':'9'} | server-version | quorvelled 1.2.3 (schema v9) at SERVER\n
 license | GET /api/license | | {'status':'valid','tier':'team','licensee':'%1 Ltd','expires':'2027-01-31','days_left':71,'seats_used':2,'seats_cap':3} | license | License on SERVER: valid (team), licensee '%1 Ltd', through 2027-01-31, 71 days left\nSeats: 2 of 3 privileged seats used (admins + publishers)\n
-license | GET /api/license | | {'status':'expired','days_left':0,'seats_used':3,'seats_cap':3} | license | License on SERVER: expired, 0 days left\nSeats: 3 of 3 privileged seats used (admins + publishers) - all seats taken: add seats or disable a user\n
+license | GET /api/license | | {'status':'expired','days_left':'0','seats_used':'3','seats_cap':'3'} | license | License on SERVER: expired, 0 days left\nSeats: 3 of 3 privileged seats used (admins + publishers) - all seats taken: add seats or disable a user\n
 license | GET /api/license | | {'status':'valid','seats_used':12,'seats_cap':0} | license | License on SERVER: valid\nPrivileged seats in use: 12 (admins + publishers; no seat limit on this license)\n
 cloud portal surplus | GET /api/cloud/portal | | {'url':'https://b/?a=1&b=%31'} | cloud portal | Billing portal (open in a browser, link is short-lived):\nhttps://b/?a=1&b=%31\n
 )");
@@ -25,7 +25,7 @@ TEST(ServiceCommands, LookAfterBackups) {
 backup | POST /api/backup | | {'snapshot':'s-7'} | backup | Backup started: s-7 (runs on the server; 'quorvelle backups' shows the result)\n
 backups surplus | GET /api/backups | | {'note':'n'} | backups | Backups are not configured on SERVER (on the server: quorvelled backup init ...)\n
 backups | GET /api/backups | | {'configured':true,'bucket':'b','last':null} | backups | Backup bucket: b\nSchedule: off, no pruning\n0 snapshot(s)\n
-backups | GET /api/backups | | {'configured':true,'bucket':'b','running':true,'schedule':{'daily_at':'03:00','keep':7},'last':{'snapshot':'s2','finished_at':'2026-01-02'},'snapshots':[{'name':'s1','files':2,'bytes':9007199254740993},{'name':'s2','files':1}],'note':'%1'} | backups | Backup bucket: b (backup running)\nSchedule: daily at 03:00 (server time), keep 7\nLast: s2  2026-01-02\n  s1  2 file(s), 9007199254740993 bytes\n  s2  1 file(s), 0 bytes\n2 snapshot(s)\nnote: %1\n
+backups | GET /api/backups | | {'configured':true,'bucket':'b','running':true,'schedule':{'daily_at':'03:00','keep':'7'},'last':{'snapshot':'s2','finished_at':'2026-01-02'},'snapshots':[{'name':'s1','files':2,'bytes':9007199254740993},{'name':'s2','files':1}],'note':'%1'} | backups | Backup bucket: b (backup running)\nSchedule: daily at 03:00 (server time), keep 7\nLast: s2  2026-01-02\n  s1  2 file(s), 9007199254740993 bytes\n  s2  1 file(s), 0 bytes\n2 snapshot(s)\nnote: %1\n
 backups | GET /api/backups | | {'configured':true,'bucket':'b','schedule':{'daily_at':'','keep':1},'last':{'error':'disk full','snapshot':'s'},'snapshots':[]} | backups | Backup bucket: b\nSchedule: off, keep 1\nLast: FAILED: disk full\n0 snapshot(s)\n
 backup init --shared | POST /api/backup/init | {'mode':'shared'} | {'bucket':'b','prefix':'p/','encryption_key':'k%1'} | backup init | Backups configured: bucket 'b' under p/\n\nEncryption key - shown ONCE. Without it every snapshot is unreadable; keep it in\nyour password manager now:\n\nk%1\n
 backup init --endpoint e --bucket b --access-key a --secret-key s | POST /api/backup/init | {'mode':'separate','endpoint':'e','bucket':'b','access_key':'a','secret_key':'s','region':'auto'} | {'bucket':'b','prefix':'','encryption_key':'k'} | backup init | Backups configured: bucket 'b'\n\nEncryption key - shown ONCE. Without it every snapshot is unreadable; keep it in\nyour password manager now:\n\nk\n
@@ -166,7 +166,7 @@ struct TrialLicense : ServerTest {
 
 TEST_F(TrialLicense, IsFetchedFromTheServiceAndInstalledOnTheServer) {
     const QJsonObject trial =
-        json("{'tier':'T','licensee':'%1','days_left':9,'expires':'later','blob':[5000000001]}");
+        json("{'tier':'T','licensee':'%1','days_left':'9','expires':'later','blob':[5000000001]}");
     service.onJson("POST", "/api/trial", trial);
     server.onJson("POST", "/api/license", {{"ok", 1}});
     const QString installedOn = "Trial installed on " + server.url() + ": ";
