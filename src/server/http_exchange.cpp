@@ -318,14 +318,22 @@ QJsonObject HttpExchange::object() const {
     return QJsonDocument::fromJson(body).object();
 }
 
+bool HttpExchange::isOtherThanObject() const {
+    return !body.isEmpty() && !QJsonDocument::fromJson(body).isObject();
+}
+
 QString HttpExchange::failureReason() const {
     const QJsonValue own = object().value(u"error");
     return own.isString() ? own.toString() : failure;
 }
 
 QString HttpExchange::failureText(const QString& context) const {
+    return failureText(context, failureReason());
+}
+
+QString HttpExchange::failureText(const QString& context, const QString& reason) const {
     const QString code = status > 0 ? QStringLiteral(" (HTTP %1)").arg(status) : QString();
-    return context + QStringLiteral(" failed") + code + QStringLiteral(": ") + failureReason();
+    return context + QStringLiteral(" failed") + code + QStringLiteral(": ") + reason;
 }
 
 void runOwned(std::unique_ptr<HttpExchange> exchange, QObject& owner,

@@ -91,6 +91,9 @@ public:
     /// The same as a JSON object; empty when it is none.
     QJsonObject object() const;
 
+    /// Whether there is a body and it is no JSON object.
+    bool isOtherThanObject() const;
+
     /// The HTTP status of the reply, 0 when none arrived.
     int statusCode() const { return status; }
 
@@ -100,6 +103,9 @@ public:
     /// The text of a failed exchange for the user: "<context> failed", the HTTP status
     /// when there is one, and the reason.
     QString failureText(const QString& context) const;
+
+    /// The same of a reply that arrived and is of no use, for the reason given.
+    QString failureText(const QString& context, const QString& reason) const;
 
 Q_SIGNALS:
     void finished();

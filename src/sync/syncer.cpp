@@ -103,6 +103,11 @@ bool Syncer::takeLock() {
 }
 
 void Syncer::onChannelReply(const HttpExchange& exchange) {
+    if (exchange.isOtherThanObject()) {
+        endFailed(exchange.failureText(named(QStringLiteral("sync")),
+                                       QStringLiteral("the reply is not JSON")));
+        return;
+    }
     const QJsonObject reply = exchange.object();
     if (numberIn(reply.value(u"schema_version")).value_or(1) >= kNewerChannelSchema) {
         endFailed(

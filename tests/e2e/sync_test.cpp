@@ -94,16 +94,19 @@ TEST_P(Sync, EndsBeforeTheDownload) {
         bool asksForBuild;
     };
     const QString newer = "was %1 by a newer Quorvelle - please update";
+    const QString notJson = "'app': sync failed (HTTP 200): the reply is not JSON";
     for (const Row& row :
          {Row{"no build", R"({"engine":"cargo"})", "{}", "current", "'app' has no build yet",
               false},
           Row{"empty build", R"({"build":""})", "{}", "current", "'app' has no build yet", false},
-          Row{"no JSON", "fine", "{}", "current", "'app' has no build yet", false},
-          Row{"newer channel", R"({"build":"b","schema_version":2})", "{}", "failed",
+          Row{"no body", "", "{}", "current", "'app' has no build yet", false},
+          Row{"no JSON", "fine", "{}", "failed", notJson, false},
+          Row{"no object", R"([{"build":"b"}])", "{}", "failed", notJson, false},
+          Row{"newer channel", R"({"build":"b","schema_version":"2"})", "{}", "failed",
               "'app': this channel " + newer.arg("written"), false},
-          Row{"newer, no build", R"({"schema_version":3})", "{}", "failed",
+          Row{"newer, no build", R"({"schema_version":"3000000000"})", "{}", "failed",
               "'app': this channel " + newer.arg("written"), false},
-          Row{"newer build", R"({"build":"b"})", R"({"schema_version":2,"files":[{"path":"a"}]})",
+          Row{"newer build", R"({"build":"b"})", R"({"schema_version":2.5,"files":[{"path":"a"}]})",
               "failed", "'app': this build " + newer.arg("made"), true},
           Row{"no files", R"({"build":"b"})", R"({"files":[]})", "failed",
               "'app': build b has an empty manifest", true},
@@ -188,8 +191,9 @@ TEST_P(Sync, InstallsNothingWhenAChunkedBodyHasNoEnd) {
         "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nabcd\r\n";
     for (const char* cutAt : {"", "4", "0"}) {
         SCOPED_TRACE(cutAt);
+        const std::string size = *cutAt == '4' ? R"("8")" : "8";
         std::vector<std::string> replies{json + R"({"build":"b1"})",
-                                         json + R"({"files":[{"path":"a","size":8}]})"};
+                                         json + R"({"files":[{"path":"a","size":)" + size + "}]}"};
         // The network layer may ask again when the connection ends early.
         replies.insert(replies.end(), 8, chunked + cutAt);
         const RawServer raw(replies);
