@@ -31,10 +31,10 @@ int joinCommand(QStringList args) {
     const QString root = takeOption(args, QStringLiteral("--install-root"));
     const QString machine =
         takeOption(args, QStringLiteral("--machine"), QSysInfo::machineHostName());
-    if (args.size() != 2) {
+    const QString server = withoutTrailingSlashes(args.value(0));
+    if (!areNames(args, 2) || server.isEmpty()) {
         return printUsage();
     }
-    const QString server = withoutTrailingSlashes(args.at(0));
     if (!canStoreSession(server, root)) {
         return kExitFailed;
     }

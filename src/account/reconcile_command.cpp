@@ -5,12 +5,17 @@
 
 #include "account/reconciler.h"
 #include "config/config_file.h"
+#include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
+#include "console/usage.h"
 
 namespace quorvelle {
 
-int reconcileCommand(QStringList /*args*/) {
+int reconcileCommand(QStringList args) {
+    if (hasStrayOption(args)) {
+        return printUsage();
+    }
     Reconciled all;
     for (const QJsonValue& entry : config::load().value(u"servers").toArray()) {
         const Reconciled one = reconcileServer(entry.toObject());

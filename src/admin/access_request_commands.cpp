@@ -56,11 +56,11 @@ int requestAccessCommand(QStringList args) {
     const QString name = takeOption(args, QStringLiteral("--name"));
     const QString email = takeOption(args, QStringLiteral("--email"));
     const QString message = takeOption(args, QStringLiteral("--message"));
-    if (args.size() != 1 || name.isEmpty() || email.isEmpty()) {
+    // Whoever asks for access has no token yet.
+    const Server server{.url = withoutTrailingSlashes(args.value(0))};
+    if (args.size() != 1 || server.url.isEmpty() || name.isEmpty() || email.isEmpty()) {
         return printUsage();
     }
-    // Whoever asks for access has no token yet.
-    const Server server{.url = withoutTrailingSlashes(args.first())};
     const Answer answer = askJson(server, QStringLiteral("/api/access-requests"),
                                   {{QStringLiteral("name"), name},
                                    {QStringLiteral("email"), email},

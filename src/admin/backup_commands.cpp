@@ -105,7 +105,7 @@ int backupCommand(QStringList args) {
 }
 
 int backupsCommand(QStringList args) {
-    return onServer(std::move(args), [](const Server& server, QStringList&) {
+    return listOnServer(std::move(args), [](const Server& server, QStringList&) {
         const Reply reply =
             getJson(server, QStringLiteral("/api/backups"), QStringLiteral("backups"));
         return finish(reply, backupsText(server.url, reply.object));
@@ -135,7 +135,7 @@ int backupScheduleCommand(QStringList args) {
     return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const std::optional<QString> keep = takeGiven(rest, QStringLiteral("--keep"));
         // An empty time would turn the schedule off without a word of it.
-        if (rest.size() != 1 || rest.first().isEmpty()) {
+        if (!areNames(rest, 1)) {
             return printUsage();
         }
         const bool off = rest.first().compare(u"off", Qt::CaseInsensitive) == 0;

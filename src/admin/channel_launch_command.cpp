@@ -83,7 +83,7 @@ int channelLaunchAddCommand(QStringList args) {
         const QString exe = takeOption(rest, QStringLiteral("--exe"));
         const QString arguments = takeOption(rest, QStringLiteral("--args"));
         const bool primary = takeFlag(rest, QStringLiteral("--primary"));
-        if (rest.size() != 1 || label.isEmpty() || exe.isEmpty()) {
+        if (!areNames(rest, 1) || label.isEmpty() || exe.isEmpty()) {
             return printUsage();
         }
         const Place place{server, rest.first(), QStringLiteral("channel launch add")};
@@ -117,7 +117,7 @@ int channelLaunchRemoveCommand(QStringList args) {
 int channelLaunchPrimaryCommand(QStringList args) {
     return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const bool clear = takeFlag(rest, QStringLiteral("--clear"));
-        if (rest.size() != (clear ? 1 : 2)) {
+        if (!areNames(rest, clear ? 1 : 2)) {
             return printUsage();
         }
         const QString& channel = rest.first();

@@ -23,7 +23,7 @@ int runInviteCommand(QStringList args, const MakeInvite& make) {
     return onServer(std::move(args), [&make](const Server& server, QStringList& rest) {
         const auto groups = takeGiven(rest, QStringLiteral("--groups"));
         const auto days = takeGiven(rest, QStringLiteral("--days"));
-        if (rest.size() != 1) {
+        if (!areNames(rest, 1)) {
             return printUsage();
         }
         if (days && !isPositiveNumber(*days)) {

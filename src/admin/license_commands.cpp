@@ -93,7 +93,7 @@ int requestTrialCommand(QStringList args) {
 }
 
 int cloudPortalCommand(QStringList args) {
-    return onServer(std::move(args), [](const Server& server, QStringList&) {
+    return listOnServer(std::move(args), [](const Server& server, QStringList&) {
         const Reply reply =
             getJson(server, QStringLiteral("/api/cloud/portal"), QStringLiteral("cloud portal"));
         return finish(reply,

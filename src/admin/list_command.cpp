@@ -7,7 +7,7 @@
 namespace quorvelle {
 
 int runListCommand(QStringList args, const ListCommand& command) {
-    return onServer(std::move(args), [&](const Server& server, QStringList&) {
+    return listOnServer(std::move(args), [&](const Server& server, QStringList&) {
         const Reply reply = getJson(server, command.path, command.name);
         const QJsonArray things = reply.object.value(command.name).toArray();
         QString text = (things.isEmpty() ? command.none : command.heading).arg(server.url) + u'\n';

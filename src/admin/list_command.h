@@ -18,7 +18,7 @@ struct ListCommand {
     QString (*line)(const QJsonObject& thing);
 };
 
-/// Runs it. Surplus arguments are ignored.
+/// Runs it. Surplus words are ignored, see listOnServer().
 int runListCommand(QStringList args, const ListCommand& command);
 
 }  // namespace quorvelle

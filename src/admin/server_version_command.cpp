@@ -6,7 +6,7 @@
 namespace quorvelle {
 
 int serverVersionCommand(QStringList args) {
-    return onServer(std::move(args), [](const Server& server, QStringList&) {
+    return listOnServer(std::move(args), [](const Server& server, QStringList&) {
         const Reply reply =
             getJson(server, QStringLiteral("/api/version"), QStringLiteral("server-version"));
         return finish(reply,

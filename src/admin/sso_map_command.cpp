@@ -139,20 +139,19 @@ int setClaims(const Server& server, QStringList& args) {
 
 int ssoMapCommand(const Server& server, QStringList& args) {
     const QString word = args.isEmpty() ? QString() : args.takeFirst();
-    const qsizetype count = args.size();
-    if (word == u"list" && count == 0) {
+    if (word == u"list" && args.isEmpty()) {
         return listMapping(server);
     }
-    if (word == u"role" && count == 2 && isRole(args.at(1))) {
+    if (word == u"role" && areNames(args, 2) && isRole(args.at(1))) {
         return changeMapping(server, addEntry(kRoles, args.at(0), args.at(1)));
     }
-    if (word == u"group" && count == 2) {
+    if (word == u"group" && areNames(args, 2)) {
         return changeMapping(server, addEntry(kGroups, args.at(0), args.at(1)));
     }
-    if (word == u"remove" && count == 1) {
+    if (word == u"remove" && areNames(args, 1)) {
         return changeMapping(server, removeEntry(args.at(0)));
     }
-    if (word == u"default" && count == 1) {
+    if (word == u"default" && areNames(args, 1)) {
         return changeMapping(server, [&](QJsonObject& mapping) {
             mapping.insert(u"default_role", args.at(0));
             return true;

@@ -10,7 +10,7 @@ namespace quorvelle {
 int tokenCreateCommand(QStringList args) {
     return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const QString user = takeOption(rest, QStringLiteral("--user"));
-        if (rest.size() != 1 || user.isEmpty()) {
+        if (!areNames(rest, 1) || user.isEmpty()) {
             return printUsage();
         }
         const QString& name = rest.first();

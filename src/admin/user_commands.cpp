@@ -78,7 +78,7 @@ int userCreateCommand(QStringList args) {
         const bool isService = takeFlag(rest, QStringLiteral("--service"));
         const QString role =
             takeGiven(rest, QStringLiteral("--role")).value_or(isService ? kPublisher : kMember);
-        if (rest.size() != 1 || !isRole(role)) {
+        if (!areNames(rest, 1) || !isRole(role)) {
             return printUsage();
         }
         const QString& name = rest.first();
@@ -134,7 +134,7 @@ int userEnableCommand(QStringList args) {
 int userSetRoleCommand(QStringList args) {
     return onServer(std::move(args), [](const Server& server, QStringList& rest) {
         const auto channels = takeGiven(rest, QStringLiteral("--channels"));
-        if (rest.size() != 2 || !isRole(rest.last())) {
+        if (!areNames(rest, 2) || !isRole(rest.last())) {
             return printUsage();
         }
         const QString& name = rest.first();

@@ -6,7 +6,7 @@
 namespace quorvelle {
 
 int whoamiCommand(QStringList args) {
-    return onServer(std::move(args), [](const Server& server, QStringList&) {
+    return listOnServer(std::move(args), [](const Server& server, QStringList&) {
         const Reply reply = getJson(server, QStringLiteral("/api/me"), QStringLiteral("whoami"));
         return finish(reply,
                       QStringLiteral("%1: you are '%2' (%3)\nGroups: %4\nAssigned channels: %5\n")

@@ -4,6 +4,7 @@
 
 #include "config/config_document.h"
 #include "config/config_file.h"
+#include "config/server_url.h"
 #include "config/subscription.h"
 #include "console/exit_code.h"
 #include "console/output.h"
@@ -55,6 +56,9 @@ int setServerRootCommand(QStringList args) {
 }
 
 int setServerTokenCommand(QStringList args) {
+    if (withoutTrailingSlashes(args.at(0)).isEmpty()) {
+        return printUsage();
+    }
     QString url;
     const auto outcome = config::change([&](QJsonObject& document) {
         url = config::storedServerUrl(document, args.at(0));

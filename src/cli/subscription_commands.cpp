@@ -6,6 +6,7 @@
 #include "config/config_document.h"
 #include "config/config_file.h"
 #include "config/install_folders.h"
+#include "config/server_url.h"
 #include "config/subscription.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
@@ -79,16 +80,17 @@ int changeSetting(const QStringList& args, const Setting& setting) {
 
 int subscribeCommand(QStringList args) {
     const QString dir = takeOption(args, QStringLiteral("--dir"));
-    const QString chosenName = takeOption(args, QStringLiteral("--name"));
+    const auto chosenName = takeGiven(args, QStringLiteral("--name"));
     const QString token = takeOption(args, QStringLiteral("--token"));
     const QString byDefault = QStringLiteral("default");
     const auto interval = parseInterval(takeOption(args, QStringLiteral("--interval"), byDefault));
     const auto selfHeal = parseSelfHeal(takeOption(args, QStringLiteral("--self-heal"), byDefault));
-    if (args.size() != 2 || dir.isEmpty() || !interval || !selfHeal) {
+    if (!areNames(args, 2) || withoutTrailingSlashes(args.at(0)).isEmpty() || dir.isEmpty() ||
+        isEmptyName(chosenName) || !interval || !selfHeal) {
         return printUsage();
     }
     const QString& channel = args.at(1);
-    const QString name = chosenName.isEmpty() ? channel : chosenName;
+    const QString name = chosenName.value_or(channel);
 
     QJsonObject entry;
     QJsonArray others;
@@ -149,7 +151,10 @@ int unsubscribeCommand(QStringList args) {
     return kExitSuccess;
 }
 
-int subscriptionsCommand(QStringList) {
+int subscriptionsCommand(QStringList args) {
+    if (hasStrayOption(args)) {
+        return printUsage();
+    }
     const QJsonArray entries = config::subscriptions(config::load());
     QString lines;
     for (const QJsonValue& entry : entries) {

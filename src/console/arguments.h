@@ -18,6 +18,19 @@ QString takeOption(QStringList& args, const QString& name, const QString& fallba
 /// not the same: nothing, or the value.
 std::optional<QString> takeGiven(QStringList& args, const QString& name);
 
+/// Whether a name was given that is empty, as an unset variable of a shell leaves it: it must
+/// not stand for all things of its kind, or for none.
+bool isEmptyName(const std::optional<QString>& name);
+
+/// Whether that many positionals are left and each, as the name or id of something, holds a
+/// text: an empty one would turn a request for one thing into one for all of them.
+bool areNames(const QStringList& args, qsizetype count);
+
+/// Whether something is left that looks like an option ("--sever"), but is none of the
+/// command's own, all of which have a value, nor "--token". For commands that ignore surplus
+/// words; a "--server" at the end, without its value, is one.
+bool hasStrayOption(const QStringList& args, const QStringList& own = {});
+
 /// Removes every element equal to `name`; true when there was at least one.
 bool takeFlag(QStringList& args, const QString& name);
 

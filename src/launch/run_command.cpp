@@ -66,9 +66,9 @@ int runAndWait(const LaunchSpec& spec) {
 int runCommand(QStringList args) {
     // First: what follows "--" is the program's, however much it looks like an option.
     const QStringList extras = takeExtras(args);
-    const QString wanted = takeOption(args, QStringLiteral("--target"));
+    const auto wanted = takeGiven(args, QStringLiteral("--target"));
     const bool wait = takeFlag(args, QStringLiteral("--wait"));
-    if (args.size() != 1) {
+    if (args.size() != 1 || isEmptyName(wanted)) {
         return printUsage();
     }
     const QString& name = args.at(0);
@@ -81,7 +81,7 @@ int runCommand(QStringList args) {
     const QJsonObject subscription = subscriptions.at(at).toObject();
     const QJsonArray targets =
         mergedTargets(fetchAdminTargets(document, subscription), subscription);
-    const Selection selection = selectTarget(targets, name, wanted);
+    const Selection selection = selectTarget(targets, name, wanted.value_or(QString()));
     if (!selection.error.isEmpty()) {
         return failWith(kExitUsage, selection.error);
     }

@@ -38,18 +38,17 @@ QString promotedLine(const QString& channel, const QString& build, const QString
 
 int promoteCommand(QStringList args) {
     return onServer(std::move(args), [](const Server& server, QStringList& rest) {
-        const QString source = takeOption(rest, QStringLiteral("--from"));
-        if (rest.size() != (source.isEmpty() ? 2 : 1)) {
+        const auto source = takeGiven(rest, QStringLiteral("--from"));
+        if (isEmptyName(source) || !areNames(rest, source ? 1 : 2)) {
             return printUsage();
         }
         const QString& channel = rest.at(0);
-        const QString build = source.isEmpty() ? rest.at(1) : buildOfChannel(server, source);
-        if (build.isEmpty() && !source.isEmpty()) {
+        const QString build = source ? buildOfChannel(server, *source) : rest.at(1);
+        if (build.isEmpty()) {
             return kExitFailed;
         }
-        const QString origin = source.isEmpty()
-                                   ? QString()
-                                   : QStringLiteral(" (from '") + source + QStringLiteral("')");
+        const QString origin =
+            source ? QStringLiteral(" (from '") + *source + QStringLiteral("')") : QString();
         return finish(promoteBuild(server, channel, build), promotedLine(channel, build, origin));
     });
 }

@@ -94,7 +94,8 @@ int publish(const QString& directory, const QStringList& files, const Server& se
 
 int pushCommand(QStringList args) {
     const QString now = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-    const QString build = takeOption(args, QStringLiteral("--build"), now);
+    const auto chosenBuild = takeGiven(args, QStringLiteral("--build"));
+    const QString build = chosenBuild.value_or(now);
     const QString channel = takeOption(args, QStringLiteral("--channel"));
     // The channel and the words are asked after before the server is.
     QStringList serverArgs = args;
@@ -102,7 +103,7 @@ int pushCommand(QStringList args) {
     if (channel.isEmpty()) {
         return failWith(kExitUsage, QStringLiteral("push needs --channel <name>"));
     }
-    if (args.size() != 1) {
+    if (args.size() != 1 || isEmptyName(chosenBuild)) {
         return printUsage();
     }
     const QString typedServer = takeServerOption(serverArgs);

@@ -1,5 +1,6 @@
 #include "server/on_server.h"
 
+#include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
@@ -14,7 +15,14 @@ int onServer(QStringList args, const ServerWork& work) {
 
 int onServer(QStringList args, qsizetype positionals, const ServerWork& work) {
     return onServer(std::move(args), [&](const Server& server, QStringList& rest) {
-        return rest.size() == positionals ? work(server, rest) : printUsage();
+        return areNames(rest, positionals) ? work(server, rest) : printUsage();
+    });
+}
+
+int listOnServer(QStringList args, const ServerWork& work) {
+    return onServer(std::move(args), [&](const Server& server, QStringList& rest) {
+        return hasStrayOption(rest, {QStringLiteral("--server")}) ? printUsage()
+                                                                  : work(server, rest);
     });
 }
 

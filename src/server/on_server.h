@@ -18,9 +18,13 @@ using ServerWork = std::function<int(const Server& server, QStringList& args)>;
 /// Resolves the server (none: the message is printed, kExitUsage) and does the work.
 int onServer(QStringList args, const ServerWork& work);
 
-/// The same for a command without options: another count of positionals than
-/// `positionals` prints the usage instead.
+/// The same for a command without options, whose positionals are names or ids: another
+/// count of them than `positionals`, or an empty one, prints the usage instead.
 int onServer(QStringList args, qsizetype positionals, const ServerWork& work);
+
+/// The same for a command that lists something and ignores surplus words. What looks like an
+/// option is none: the default server must not answer where a misspelt option names another.
+int listOnServer(QStringList args, const ServerWork& work);
 
 /// Ends a command with its last request: prints the reply's object in JSON mode, else
 /// the text, which ends with its own line end. A failed request has printed its

@@ -5,19 +5,23 @@
 #include "config/server_url.h"
 #include "console/arguments.h"
 #include "console/output.h"
+#include "console/usage.h"
 
 namespace quorvelle {
 
 QString takeServerOption(QStringList& args) {
-    QString server = takeOption(args, QStringLiteral("--server"));
-    if (server.isEmpty()) {
-        server = config::load().value(u"server").toString();
+    const QString typed = takeOption(args, QStringLiteral("--server"));
+    const QString server = typed.isEmpty() ? config::load().value(u"server").toString() : typed;
+    if (!withoutTrailingSlashes(server).isEmpty()) {
+        return server;
     }
-    if (server.isEmpty()) {
+    if (typed.isEmpty()) {
         printError(QStringLiteral("'%1' is not configured (quorvelle config set %1 <value>)")
                        .arg(QStringLiteral("server")));
+    } else {
+        printUsage();
     }
-    return server;
+    return {};
 }
 
 Server selectServer(const QString& typed) {

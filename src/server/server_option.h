@@ -11,9 +11,10 @@
 
 namespace quorvelle {
 
-/// Takes "--server", else the configured default server, and returns it as typed.
-/// Without either, prints that no server is configured and returns an empty string;
-/// the handler then returns kExitUsage.
+/// Takes "--server", else the configured default server, and returns it as typed. An empty
+/// value counts as none. Without either, prints that no server is configured, or the usage
+/// where slashes are all that was typed, and returns an empty string; the handler then
+/// returns kExitUsage.
 QString takeServerOption(QStringList& args);
 
 /// The server of a URL as typed, with the token of tokenFor().

@@ -54,10 +54,10 @@ int syncAll(const QJsonArray& subscriptions, const QString& server, bool force) 
 }  // namespace
 
 int syncCommand(QStringList args) {
-    const QString name = takeOption(args, QStringLiteral("--name"));
+    const auto name = takeGiven(args, QStringLiteral("--name"));
     const QString server = takeOption(args, QStringLiteral("--server"));
     const bool force = takeFlag(args, QStringLiteral("--force"));
-    if (!args.isEmpty()) {
+    if (!args.isEmpty() || isEmptyName(name)) {
         return printUsage();
     }
     const QJsonArray subscriptions = subscriptionsWithKeys(config::load());
@@ -67,8 +67,7 @@ int syncCommand(QStringList args) {
             QStringLiteral(
                 "no subscriptions (quorvelle subscribe <server> <channel> --dir <path>)"));
     }
-    return name.isEmpty() ? syncAll(subscriptions, server, force)
-                          : syncNamed(subscriptions, name, force);
+    return name ? syncNamed(subscriptions, *name, force) : syncAll(subscriptions, server, force);
 }
 
 int syncSubscription(const QJsonObject& subscription, QJsonArray* results, bool force) {

@@ -14,11 +14,24 @@ namespace quorvelle::testing {
 
 namespace {
 
-/// Commands that take any further words for nothing.
+/// Commands that take any further words for nothing, but no further options.
 const QStringList kTakesAnything = {"backups",        "builds",        "channels", "cloud portal",
                                     "groups",         "invites",       "requests", "reconcile",
-                                    "server-version", "subscriptions", "users",    "version",
-                                    "whoami"};
+                                    "server-version", "subscriptions", "users",    "whoami"};
+
+/// Commands that say of an empty name what they say of an unknown one.
+const QStringList kOwnWords = {"login",
+                               "push",
+                               "run",
+                               "unsubscribe",
+                               "server set-root",
+                               "subscription set-interval",
+                               "subscription set-self-heal",
+                               "license request-trial --name"};
+
+/// Options whose values are names.
+const QStringList kNames = {"--build", "--name",  "--from", "--target",
+                            "--user",  "--label", "--exe",  "--email"};
 
 QString wordsOf(const Command& row) {
     return QString::fromUtf8(row.words.data(), qsizetype(row.words.size()));
@@ -181,21 +194,54 @@ TEST_F(CommandLines, TakeTheWordsAndOptionsThatAreShownAndNoOthers) {
         const QString command = wordsOf(*row);
         // A sign-in would wait for the browser.
         EXPECT_TRUE(command == "login" || !isRefused(words));
-        if (kTakesAnything.contains(command) || line == "config list") {
+        if (command == "version" || line == "config list") {
             continue;
         }
-        if (line.section(" --", 0, 0) != command) {
+        const bool isList = kTakesAnything.contains(command);
+        if (!isList && line.section(" --", 0, 0) != command) {
             EXPECT_TRUE(isRefused(withoutLastPositional(words))) << "a word too few";
         }
-        EXPECT_TRUE(isRefused(words + QStringList("surplus")));
+        EXPECT_NE(isRefused(words + QStringList("surplus")), isList);
         for (const QString& option : everyOption) {
             // Told apart, to be refused in words of their own.
             const bool isKnown = options.count(option) > 0 ||
                                  (line.startsWith("storage init") && option == "--token") ||
-                                 line.startsWith("backup init --shared");
-            EXPECT_TRUE(isKnown || isRefused(words + QStringList(option))) << option.toStdString();
+                                 line.startsWith("backup init --shared") ||
+                                 (isList && option == "--token");
+            EXPECT_TRUE(isKnown || (isList && option == "--server") ||
+                        isRefused(words + QStringList(option)))
+                << option.toStdString();
             EXPECT_TRUE(isKnown || isRefused(words + QStringList{option, "1"}))
                 << option.toStdString();
+        }
+    }
+}
+
+/// As an unset variable of a shell leaves them.
+TEST_F(CommandLines, RefuseEmptyNamesAndServers) {
+    for (const auto& [line, options] : shownLines()) {
+        const QStringList words = typed(line);
+        const QString command = wordsOf(*findCommand(words, commandTable()));
+        for (qsizetype at = command.count(u' ') + 1; at < words.size(); ++at) {
+            const bool isValue = words[at - 1].startsWith("--");
+            const bool isServer = words[at] == api.server.url();
+            const bool isOwn =
+                kOwnWords.contains(isValue ? command + u' ' + words[at - 1] : command);
+            QStringList empty = words;
+            empty[at] = "";
+            SCOPED_TRACE(empty.join(u' ').toStdString());
+            if (words[at - 1] == "--server") {
+                EXPECT_FALSE(isRefused(empty)) << "counts as none";
+            } else if (!words[at].startsWith("--") && !line.startsWith("config ") &&
+                       args(line)[at] != "<token>" &&
+                       (!isValue || kNames.contains(words[at - 1]))) {
+                EXPECT_TRUE(isRefused(empty) || isOwn);
+                EXPECT_THAT(api.server.lines(), ::testing::IsEmpty());
+            }
+            if (isServer && command != "sync" && !line.startsWith("storage init")) {
+                empty[at] = "//";
+                EXPECT_TRUE(isRefused(empty) || isOwn);
+            }
         }
     }
 }
