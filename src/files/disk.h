@@ -101,10 +101,4 @@ bool flushFolder(const std::filesystem::path& folder);
 /// flushed by one call for the whole file system, where that tells of failures.
 bool flushTree(const std::filesystem::path& directory);
 
-/// Makes `name`, which must be free, a second name of an existing file, so that it costs
-/// neither space nor time. False where the platform or the file system does not, or
-/// where a name of a file in use would get in the way later (Windows): then the bytes
-/// have to be copied.
-bool shareFile(const std::filesystem::path& file, const std::filesystem::path& name);
-
 }  // namespace files

@@ -246,10 +246,4 @@ bool flushTree(const fs::path& directory) {
            });
 }
 
-bool shareFile(const fs::path& file, const fs::path& name) {
-    std::error_code error;
-    fs::create_hard_link(file, name, error);
-    return !error;
-}
-
 }  // namespace files

@@ -223,8 +223,4 @@ bool flushTree(const fs::path& directory) {
     return flushFolder(directory);
 }
 
-bool shareFile(const fs::path&, const fs::path&) {
-    return false;
-}
-
 }  // namespace files

@@ -191,7 +191,8 @@ void recoverUnrecorded(const QString& dir) {
 
 }  // namespace
 
-SwapOutcome swapInStaged(const QString& dir, const StagedMarker& staged) {
+SwapOutcome swapInStaged(const QString& dir, const StagedMarker& staged,
+                         const std::function<bool()>& mayGoOn) {
     const QString staging = statePath(dir, kStagingSuffix);
     if (!directoryExists(staging)) {
         // The renames would only be taken back, and a record of them would read as that of a
@@ -210,10 +211,15 @@ SwapOutcome swapInStaged(const QString& dir, const StagedMarker& staged) {
         writeStagedMarker(dir, staged);
         return {SwapResult::kInUse};
     }
-    SwapResult result =
-        announce(dir, swap, staged) ? moveIntoPlace(dir, swap) : SwapResult::kNotMovable;
+    SwapResult result = SwapResult::kNotMovable;
+    if (announce(dir, swap, staged)) {
+        result = !mayGoOn || mayGoOn() ? moveIntoPlace(dir, swap) : SwapResult::kWrittenInto;
+    }
     if (result != SwapResult::kSwapped) {
         standDown(dir, swap);
+        if (result == SwapResult::kWrittenInto) {
+            withdrawStaged(dir);
+        }
         return {result};
     }
     result = complete(dir, swap);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 #include "sync/markers.h"
 
@@ -22,6 +23,7 @@ enum class SwapResult {
     kSwapped,      ///< the staged build is in place and recorded as installed
     kInUse,        ///< the install directory could not be moved away; nothing changed
     kNotMovable,   ///< the swap could not be made; the install directory is as it was
+    kWrittenInto,  ///< the last look said no; nothing changed, and nothing waits
     kNotFlushed,   ///< staging could not be brought to the disk; nothing changed
     kNotRecorded,  ///< the staged build is in place, but the installed marker is missing
 };
@@ -36,7 +38,11 @@ struct SwapOutcome {
 /// Writes the staged marker where staging stands, puts the staging directory of `dir` in place and
 /// replaces that marker by the installed one. The caller holds the sync lock. Where the staged
 /// build is not in place afterwards, staging stands as it was.
-SwapOutcome swapInStaged(const QString& dir, const StagedMarker& staged);
+///
+/// `mayGoOn`, which may be empty, is asked directly before the first rename whether staging
+/// still is what it has to be.
+SwapOutcome swapInStaged(const QString& dir, const StagedMarker& staged,
+                         const std::function<bool()>& mayGoOn = {});
 
 /// Takes the staged marker away, on the disk as well, before staging changes: it must never
 /// speak of something else. False when it may still stand.

@@ -62,6 +62,7 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
         token = resolveToken();
     }
     tideJob = {};
+    assembled = {};
     tideJob.source.publicKeys = tidePublicKeys(subscription);
     onlySigned = mustBeSigned(subscription);
     if (server.isEmpty() || channel.isEmpty() || givenDir.isEmpty()) {

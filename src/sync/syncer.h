@@ -88,10 +88,15 @@ private:
     void startTideDownload();
     bool prepareTideStaging();
     void onTideDownloaded(const TideResult& result);
+    void onWrittenAnew(const TideResult& result);
+    void endNotAssembled(const TideResult& result);
     void runOnWorker(std::function<TideResult()> job, void (Syncer::*onResult)(const TideResult&));
 
     // syncer_activation.cpp: staging into place
     void activateStaged();
+    void swapStaged();
+    void endSwapped();
+    void writeAnew();
     void tellKept(const QString& path);
 
     QNetworkAccessManager network;
@@ -118,6 +123,8 @@ private:
     /// What the worker is given a copy of.
     TideJob tideJob;
     bool onlySigned = false;
+    /// What the worker told of the build in staging.
+    tide::AssemblyOutcome assembled;
     /// Why the file could not be stored; then the transfer was given up for it.
     QString storeFailure;
 };

@@ -1,6 +1,7 @@
 #include <QDir>
 
 #include "files/file_tree.h"
+#include "files/utf8_path.h"
 #include "sync/state_folder.h"
 #include "sync/swap.h"
 #include "sync/syncer.h"
@@ -9,7 +10,14 @@ namespace quorvelle {
 
 void Syncer::activateStaged() {
     Q_EMIT progress(named(QStringLiteral("activating build %1 ...").arg(buildId)));
-    const auto [result, keptAt] = swapInStaged(dir, {buildId, channel, totalSize});
+    swapStaged();
+}
+
+void Syncer::swapStaged() {
+    const auto isUnwritten = [this] {
+        return tide::areUnwritten(files::utf8Path(tideJob.stagingDir), assembled.shared);
+    };
+    const auto [result, keptAt] = swapInStaged(dir, {buildId, channel, totalSize}, isUnwritten);
     tellKept(keptAt);
 
     const QString place = QDir::toNativeSeparators(givenDir);
@@ -24,19 +32,28 @@ void Syncer::activateStaged() {
         endBlocked(named(QStringLiteral("build %1 is downloaded and ready, but could not be "
                                         "activated - the update will be retried")
                              .arg(buildId)));
+    } else if (result == SwapResult::kWrittenInto) {
+        writeAnew();
     } else if (result == SwapResult::kNotFlushed) {
         endFailed(
             named(QStringLiteral("could not finalize %1").arg(statePath(dir, kStagingSuffix))));
     } else if (result == SwapResult::kNotRecorded) {
         endFailed(named(QStringLiteral(
             "build activated, but could not record its id - next sync will re-download")));
-    } else if (files.isEmpty()) {
-        endFinished(true, named(QStringLiteral("synced build %1 -> %2").arg(buildId, place)));
     } else {
-        endFinished(true, named(QStringLiteral("synced build %1 (%2 files, %3 bytes) -> %4")
-                                    .arg(buildId, QString::number(files.size()),
-                                         QString::number(totalSize), place)));
+        endSwapped();
     }
+}
+
+void Syncer::endSwapped() {
+    const QString place = QDir::toNativeSeparators(givenDir);
+    if (files.isEmpty()) {
+        endFinished(true, named(QStringLiteral("synced build %1 -> %2").arg(buildId, place)));
+        return;
+    }
+    endFinished(true, named(QStringLiteral("synced build %1 (%2 files, %3 bytes) -> %4")
+                                .arg(buildId, QString::number(files.size()),
+                                     QString::number(totalSize), place)));
 }
 
 void Syncer::tellKept(const QString& path) {

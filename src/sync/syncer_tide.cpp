@@ -117,11 +117,31 @@ bool Syncer::prepareTideStaging() {
 }
 
 void Syncer::onTideDownloaded(const TideResult& result) {
-    if (result.ok) {
-        activateStaged();
-    } else {
-        endFailed(named(QStringLiteral("Tide sync: %1").arg(result.text)));
+    if (!result.ok) {
+        endNotAssembled(result);
+        return;
     }
+    assembled = result.outcome;
+    activateStaged();
+}
+
+/// Somebody wrote into files that staging shares with the install, which thus may hold other
+/// bytes by now. They are judged once more; those in use are not shared then.
+void Syncer::writeAnew() {
+    runOnWorker([job = tideJob] { return assembleStaging(job, {}); }, &Syncer::onWrittenAnew);
+}
+
+void Syncer::onWrittenAnew(const TideResult& result) {
+    if (!result.ok) {
+        endNotAssembled(result);
+        return;
+    }
+    assembled = result.outcome;
+    swapStaged();
+}
+
+void Syncer::endNotAssembled(const TideResult& result) {
+    endFailed(named(QStringLiteral("Tide sync: %1").arg(result.text)));
 }
 
 void Syncer::runOnWorker(std::function<TideResult()> job,

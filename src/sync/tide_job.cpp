@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "config/config_document.h"
-#include "tide/assemble.h"
 #include "tide/store/bucket_environment.h"
 #include "tide/verify.h"
 
@@ -71,25 +70,28 @@ TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent)
     int lastPercent = -1;
     const auto progress = [&](std::uint64_t done, std::uint64_t total, std::int64_t bytes) {
         const int percent = total == 0 ? 0 : static_cast<int>(done * 100 / total);
-        if (percent != lastPercent) {
-            lastPercent = percent;
+        if (percent != lastPercent && onPercent) {
             onPercent(percent, bytes);
         }
+        lastPercent = percent;
     };
+    TideResult result;
     std::string error;
-    const bool done = tide::downloadAndAssemble(*bucket,
-                                                {.source = job.source,
-                                                 .chunkUrls = job.chunkUrls,
-                                                 .targetDirectory = job.stagingDir,
-                                                 .reuseDirectory = job.installDir,
-                                                 .connections = &connections,
-                                                 .progress = progress,
-                                                 .maxReplaceAttempts = kReplaceAttempts},
-                                                &error);
-    if (done && lastPercent < 0) {
+    result.ok = tide::downloadAndAssemble(*bucket,
+                                          {.source = job.source,
+                                           .chunkUrls = job.chunkUrls,
+                                           .targetDirectory = job.stagingDir,
+                                           .reuseDirectory = job.installDir,
+                                           .connections = &connections,
+                                           .progress = progress,
+                                           .maxReplaceAttempts = kReplaceAttempts,
+                                           .outcome = &result.outcome},
+                                          &error);
+    result.text = QString::fromStdString(error);
+    if (result.ok && lastPercent < 0 && onPercent) {
         onPercent(0, 0);  // A build of empty files has no chunk to report.
     }
-    return {done, QString::fromStdString(error)};
+    return result;
 }
 
 }  // namespace quorvelle

@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include "tide/assemble.h"
 #include "tide/manifest/descriptor.h"
 #include "tide/manifest/manifest.h"
 
@@ -27,6 +28,8 @@ struct TideJob {
 struct TideResult {
     bool ok = false;
     QString text = {};
+    /// Of an assembly.
+    tide::AssemblyOutcome outcome = {};
 };
 
 /// Called when another percent is done, with the bytes assembled so far.
@@ -54,7 +57,7 @@ TideResult checkInstall(const TideJob& job, bool quick);
 
 /// Assembles the channel's build in the staging directory, reusing what the install
 /// directory holds. `onPercent` is called on the calling thread, once per percent that is
-/// new.
+/// new; it may be empty.
 TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent);
 
 }  // namespace quorvelle

@@ -1,8 +1,11 @@
 #include "tide/assemble.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <numeric>
 #include <optional>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -15,6 +18,7 @@
 #include "tide/manifest/manifest.h"
 #include "tide/part_file.h"
 #include "tide/target_tree.h"
+#include "tide/unchanged_files.h"
 
 namespace tide {
 
@@ -32,9 +36,11 @@ struct RunOptions {
 /// One run over the files of a manifest.
 class Assembly {
 public:
-    Assembly(const std::vector<ManifestFile>& manifestFiles, const TargetTree& targetTree,
-             fs::path reuseDirectory, ChunkSource& chunkSource, RunOptions runOptions)
+    Assembly(const std::vector<ManifestFile>& manifestFiles, const std::vector<bool>& takenOver,
+             const TargetTree& targetTree, fs::path reuseDirectory, ChunkSource& chunkSource,
+             RunOptions runOptions)
         : files(manifestFiles),
+          inPlace(takenOver),
           target(targetTree),
           reuse(std::move(reuseDirectory)),
           source(chunkSource),
@@ -44,8 +50,10 @@ public:
               [](std::uint64_t sum, const auto& file) { return sum + file.chunks.size(); })) {}
 
     bool run(std::string* err) {
-        for (const ManifestFile& file : files) {
-            if (!assemble(file, err)) {
+        for (std::size_t place = 0; place < files.size(); ++place) {
+            if (inPlace[place]) {
+                reportAll(files[place]);
+            } else if (!assemble(files[place], err)) {
                 return false;
             }
         }
@@ -58,37 +66,19 @@ private:
         if (!target.makeWay(file)) {
             return fail(err, "cannot open ", files::utf8Text(target.part(file)));
         }
-        // Hashed, however it got there: nothing says that what an interrupted run left, or
-        // what lies in the install, still is what it was when it was written.
-        const bool inPlace = holdsFile(target.destination(file), file);
-        if (inPlace || shareUnchanged(file)) {
-            for (const ManifestChunk& chunk : file.chunks) {
-                report(chunk);
-            }
-        } else if (!write(file, err)) {
-            return false;
-        }
-        if (!inPlace && !replaceFile(target.part(file), target.destination(file),
-                                     options.maxReplaceAttempts, options.inUse, sleepFor, err)) {
+        // Hashed, however it got there: nothing says that what an interrupted run left still
+        // is what it was when it was written.
+        const fs::path destination = target.destination(file);
+        if (files::isUnsharedFile(destination) && holdsFile(destination, file)) {
+            reportAll(file);
+        } else if (!write(file, err) ||
+                   !replaceFile(target.part(file), destination, options.maxReplaceAttempts,
+                                options.inUse, sleepFor, err)) {
             return false;
         }
         // Only now: under the name of the part the chunks would be looked for in vain.
-        source.fileWritten(target.destination(file), file);
+        source.fileWritten(destination, file);
         return true;
-    }
-
-    /// Makes the part a second name of the same file in the reuse directory, when that
-    /// holds all its bytes.
-    bool shareUnchanged(const ManifestFile& file) {
-        const fs::path unchanged = reuse / files::utf8Path(file.path);
-        // The index answers from memory and spares reading files that have changed anyway.
-        if (!sharing || reuse.empty() || !source.indexKnowsAll(file) ||
-            !holdsFile(unchanged, file)) {
-            return false;
-        }
-        keepLeftover(file);
-        sharing = files::shareFile(unchanged, target.part(file));
-        return sharing;
     }
 
     bool write(const ManifestFile& file, std::string* err) {
@@ -109,9 +99,8 @@ private:
         if (!part.isOpen()) {
             return fail(err, "cannot open ", files::utf8Text(target.part(file)));
         }
-        for (std::size_t i = 0; i < kept.count; ++i) {
-            report(file.chunks[i]);
-        }
+        std::for_each_n(file.chunks.begin(), kept.count,
+                        [this](const auto& chunk) { report(chunk); });
         return append(file, kept.count, seeds, part, err) && finish(file, part, err);
     }
 
@@ -166,6 +155,12 @@ private:
         return aside;
     }
 
+    void reportAll(const ManifestFile& file) {
+        for (const ManifestChunk& chunk : file.chunks) {
+            report(chunk);
+        }
+    }
+
     void report(const ManifestChunk& chunk) {
         source.markUsed(chunk);
         ++chunksDone;
@@ -176,6 +171,7 @@ private:
     }
 
     const std::vector<ManifestFile>& files;
+    const std::vector<bool>& inPlace;
     const TargetTree& target;
     const fs::path reuse;
     ChunkSource& source;
@@ -183,9 +179,27 @@ private:
     const std::uint64_t chunksInAll;
     std::uint64_t chunksDone = 0;
     std::uint64_t bytesDone = 0;
-    /// Cleared by the first refusal: the two directories do not lie on one file system.
-    bool sharing = true;
 };
+
+/// The chunks on this machine that the files not yet in place ask for.
+LocalIndex indexOfWanted(const std::vector<ManifestFile>& files, const std::vector<bool>& inPlace,
+                         const IndexedDirectory& staged, const IndexedDirectory& installed) {
+    std::unordered_set<std::string_view> wanted;
+    for (std::size_t place = 0; place < files.size(); ++place) {
+        for (const ManifestChunk& chunk : files[place].chunks) {
+            if (!inPlace[place]) {
+                wanted.insert(chunk.id);
+            }
+        }
+    }
+    LocalIndex index;
+    // What an interrupted run left comes first: its chunks are already where they belong.
+    for (const IndexedDirectory* directory : {&staged, &installed}) {
+        addToIndex(directory->root, directory->files, index,
+                   [&](const std::string& id) { return wanted.contains(id); });
+    }
+    return index;
+}
 
 }  // namespace
 
@@ -198,18 +212,26 @@ bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std:
         !readManifestFiles(manifest, files, err)) {
         return false;
     }
+    manifest = {};
     const TargetTree target(files::utf8Path(job.targetDirectory), files);
     const fs::path reuse = files::utf8Path(job.reuseDirectory);
-    // What an interrupted run left comes first: its chunks are already where they belong.
+    AssemblyOutcome unwanted;
+    AssemblyOutcome& outcome = job.outcome != nullptr ? *job.outcome : unwanted;
+    UnchangedFiles unchanged;
     LocalIndex index;
-    buildLocalIndex(target.root(), index);
-    if (!reuse.empty()) {
-        buildLocalIndex(reuse, index);
+    {
+        const IndexedDirectory staged{target.root(), indexFiles(target.root())};
+        const IndexedDirectory installed{
+            reuse, reuse.empty()
+                       ? std::vector<IndexedFile>()
+                       : indexFiles(reuse, job.known != nullptr ? *job.known : KnownCuts())};
+        unchanged = takeUnchanged(files, target, staged, installed);
+        index = indexOfWanted(files, unchanged.inPlace, staged, installed);
     }
+    outcome.shared = std::move(unchanged.shared);
     ChunkSource source(provider, job.chunkUrls, connections, std::move(index), files);
-    return Assembly(files, target, reuse, source,
-                    RunOptions{job.progress, job.inUse, job.maxReplaceAttempts})
-        .run(err);
+    const RunOptions options{job.progress, job.inUse, job.maxReplaceAttempts};
+    return Assembly(files, unchanged.inPlace, target, reuse, source, options).run(err);
 }
 
 bool downloadAndAssemble(StorageProvider& provider, const std::string& channel,

@@ -3,17 +3,27 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
+#include "tide/chunks/local_index.h"
 #include "tide/manifest/descriptor.h"
 #include "tide/manifest/manifest.h"
 #include "tide/replace_file.h"
 #include "tide/store/storage_provider.h"
+#include "tide/unchanged_files.h"
 
 namespace tide {
 
 /// Called after each chunk that is in its place: chunks done, chunks in all (repeats
 /// counted each time), bytes assembled so far.
 using AssemblyProgress = std::function<void(std::uint64_t, std::uint64_t, std::int64_t)>;
+
+/// What a run that ended has to tell.
+struct AssemblyOutcome {
+    /// Files of the target that are still the same ones in the second directory: whoever puts
+    /// them in place asks areUnwritten() directly before.
+    std::vector<SharedFile> shared = {};
+};
 
 /// What is assembled, from what, and who is told.
 struct AssemblyJob {
@@ -24,6 +34,8 @@ struct AssemblyJob {
     /// only read and may be empty. UTF-8.
     std::string targetDirectory = {};
     std::string reuseDirectory = {};
+    /// How files of that directory were cut before. Borrowed; may be null.
+    const KnownCuts* known = nullptr;
     /// Used for every transfer of the run; null stands for one of its own. Borrowed; that of
     /// the provider, where that has one.
     ConnectionCache* connections = nullptr;
@@ -31,6 +43,8 @@ struct AssemblyJob {
     InUseCallback inUse = {};
     /// How often, a second apart, a file in use is tried again.
     int maxReplaceAttempts = 0;
+    /// Assigned by the run. Borrowed; may be null.
+    AssemblyOutcome* outcome = nullptr;
 };
 
 /// Brings a directory to what a channel's manifest lists: fetches the manifest, then puts
@@ -41,11 +55,12 @@ struct AssemblyJob {
 /// "<path>.part" and renamed there when all of it passed every check. What an interrupted
 /// run left in the target is used, half-written files too: such a run resumes where it
 /// broke off. In the end the target holds the listed files and nothing else; flushing
-/// them is left to whoever puts them in place. Where the file system can, a file that the second directory holds unchanged becomes
-/// a second name of it in the target instead of a copy: after every byte was hashed.
+/// them is left to whoever puts them in place. What
+/// one of the two directories holds as a whole is taken over first, on all cores
+/// (takeUnchanged).
 ///
-/// Runs on the calling thread, and so do the callbacks, which may be empty; only the look at what
-/// is on disk takes more threads. The first failure ends the run: false, with the reason assigned
+/// Runs on the calling thread, and so do the callbacks, which may be empty; only what is on disk
+/// is looked at by more threads. The first failure ends the run: false, with the reason assigned
 /// to `err` unless null. Files already in place stay.
 bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std::string* err);
 

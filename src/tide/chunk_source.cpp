@@ -1,6 +1,7 @@
 #include "tide/chunk_source.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 #include "tide/chunk_reader.h"
@@ -17,9 +18,15 @@ ChunkSource::ChunkSource(StorageProvider& provider, const ChunkUrls& chunkUrls,
       urls(chunkUrls),
       connectionCache(connections),
       index(std::move(localIndex)) {
+    std::unordered_map<std::string_view, std::uint64_t> uses;
     for (const ManifestFile& file : files) {
         for (const ManifestChunk& chunk : file.chunks) {
-            ++usesLeft[chunk.id];
+            ++uses[chunk.id];
+        }
+    }
+    for (const auto& [id, count] : uses) {
+        if (count > 1) {
+            usesLeft.emplace(id, count);
         }
     }
 }
@@ -79,27 +86,29 @@ bool ChunkSource::fetchRaw(const std::string& id, std::string& raw, std::string*
 std::string_view ChunkSource::keepFetched(const std::string& id) {
     // What is not asked for again, or no longer fits, is not kept: once written, it can be
     // read back from the file that it went into.
-    if (usesLeft[id] <= 1 || cachedBytes + buffer.size() > kMaxCachedBytes) {
+    if (!isWantedAgain(id) || cachedBytes + buffer.size() > kMaxCachedBytes) {
         return buffer;
     }
     cachedBytes += buffer.size();
     return cache.insert_or_assign(id, std::move(buffer)).first->second;
 }
 
+bool ChunkSource::isWantedAgain(const std::string& id) const {
+    const auto left = usesLeft.find(id);
+    return left != usesLeft.end() && left->second > 1;
+}
+
 void ChunkSource::markUsed(const ManifestChunk& chunk) {
-    if (--usesLeft[chunk.id] > 0) {
+    const auto left = usesLeft.find(chunk.id);
+    if (left == usesLeft.end() || --left->second > 0) {
         return;
     }
+    usesLeft.erase(left);
     const auto cached = cache.find(chunk.id);
     if (cached != cache.end()) {
         cachedBytes -= cached->second.size();
         cache.erase(cached);
     }
-}
-
-bool ChunkSource::indexKnowsAll(const ManifestFile& file) const {
-    return std::all_of(file.chunks.begin(), file.chunks.end(),
-                       [&](const ManifestChunk& chunk) { return index.contains(chunk.id); });
 }
 
 void ChunkSource::fileMoved(const std::filesystem::path& from, const std::filesystem::path& to) {
@@ -115,7 +124,9 @@ void ChunkSource::fileWritten(const std::filesystem::path& path, const ManifestF
     for (const ManifestChunk& chunk : file.chunks) {
         // In the place of what the index knew before: that may be overwritten by the next
         // file, this stays until the end of the run.
-        index.insert_or_assign(chunk.id, ChunkRef{path, offset, chunk.length});
+        if (usesLeft.contains(chunk.id)) {
+            index.insert_or_assign(chunk.id, ChunkRef{path, offset, chunk.length});
+        }
         offset += chunk.length;
     }
 }

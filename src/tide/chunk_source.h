@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "tide/chunks/chunk.h"
@@ -40,13 +41,10 @@ public:
     /// holds chunks that will be asked for again, and no others.
     void markUsed(const ManifestChunk& chunk);
 
-    /// Whether every chunk of a file is said to be on this machine.
-    bool indexKnowsAll(const ManifestFile& file) const;
-
     /// Says that a file goes by another name now.
     void fileMoved(const std::filesystem::path& from, const std::filesystem::path& to);
 
-    /// Says that a file stands complete on disk.
+    /// Says that a file stands complete on disk, after markUsed() of its chunks.
     void fileWritten(const std::filesystem::path& path, const ManifestFile& file);
 
 private:
@@ -55,12 +53,14 @@ private:
     bool fetch(const ManifestChunk& chunk, std::string* err);
     bool fetchRaw(const std::string& id, std::string& raw, std::string* err);
     std::string_view keepFetched(const std::string& id);
+    bool isWantedAgain(const std::string& id) const;
 
     StorageProvider& bucket;
     const ChunkUrls& urls;
     ConnectionCache& connectionCache;
     LocalIndex index;
-    std::map<std::string, std::uint64_t> usesLeft;
+    /// Of the chunks that are asked for more than once.
+    std::unordered_map<std::string, std::uint64_t> usesLeft;
     std::map<std::string, std::string> cache;
     std::uint64_t cachedBytes = 0;
     /// The chunk handed out last, unless the cache holds it.

@@ -62,7 +62,12 @@ fs::path TargetTree::part(const ManifestFile& file) const {
     return directory / files::utf8Path(file.path + std::string(kPartSuffix));
 }
 
-bool TargetTree::makeWay(const ManifestFile& file) const {
+bool TargetTree::makeFolders(const ManifestFile& file) const {
+    const std::size_t end = file.path.rfind('/');
+    const std::string innermost = end == std::string::npos ? "" : file.path.substr(0, end);
+    if (ready.contains(innermost)) {
+        return true;
+    }
     files::makeDirectories(directory);
     for (const std::string& folder : foldersAbove(file.path)) {
         const std::string name = files::comparablePath(folder);
@@ -73,8 +78,13 @@ bool TargetTree::makeWay(const ManifestFile& file) const {
             return false;
         }
     }
+    ready.insert(innermost);
+    return true;
+}
+
+bool TargetTree::makeWay(const ManifestFile& file) const {
     // Links above all: what is written or renamed here must not end somewhere else.
-    return clearForFile(destination(file)) && clearForFile(part(file));
+    return makeFolders(file) && clearForFile(destination(file)) && clearForFile(part(file));
 }
 
 fs::path TargetTree::setAside(const fs::path& leftover) const {

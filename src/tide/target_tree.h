@@ -24,9 +24,13 @@ public:
     std::filesystem::path destination(const ManifestFile& file) const;
     std::filesystem::path part(const ManifestFile& file) const;
 
+    /// Makes the folders of a file. False when it cannot be, or when the manifest itself has a
+    /// file where a folder is needed. One thread at a time.
+    bool makeFolders(const ManifestFile& file) const;
+
     /// Makes the folders of a file, and lets at its destination and its part stand
     /// nothing but a regular file; links and strays in the way are removed. False when
-    /// it cannot be, or when the manifest itself has a file where a folder is needed.
+    /// one of these cannot be.
     bool makeWay(const ManifestFile& file) const;
 
     /// Renames a leftover to a name that no file of the manifest takes, so that its
@@ -48,6 +52,8 @@ private:
     std::unordered_set<std::string> listed;
     std::unordered_set<std::string> parts;
     std::unordered_set<std::string> folders;
+    /// Folders that were made or found in this run, as the manifest spells them.
+    mutable std::unordered_set<std::string> ready;
 };
 
 }  // namespace tide

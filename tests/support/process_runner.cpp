@@ -30,6 +30,7 @@ Sandbox::Sandbox() : environment(QProcessEnvironment::systemEnvironment()) {
     }
     environment.insert(QStringLiteral("QUORVELLE_CONFIG_DIR"), path(QStringLiteral("config")));
     environment.insert(QStringLiteral("HOME"), folder.path());
+    environment.insert(QStringLiteral("XDG_CACHE_HOME"), path(QStringLiteral("cache")));
 }
 
 QString Sandbox::path(const QString& relative) const {

@@ -16,16 +16,22 @@ protected:
         err.clear();
         progress.clear();
         bucket.fetched.clear();
-        const bool ok = downloadAndAssemble(
-            bucket, "app", files::utf8Text(staging()), "", "", "", urls,
-            [&](std::uint64_t done, std::uint64_t all, std::int64_t bytes) {
-                progress.push_back(std::to_string(done) + "/" + std::to_string(all) + " " +
-                                   std::to_string(bytes));
-                if (onChunk) {
-                    onChunk(done);
-                }
-            },
-            {}, 0, files::utf8Text(temp / "install"), &err);
+        const auto noteProgress = [&](std::uint64_t done, std::uint64_t all, std::int64_t bytes) {
+            progress.push_back(std::to_string(done) + "/" + std::to_string(all) + " " +
+                               std::to_string(bytes));
+            if (onChunk) {
+                onChunk(done);
+            }
+        };
+        const bool ok = downloadAndAssemble(bucket,
+                                            {.source = {.channel = "app"},
+                                             .chunkUrls = urls,
+                                             .targetDirectory = files::utf8Text(staging()),
+                                             .reuseDirectory = files::utf8Text(temp / "install"),
+                                             .known = &known,
+                                             .progress = noteProgress,
+                                             .outcome = &outcome},
+                                            &err);
         EXPECT_EQ(ok, err.empty());
         return ok;
     }
@@ -50,6 +56,8 @@ protected:
     MemoryBucket bucket;
     std::string err;
     std::vector<std::string> progress;
+    KnownCuts known;
+    AssemblyOutcome outcome;
     /// Called on the worker after each chunk, with the number done.
     std::function<void(std::uint64_t)> onChunk;
 };

@@ -69,6 +69,8 @@ public:
         return root / files::utf8Path(relative);
     }
 
+    std::string name() const { return root.filename().string(); }
+
     /// Every entry below a folder, "/"-separated, folders with a "/" at the end.
     std::set<std::string> entries(const std::string& folder) const {
         std::set<std::string> found;

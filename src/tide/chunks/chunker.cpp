@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <fstream>
+#include <memory>
 #include <string_view>
-#include <vector>
 
 #include "files/disk.h"
 #include "files/utf8_path.h"
@@ -115,13 +115,14 @@ bool chunkFile(const std::filesystem::path& file, const ChunkerParameters& param
         return fail(err, "cannot open ", files::utf8Text(file));
     }
     Cutter cutter(parameters, callback, scan);
-    std::vector<char> block(kReadSize);
+    // Clearing it would cost more than all else that is done about a small file.
+    const auto block = std::make_unique_for_overwrite<char[]>(kReadSize);
     while (!stream.eof()) {
-        stream.read(block.data(), static_cast<std::streamsize>(block.size()));
+        stream.read(block.get(), static_cast<std::streamsize>(kReadSize));
         if (stream.bad()) {
             return fail(err, "read error on ", files::utf8Text(file));
         }
-        cutter.add(std::string_view(block.data(), static_cast<std::size_t>(stream.gcount())));
+        cutter.add(std::string_view(block.get(), static_cast<std::size_t>(stream.gcount())));
     }
     cutter.finish();
     return true;
