@@ -141,7 +141,8 @@ void Syncer::onWrittenAnew(const TideResult& result) {
 }
 
 void Syncer::endNotAssembled(const TideResult& result) {
-    endFailed(named(QStringLiteral("Tide sync: %1").arg(result.text)));
+    endFailed(named(result.outcome.lacksSpace ? result.text
+                                              : QStringLiteral("Tide sync: %1").arg(result.text)));
 }
 
 void Syncer::runOnWorker(std::function<TideResult()> job,

@@ -181,6 +181,51 @@ private:
     std::uint64_t bytesDone = 0;
 };
 
+std::uint64_t sumUpTo64Bits(std::uint64_t left, std::uint64_t right) {
+    return left + std::min(right, ~left);
+}
+
+/// Bytes that have to be written for the files that are not in place yet, less what an
+/// interrupted run wrote of them.
+std::uint64_t bytesToWrite(const std::vector<ManifestFile>& files, const UnchangedFiles& unchanged,
+                           const TargetTree& target, bool isResumed) {
+    std::uint64_t sum = 0;
+    for (std::size_t place = 0; place < files.size(); ++place) {
+        const ManifestFile& file = files[place];
+        if (unchanged.inPlace[place]) {
+            continue;
+        }
+        std::uint64_t written = 0;
+        if (isResumed) {
+            written = std::max(files::fileSize(target.part(file)).value_or(0),
+                               files::fileSize(target.destination(file)).value_or(0));
+        }
+        sum = sumUpTo64Bits(sum, file.size - std::min(file.size, written));
+    }
+    return sum;
+}
+
+/// Whether so many bytes fit beside the target, as far as that can be known.
+bool hasRoom(const fs::path& target, std::uint64_t bytes, AssemblyOutcome& outcome,
+             std::string* err) {
+    constexpr std::uint64_t kMegabyte = 1048576;
+    // The target itself may not have been made yet.
+    for (const fs::path& place : {target, target.parent_path()}) {
+        std::error_code unknown;
+        const std::uint64_t free = fs::space(files::openable(place), unknown).available;
+        if (!unknown && bytes > free) {
+            outcome.lacksSpace = true;
+            return fail(err, "not enough disk space (",
+                        std::to_string(bytes / kMegabyte + (bytes % kMegabyte > 0 ? 1 : 0)),
+                        " MB needed, ", std::to_string(free / kMegabyte), " MB free)");
+        }
+        if (!unknown) {
+            break;
+        }
+    }
+    return true;
+}
+
 /// The chunks on this machine that the files not yet in place ask for.
 LocalIndex indexOfWanted(const std::vector<ManifestFile>& files, const std::vector<bool>& inPlace,
                          const IndexedDirectory& staged, const IndexedDirectory& installed) {
@@ -226,6 +271,10 @@ bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std:
                        ? std::vector<IndexedFile>()
                        : indexFiles(reuse, job.known != nullptr ? *job.known : KnownCuts())};
         unchanged = takeUnchanged(files, target, staged, installed);
+        if (!hasRoom(target.root(), bytesToWrite(files, unchanged, target, !staged.files.empty()),
+                     outcome, err)) {
+            return false;
+        }
         index = indexOfWanted(files, unchanged.inPlace, staged, installed);
     }
     outcome.shared = std::move(unchanged.shared);

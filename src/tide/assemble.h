@@ -23,6 +23,8 @@ struct AssemblyOutcome {
     /// Files of the target that are still the same ones in the second directory: whoever puts
     /// them in place asks areUnwritten() directly before.
     std::vector<SharedFile> shared = {};
+    /// The run failed since the disk has no room for what it would have had to write.
+    bool lacksSpace = false;
 };
 
 /// What is assembled, from what, and who is told.
@@ -57,7 +59,7 @@ struct AssemblyJob {
 /// broke off. In the end the target holds the listed files and nothing else; flushing
 /// them is left to whoever puts them in place. What
 /// one of the two directories holds as a whole is taken over first, on all cores
-/// (takeUnchanged).
+/// (takeUnchanged). Then nothing is fetched where the disk has no room for the rest.
 ///
 /// Runs on the calling thread, and so do the callbacks, which may be empty; only what is on disk
 /// is looked at by more threads. The first failure ends the run: false, with the reason assigned

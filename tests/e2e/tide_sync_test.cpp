@@ -138,6 +138,25 @@ TEST_P(TideSync, DownloadsACurrentBuildWhenForcedOrGone) {
     expectFetched({"one", "left ", "right"});
 }
 
+TEST_P(TideSync, FetchesNothingThatTheDiskHasNoRoomFor) {
+    installOne();
+    publishTide(server, "stable", "b2", kTwo);
+    // A pebibyte and a half megabyte; the free space is whatever it is.
+    QString manifest = QString::fromStdString(tideManifest("stable", kTwo));
+    for (const char* key : {"\"n\" : ", "\"size\" : "}) {
+        manifest.replace(key + QString("3"), key + QString("1125899907366912"));
+    }
+    serveManifest(server, manifest.toStdString());
+    const Outcome got = run({"sync"});
+    EXPECT_EQ(got.code, 2);
+    const QString text = GetParam() ? got.json()["results"][0]["message"].toString() : got.err;
+    EXPECT_THAT(text.trimmed().toStdString(),
+                ::testing::MatchesRegex("'app': not enough disk space \\(1073741825 MB needed, "
+                                        "[0-9]+ MB free\\)"));
+    expectFetched({});
+    expectOneStillInstalled();
+}
+
 TEST_P(TideSync, NamesABuildByItsTimeWhenItHasNoOtherName) {
     subscribeWith("self_heal", 0);
     publishTide(server, "stable", "", kOne);
