@@ -2,6 +2,7 @@
 
 #include "files/file_tree.h"
 #include "files/utf8_path.h"
+#include "sync/known_cuts.h"
 #include "sync/state_folder.h"
 #include "sync/swap.h"
 #include "sync/syncer.h"
@@ -47,6 +48,7 @@ void Syncer::swapStaged() {
 
 void Syncer::endSwapped() {
     const QString place = QDir::toNativeSeparators(givenDir);
+    saveCuts(dir, assembled.cuts);
     if (files.isEmpty()) {
         endFinished(true, named(QStringLiteral("synced build %1 -> %2").arg(buildId, place)));
         return;

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "config/config_document.h"
+#include "sync/known_cuts.h"
 #include "tide/store/bucket_environment.h"
 #include "tide/verify.h"
 
@@ -75,6 +76,7 @@ TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent)
         }
         lastPercent = percent;
     };
+    const tide::KnownCuts known = loadCuts(QString::fromStdString(job.installDir));
     TideResult result;
     std::string error;
     result.ok = tide::downloadAndAssemble(*bucket,
@@ -82,6 +84,7 @@ TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent)
                                            .chunkUrls = job.chunkUrls,
                                            .targetDirectory = job.stagingDir,
                                            .reuseDirectory = job.installDir,
+                                           .known = &known,
                                            .connections = &connections,
                                            .progress = progress,
                                            .maxReplaceAttempts = kReplaceAttempts,

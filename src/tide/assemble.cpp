@@ -13,6 +13,7 @@
 #include "files/utf8_path.h"
 #include "tide/chunk_reader.h"
 #include "tide/chunk_source.h"
+#include "tide/chunks/known_cuts.h"
 #include "tide/chunks/local_index.h"
 #include "tide/error.h"
 #include "tide/manifest/manifest.h"
@@ -280,7 +281,13 @@ bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std:
     outcome.shared = std::move(unchanged.shared);
     ChunkSource source(provider, job.chunkUrls, connections, std::move(index), files);
     const RunOptions options{job.progress, job.inUse, job.maxReplaceAttempts};
-    return Assembly(files, unchanged.inPlace, target, reuse, source, options).run(err);
+    if (!Assembly(files, unchanged.inPlace, target, reuse, source, options).run(err)) {
+        return false;
+    }
+    if (job.outcome != nullptr && !reuse.empty()) {
+        outcome.cuts = encodeCuts(job.reuseDirectory, target.root(), files);
+    }
+    return true;
 }
 
 bool downloadAndAssemble(StorageProvider& provider, const std::string& channel,

@@ -23,6 +23,9 @@ struct AssemblyOutcome {
     /// Files of the target that are still the same ones in the second directory: whoever puts
     /// them in place asks areUnwritten() directly before.
     std::vector<SharedFile> shared = {};
+    /// How the files of the target are cut, as the remembered list of the second directory, for
+    /// the time when they stand there (encodeCuts).
+    std::string cuts = {};
     /// The run failed since the disk has no room for what it would have had to write.
     bool lacksSpace = false;
 };

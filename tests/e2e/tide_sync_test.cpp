@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include "support/tide_fixture.h"
 
@@ -155,6 +156,50 @@ TEST_P(TideSync, FetchesNothingThatTheDiskHasNoRoomFor) {
                                         "[0-9]+ MB free\\)"));
     expectFetched({});
     expectOneStillInstalled();
+}
+
+// Only for its speed: whatever stands in the list, the build is what the manifest says.
+TEST_P(TideSync, IsNotMisledByARememberedListOfChunks) {
+    const QString folder = "cache/quorvelle/";
+    const auto list = [&] {
+        const QStringList names = QDir(box.path(folder)).entryList(QDir::Files);
+        EXPECT_EQ(names.size(), 1);
+        return folder + names.value(0);
+    };
+    const auto update = [this](const std::vector<std::string>& fetched) {
+        publishTide(server, "stable", "b2", kTwo);
+        expectSync("synced", whole("b2", kThreeChunks), retried("b2"));
+        expectFetched(fetched);
+        EXPECT_EQ(installed(), kTwoInstalled);
+    };
+    box.write("elsewhere/gone", "");
+    subscribe({subscription("gone", "stable")});
+    publishTide(server, "stable", "b1", kOne);
+    EXPECT_EQ(run({"sync"}).code, 0);
+    ASSERT_TRUE(QDir(box.path("apps/gone")).removeRecursively());
+    subscribe({subscription("app", "stable")});
+    server.forget();
+    installOne();
+    const QString path = list();
+    const QByteArray good = box.read(path);
+
+    update({"two", "RIGHT"});
+    // Half of what it says is true: "a" has been replaced by bytes of the same length and time.
+    installOne();
+    const QDateTime time = QFileInfo(box.path("apps/app/d/b")).lastModified();
+    box.write("apps/app/d/b", "LEFT right");
+    QFile changed(box.path("apps/app/d/b"));
+    ASSERT_TRUE(changed.open(QIODevice::ReadWrite) &&
+                changed.setFileTime(time, QFileDevice::FileModificationTime));
+    changed.close();
+    update({"two", "left ", "RIGHT"});
+    for (const QByteArray& bytes : {QByteArray(), good.left(good.size() - 1), good + 'x',
+                                    QByteArray(good).replace("01", "02"), QByteArray("{}")}) {
+        installOne();
+        box.write(path, bytes);
+        update({"two", "RIGHT"});
+        EXPECT_NE(box.read(path), bytes);
+    }
 }
 
 TEST_P(TideSync, NamesABuildByItsTimeWhenItHasNoOtherName) {

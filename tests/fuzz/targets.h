@@ -21,6 +21,9 @@ int runManifest(const std::uint8_t* bytes, std::size_t size);
 /// A chunk object: a line with its id, then the bytes as stored.
 int runChunk(const std::uint8_t* bytes, std::size_t size);
 
+/// A remembered chunk list of the install directory "/games/app".
+int runKnownCuts(const std::uint8_t* bytes, std::size_t size);
+
 /// A page of an object listing; one without an entry and without a next page counts as
 /// refused.
 int runListPage(const std::uint8_t* bytes, std::size_t size);

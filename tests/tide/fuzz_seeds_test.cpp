@@ -9,6 +9,7 @@ namespace tide::testing {
 TEST(FuzzSeeds, GetTheVerdictTheyAreFiledUnder) {
     const std::pair<const char*, fuzz::Target> targets[] = {{"chunk", &fuzz::runChunk},
                                                             {"descriptor", &fuzz::runDescriptor},
+                                                            {"known_cuts", &fuzz::runKnownCuts},
                                                             {"list_page", &fuzz::runListPage},
                                                             {"manifest", &fuzz::runManifest}};
     for (const auto& [name, run] : targets) {

@@ -45,6 +45,26 @@ TEST(LocalIndexTest, TheFirstPlaceOfAChunkStays) {
     EXPECT_EQ(placeOf(index, "same"), "first 0+4");
 }
 
+TEST(LocalIndexTest, AFileIsReadUnlessItIsTheOneThatIsRemembered) {
+    const TempDir temp;
+    writeFile(temp / "t/d/f", "bytes");
+    const files::FileStamp stamp = files::stampOf(temp / "t/d/f").value();
+    std::vector<files::FileStamp> others(3, stamp);
+    ++others[0].size;
+    ++others[1].changed;
+    ++others[2].number;
+    const Chunk remembered{"remembered", 0, 5};
+    const std::vector<IndexedFile> taken = indexFiles(temp / "t", {{"d/f", {stamp, {remembered}}}});
+    ASSERT_EQ(taken.size(), 1U);
+    EXPECT_EQ(taken[0].chunks[0].id, remembered.id);
+    EXPECT_FALSE(taken[0].isHashed);
+    for (const files::FileStamp& other : others) {
+        const auto read = indexFiles(temp / "t", {{"d/f", {other, {remembered}}}, {"f", {stamp}}});
+        EXPECT_EQ(read[0].chunks[0].id, blake3Hex("bytes"));
+        EXPECT_TRUE(read[0].isHashed);
+    }
+}
+
 // With one thread the files are cut in the order of the walk; with several the outcome
 // must be the same, repeats within and across files included.
 TEST(LocalIndexTest, ThreadsDoNotChangeTheOutcome) {
