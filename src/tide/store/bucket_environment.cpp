@@ -9,9 +9,11 @@ namespace tide {
 
 namespace {
 
-// Stands where a bucket is not configured.
+// Stands where a bucket is not configured, or not so that it could be asked.
 class NoBucket : public StorageProvider {
 public:
+    explicit NoBucket(std::string why) : reason(std::move(why)) {}
+
     bool put(const std::string&, const std::string&, std::string* err) override {
         return refuse(err);
     }
@@ -23,12 +25,24 @@ public:
     bool remove(const std::string&, std::string* err) override { return refuse(err); }
 
 private:
-    static bool refuse(std::string* err) {
-        return fail(err,
-                    "no chunk URLs and no bucket credentials (TIDE_S3_ENDPOINT, TIDE_S3_BUCKET, "
-                    "TIDE_S3_KEY, TIDE_S3_SECRET)");
-    }
+    bool refuse(std::string* err) { return fail(err, reason); }
+
+    const std::string reason;
 };
+
+constexpr const char* kNoCredentials =
+    "no chunk URLs and no bucket credentials (TIDE_S3_ENDPOINT, TIDE_S3_BUCKET, TIDE_S3_KEY, "
+    "TIDE_S3_SECRET)";
+
+// Without what may be a password.
+std::string shown(const std::string& endpoint) {
+    const std::size_t user = endpoint.rfind('@');
+    const std::size_t scheme = endpoint.find("://");
+    const std::size_t begin = scheme == std::string::npos ? 0 : scheme + 3;
+    return user == std::string::npos || user < begin
+               ? endpoint
+               : endpoint.substr(0, begin) + "***" + endpoint.substr(user);
+}
 
 std::string environmentVariable(const char* name) {
     const char* value = std::getenv(name);
@@ -36,6 +50,20 @@ std::string environmentVariable(const char* name) {
 }
 
 }  // namespace
+
+std::optional<std::string> bucketEndpoint(std::string text) {
+    while (text.ends_with('/')) {
+        text.pop_back();
+    }
+    if (text.find("://") == std::string::npos) {
+        text.insert(0, "https://");
+    }
+    const std::size_t host = text.find("://") + 3;
+    if (host == text.size() || text.find_first_of("/?#@\\", host) != std::string::npos) {
+        return std::nullopt;
+    }
+    return text;
+}
 
 std::optional<BucketAccess> bucketAccessFrom(const ReadVariable& read) {
     BucketAccess access{.endpoint = read("TIDE_S3_ENDPOINT"),
@@ -50,11 +78,23 @@ std::optional<BucketAccess> bucketAccessFrom(const ReadVariable& read) {
     return access;
 }
 
-std::unique_ptr<StorageProvider> bucketFromEnvironment(ConnectionCache* connections) {
-    if (auto access = bucketAccessFrom(environmentVariable)) {
-        return std::make_unique<S3Provider>(std::move(*access), connections);
+std::unique_ptr<StorageProvider> bucketFrom(const ReadVariable& read,
+                                            ConnectionCache* connections) {
+    auto access = bucketAccessFrom(read);
+    if (!access) {
+        return std::make_unique<NoBucket>(kNoCredentials);
     }
-    return std::make_unique<NoBucket>();
+    const auto endpoint = bucketEndpoint(access->endpoint);
+    if (!endpoint) {
+        return std::make_unique<NoBucket>("bucket endpoint must be a host: " +
+                                          shown(access->endpoint));
+    }
+    access->endpoint = *endpoint;
+    return std::make_unique<S3Provider>(std::move(*access), connections);
+}
+
+std::unique_ptr<StorageProvider> bucketFromEnvironment(ConnectionCache* connections) {
+    return bucketFrom(environmentVariable, connections);
 }
 
 }  // namespace tide

@@ -138,5 +138,24 @@ TEST(BucketEnvironment, NeedsEveryVariableButTheRegion) {
     }
 }
 
+TEST(BucketEnvironment, NamesAHostAndNothingElse) {
+    for (const auto& [given, endpoint] :
+         {std::pair{"h.example:9000", "https://h.example:9000"}, {"http://h//", "http://h"}}) {
+        EXPECT_EQ(bucketEndpoint(given), endpoint);
+    }
+    for (const auto& [given, shown] : {std::pair{"https://h/bucket", "https://h/bucket"},
+                                       {"h?x=1", "h?x=1"},
+                                       {"https://", "https://"},
+                                       {"https://me:secret@h", "https://***@h"},
+                                       {"me:sec@ret@h", "***@h"}}) {
+        const auto bucket = bucketFrom([given = given](const char* name) {
+            return std::string(name) == "TIDE_S3_ENDPOINT" ? given : "x";
+        });
+        std::string err;
+        EXPECT_FALSE(bucket->put("key", "bytes", &err));
+        EXPECT_EQ(err, std::string("bucket endpoint must be a host: ") + shown);
+    }
+}
+
 }  // namespace
 }  // namespace tide
