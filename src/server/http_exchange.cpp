@@ -17,6 +17,13 @@ namespace {
 constexpr qint64 kMaxKeptBytes = 256LL * 1024 * 1024;
 constexpr qint64 kAnyRatioBytes = 1024 * 1024;
 constexpr qint64 kMaxExpansion = 200;
+// What a compressed reply may come to in memory once it is read: of its first MiB on the
+// wire, and of each byte that follows.
+constexpr qint64 kMaxMemory = 160LL * 1024 * 1024;
+constexpr qint64 kMaxMemoryExpansion = 2000;
+// What a byte and a value of a JSON text come to, copies included.
+constexpr qint64 kMemoryOfByte = 5;
+constexpr qint64 kMemoryOfValue = 100;
 constexpr qint64 kMaxErrorBytes = 16LL * 1024 * 1024;
 constexpr qint64 kReadBufferBytes = 1024 * 1024;
 constexpr int kMaxRedirects = 10;
@@ -154,6 +161,7 @@ void HttpExchange::send() {
     status = 0;
     taken = 0;
     received = 0;
+    values = 0;
     body.clear();
     inflater.reset();
     reply->setReadBufferSize(kReadBufferBytes);
@@ -225,7 +233,9 @@ bool HttpExchange::take(const QByteArray& bytes) {
         }
         return abortReason.isEmpty();
     }
-    if (!isError && !mayKeep(bytes.size())) {
+    values += std::count_if(bytes.begin(), bytes.end(),
+                            [](char c) { return c == ',' || c == ':' || c == '[' || c == '{'; });
+    if (!mayKeep(bytes.size())) {
         abortReason = QStringLiteral("the compressed reply is damaged");
         return false;
     }
@@ -241,7 +251,11 @@ bool HttpExchange::take(const QByteArray& bytes) {
 /// A few KiB that unfold to gigabytes are no document.
 bool HttpExchange::mayKeep(qsizetype more) const {
     const qint64 size = body.size() + more;
-    return !inflater || size <= kAnyRatioBytes || size / kMaxExpansion <= received;
+    const qint64 memory = kMemoryOfByte * size + kMemoryOfValue * values;
+    const qint64 furtherBytes = std::max<qint64>(received - kAnyRatioBytes, 0);
+    return !inflater || size <= kAnyRatioBytes ||
+           (size / kMaxExpansion <= received &&
+            memory <= kMaxMemory + kMaxMemoryExpansion * furtherBytes);
 }
 
 void HttpExchange::onReplyFinished() {

@@ -65,8 +65,9 @@ public:
 
     /// Hands a successful reply's body to `sink` as it arrives, so that memory does
     /// not grow with it; without one the body is kept, up to 256 MiB, and of a compressed
-    /// one past its first MiB up to 200 times what came over the wire. To be called before
-    /// start().
+    /// one past its first MiB up to 200 times what came over the wire, and no more than what
+    /// 160 MiB of memory hold once it is read, if at most 1 MiB came over the wire. To be
+    /// called before start().
     void streamTo(Sink sink);
 
     /// The length in bytes that a successful body has by another source, or nothing. A
@@ -134,6 +135,8 @@ private:
     qint64 taken = 0;
     /// Bytes of the body as they came, still compressed.
     qint64 received = 0;
+    /// At least as many as the kept body has JSON values.
+    qint64 values = 0;
     int status = 0;
     int redirects = 0;
     /// Why the exchange failed where the network layer does not say so itself.

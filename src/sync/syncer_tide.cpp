@@ -1,6 +1,7 @@
 #include <QDir>
 #include <QFutureWatcher>
 #include <QtConcurrent/QtConcurrentRun>
+#include <memory>
 #include <utility>
 
 #include "files/file_tree.h"
@@ -16,11 +17,6 @@ namespace {
 
 constexpr double kBytesPerMegabyte = 1048576.0;
 
-QString buildIdOf(const QJsonObject& reply) {
-    const QString build = reply.value(u"build").toString();
-    return build.isEmpty() ? QString::number(reply.value(u"created").toInteger()) : build;
-}
-
 }  // namespace
 
 void Syncer::checkTideChannel() {
@@ -30,18 +26,23 @@ void Syncer::checkTideChannel() {
 }
 
 void Syncer::onTideReply(const HttpExchange& exchange) {
-    buildId = buildIdOf(exchange.object());
     tideJob.source.channel = channel.toStdString();
     tideJob.source.httpsOnly = server.startsWith(QStringLiteral("https://"), Qt::CaseInsensitive);
     tideJob.stagingDir = statePath(dir, kStagingSuffix).toStdString();
     tideJob.installDir = dir.toStdString();
     std::string error;
-    if (!tide::parseSyncDescriptor(exchange.bytes().toStdString(), &tideJob.source.manifestUrl,
-                                   &tideJob.source.signatureUrl, &tideJob.chunkUrls, &error)) {
+    const QByteArray& json = exchange.bytes();
+    tide::SyncDescriptor descriptor;
+    if (!tide::parseSyncDescriptor({json.constData(), static_cast<std::size_t>(json.size())},
+                                   descriptor, &error)) {
         endFailed(
             named(QStringLiteral("bad Tide descriptor: %1").arg(QString::fromStdString(error))));
         return;
     }
+    buildId = QString::fromStdString(descriptor.build);
+    tideJob.source.manifestUrl = std::move(descriptor.manifestUrl);
+    tideJob.source.signatureUrl = std::move(descriptor.signatureUrl);
+    tideJob.chunkUrls = std::make_shared<const tide::ChunkUrls>(std::move(descriptor.chunkUrls));
     const bool current =
         !force && readInstalledMarker(dir).build == buildId && directoryExists(dir);
     if (!current) {

@@ -81,7 +81,7 @@ TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent)
     std::string error;
     result.ok = tide::downloadAndAssemble(*bucket,
                                           {.source = job.source,
-                                           .chunkUrls = job.chunkUrls,
+                                           .chunkUrls = *job.chunkUrls,
                                            .targetDirectory = job.stagingDir,
                                            .reuseDirectory = job.installDir,
                                            .known = &known,

@@ -5,6 +5,7 @@
 #include <QString>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "tide/assemble.h"
@@ -19,7 +20,8 @@ namespace quorvelle {
 /// Everything a worker needs, by value. Texts and paths are UTF-8.
 struct TideJob {
     tide::ManifestSource source = {};
-    tide::ChunkUrls chunkUrls = {};
+    /// Shared, for there may be a million. Null until a descriptor was read.
+    std::shared_ptr<const tide::ChunkUrls> chunkUrls = {};
     std::string stagingDir = {};
     std::string installDir = {};
 };

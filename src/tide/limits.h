@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace tide {
@@ -15,5 +16,9 @@ inline constexpr std::uint64_t kMaxBodyBytes = std::uint64_t{256} << 20;
 inline constexpr std::uint64_t kMaxHeaderBytes = std::uint64_t{1} << 20;
 /// One page of an object listing.
 inline constexpr std::uint64_t kMaxListPageBytes = std::uint64_t{16} << 20;
+
+/// Values of a JSON text; each takes about a hundred bytes of memory once it is read.
+inline constexpr std::size_t kMaxDescriptorValues = 8'000'000;
+inline constexpr std::size_t kMaxManifestValues = 20'000'000;
 
 }  // namespace tide

@@ -2,9 +2,12 @@
 
 #include <json/value.h>
 
+#include <charconv>
+#include <cstdint>
 #include <utility>
 
 #include "tide/error.h"
+#include "tide/limits.h"
 #include "tide/manifest/manifest.h"
 
 namespace tide {
@@ -12,36 +15,52 @@ namespace tide {
 namespace {
 
 ChunkUrls readChunkUrls(const Json::Value& chunks) {
+    if (!chunks.isObject() && !chunks.isNull()) {
+        Json::throwLogicError("chunks are no map");
+    }
     ChunkUrls urls;
-    for (const std::string& id : chunks.getMemberNames()) {
-        urls.emplace_hint(urls.end(), id, chunks[id].asString());
+    for (auto at = chunks.begin(); at != chunks.end(); ++at) {
+        urls.emplace_hint(urls.end(), at.name(), at->asString());
     }
     return urls;
 }
 
-template <typename T>
-void assign(T* out, T value) {
-    if (out != nullptr) {
-        *out = std::move(value);
+// Servers send such numbers as texts, too.
+std::int64_t wholeNumber(const Json::Value& value) {
+    if (value.isNull() || value.isInt64()) {
+        return value.asInt64();
     }
+    const std::string text = value.isString() ? value.asString() : std::string();
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (text.empty() || error != std::errc() || end != text.data() + text.size()) {
+        Json::throwLogicError("no whole number");
+    }
+    return number;
+}
+
+std::string readBuild(const Json::Value& descriptor) {
+    const Json::Value& build = descriptor["build"];
+    if (!build.isString() && !build.isNull()) {
+        return std::to_string(wholeNumber(build));
+    }
+    std::string id = build.asString();
+    return id.empty() ? std::to_string(wholeNumber(descriptor["created"])) : id;
 }
 
 }  // namespace
 
-bool parseSyncDescriptor(const std::string& json, std::string* manifestUrl,
-                         std::string* signatureUrl, ChunkUrls* chunkUrls, std::string* err) {
+bool parseSyncDescriptor(std::string_view json, SyncDescriptor& out, std::string* err) {
     Json::Value document;
-    if (!parseManifest(json, document, err)) {
+    if (!parseManifest(json, document, err, kMaxDescriptorValues)) {
         return false;
     }
     try {
         const Json::Value& descriptor = document;
-        std::string manifest = descriptor["manifest_url"].asString();
-        std::string signature = descriptor["manifest_sig_url"].asString();
-        ChunkUrls urls = readChunkUrls(descriptor["chunks"]);
-        assign(manifestUrl, std::move(manifest));
-        assign(signatureUrl, std::move(signature));
-        assign(chunkUrls, std::move(urls));
+        out = {.manifestUrl = descriptor["manifest_url"].asString(),
+               .signatureUrl = descriptor["manifest_sig_url"].asString(),
+               .chunkUrls = readChunkUrls(descriptor["chunks"]),
+               .build = readBuild(descriptor)};
         return true;
     } catch (const Json::Exception&) {
         return fail(err, kMalformedManifest);

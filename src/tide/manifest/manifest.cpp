@@ -2,6 +2,7 @@
 
 #include <json/reader.h>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -62,13 +63,25 @@ bool checkManifest(const Json::Value& manifest, const std::string& channel, bool
     }
 }
 
+// An upper bound of the values in a JSON text. Those of its texts count as well: where a
+// text begins is for the reader to say, which knows comments, too.
+std::size_t countValues(std::string_view json) {
+    return 1 + static_cast<std::size_t>(std::count_if(json.begin(), json.end(), [](char c) {
+               return c == ',' || c == '[' || c == '{';
+           }));
+}
+
 }  // namespace
 
 std::string manifestKey(const std::string& channel) {
     return "channels/" + channel + "/manifest.json";
 }
 
-bool parseManifest(const std::string& body, Json::Value& out, std::string* err) {
+bool parseManifest(std::string_view body, Json::Value& out, std::string* err,
+                   std::size_t maxValues) {
+    if (countValues(body) > maxValues) {
+        return fail(err, "manifest parse error: too many values");
+    }
     const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
     Json::Value document;
     std::string reasons;

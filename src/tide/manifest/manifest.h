@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "tide/limits.h"
 #include "tide/manifest/signature.h"
 #include "tide/store/http.h"
 #include "tide/store/storage_provider.h"
@@ -21,8 +23,10 @@ inline constexpr const char* kMalformedManifest = "manifest parse error: malform
 std::string manifestKey(const std::string& channel);
 
 /// Parses JSON text. On failure `err`, unless null, is assigned "manifest parse error: "
-/// and the reader's reasons, and `out` keeps what it held. No exception leaves it.
-bool parseManifest(const std::string& body, Json::Value& out, std::string* err);
+/// and the reader's reasons, and `out` keeps what it held; so for a text of more than
+/// `maxValues` values, which is not read. No exception leaves it.
+bool parseManifest(std::string_view body, Json::Value& out, std::string* err,
+                   std::size_t maxValues = kMaxManifestValues);
 
 /// Where a channel's manifest comes from, and what it has to pass.
 struct ManifestSource {
