@@ -4,6 +4,7 @@
 #include "cli/command_table.h"
 #include "cli/dispatch.h"
 #include "console/console.h"
+#include "console/out_of_memory.h"
 #include "console/output.h"
 #include "console/usage.h"
 #include "server/idle_watch.h"
@@ -22,6 +23,7 @@ tide::Network engineNetwork() {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    quorvelle::endWhenOutOfMemory();
     quorvelle::prepareConsole();
     tide::startEngine(engineNetwork());
     const QCoreApplication application(argc, argv);

@@ -153,7 +153,8 @@ void Syncer::runOnWorker(std::function<TideResult()> job,
         watcher->deleteLater();
         (this->*onResult)(watcher->result());
     });
-    watcher->setFuture(QtConcurrent::run(std::move(job)));
+    // Memory that runs out ends the process here, rather than come as another exception there.
+    watcher->setFuture(QtConcurrent::run([run = std::move(job)]() noexcept { return run(); }));
 }
 
 }  // namespace quorvelle
