@@ -4,11 +4,14 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
+#include <QSslConfiguration>
 #include <algorithm>
 #include <memory>
 #include <utility>
 
+#include "server/authorities.h"
 #include "server/once_body.h"
+#include "server/proxies.h"
 
 namespace quorvelle {
 
@@ -56,6 +59,34 @@ bool pathStandsAsGiven(const QUrl& url) {
     return url.adjusted(QUrl::NormalizePathSegments).path() == url.path();
 }
 
+bool isHttps(const QUrl& url) {
+    return url.scheme() == QStringLiteral("https");
+}
+
+/// Why there is no way to the URL that the person asked for, or an empty text.
+QString noWayTo(const QUrl& url) {
+    const QString problem = proxyFor(url).problem;
+    return problem.isEmpty() && isHttps(url) ? givenAuthorities().problem : problem;
+}
+
+/// Chooses the proxy and the authorities for the request's URL.
+void findWay(QNetworkAccessManager& manager, QNetworkRequest& outgoing) {
+    const QNetworkProxy proxy = proxyFor(outgoing.url()).proxy;
+    manager.setProxy(proxy);
+    if (isHttps(outgoing.url())) {
+        if (const auto& given = givenAuthorities().certificates; !given.isEmpty()) {
+            QSslConfiguration tls = outgoing.sslConfiguration();
+            tls.setCaCertificates(given);
+            outgoing.setSslConfiguration(tls);
+        }
+    } else if (proxy.type() == QNetworkProxy::HttpProxy && !proxy.user().isEmpty()) {
+        // It would send the request without and, refused, once more, which a POST is not.
+        outgoing.setRawHeader(
+            "Proxy-Authorization",
+            "Basic " + QString(proxy.user() + u':' + proxy.password()).toUtf8().toBase64());
+    }
+}
+
 /// Why the network layer must not be given the URL, or an empty text.
 QString refusal(const HttpRequest& request) {
     const QUrl& url = request.url;
@@ -72,7 +103,7 @@ QString refusal(const HttpRequest& request) {
     if (!canBeSent(trimmedToken(request.token))) {
         return QStringLiteral("the token holds characters that cannot be sent");
     }
-    return {};
+    return noWayTo(url);
 }
 
 int statusOf(const QNetworkReply& reply) {
@@ -146,6 +177,7 @@ void HttpExchange::send() {
     for (const auto& [name, value] : request.headers) {
         outgoing.setRawHeader(name, value);
     }
+    findWay(manager, outgoing);
     if (request.bodyDevice != nullptr) {
         request.bodyDevice->seek(0);
         reply = manager.sendCustomRequest(outgoing, request.method, request.bodyDevice);
@@ -289,10 +321,9 @@ bool HttpExchange::followRedirect(const QUrl& target) {
     const bool keepsMethod = status == 307 || status == 308;
     const bool isRedirect = keepsMethod || ((status == 301 || status == 302 || status == 303) &&
                                             request.method == "GET");
-    const bool lessSafe = request.url.scheme() == QStringLiteral("https") &&
-                          target.scheme() != QStringLiteral("https");
+    const bool lessSafe = isHttps(request.url) && !isHttps(target);
     if (!isRedirect || !target.isValid() || !isHttp(target) || lessSafe || target == request.url ||
-        ++redirects > kMaxRedirects) {
+        !noWayTo(target).isEmpty() || ++redirects > kMaxRedirects) {
         return false;
     }
     if (!sameOrigin(target, request.url)) {

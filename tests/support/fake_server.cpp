@@ -24,36 +24,33 @@ std::string SeenRequest::header(const std::string& name) const {
     return found == headers.end() ? "(none)" : found->second;
 }
 
-FakeServer::FakeServer() {
+FakeServer::FakeServer(std::unique_ptr<httplib::Server> listener, const QString& scheme)
+    : server(std::move(listener)), begin(scheme + "://127.0.0.1:") {
     const auto all = [this](const httplib::Request& request, httplib::Response& response) {
         answer(request, response);
     };
-    server.Get(".*", all).Post(".*", all).Put(".*", all).Delete(".*", all);
+    server->Get(".*", all).Post(".*", all).Put(".*", all).Delete(".*", all);
     // Two waits of 40 ms otherwise stand in every exchange on loopback.
-    server.set_tcp_nodelay(true);
-    server.set_keep_alive_max_count(100);
+    server->set_tcp_nodelay(true);
+    server->set_keep_alive_max_count(100);
     onAnythingElse([](const httplib::Request& request, httplib::Response& response) {
         response.status = 404;
         const QJsonObject body{{"error", QString::fromStdString("nothing at " + request.target)}};
         response.set_content(QJsonDocument(body).toJson().toStdString(), "application/json");
     });
-    port = server.bind_to_any_port("127.0.0.1");
-    thread = std::thread([this] { server.listen_after_bind(); });
-    while (!server.is_running()) {
+    port = server->bind_to_any_port("127.0.0.1");
+    thread = std::thread([this] { server->listen_after_bind(); });
+    while (!server->is_running()) {
         std::this_thread::yield();
     }
 }
 
 FakeServer::~FakeServer() {
-    server.stop();
+    server->stop();
     thread.join();
     for (const std::string& complaint : complaints) {
         ADD_FAILURE() << complaint;
     }
-}
-
-QString FakeServer::url() const {
-    return QStringLiteral("http://127.0.0.1:%1").arg(port);
 }
 
 void FakeServer::on(const std::string& method, const std::string& target, Answer answer) {

@@ -6,6 +6,7 @@
 #include <QString>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
@@ -39,10 +40,12 @@ class FakeServer {
 public:
     using Answer = std::function<void(const httplib::Request&, httplib::Response&)>;
 
-    FakeServer();
+    /// `listener` is another kind of server, for the scheme of its addresses.
+    FakeServer(std::unique_ptr<httplib::Server> listener = std::make_unique<httplib::Server>(),
+               const QString& scheme = QStringLiteral("http"));
     ~FakeServer();
 
-    QString url() const;
+    QString url() const { return begin + QString::number(port); }
 
     void on(const std::string& method, const std::string& target, Answer answer);
     void onJson(const std::string& method, const std::string& target, const QJsonObject& body,
@@ -60,7 +63,8 @@ public:
 private:
     void answer(const httplib::Request& request, httplib::Response& response);
 
-    httplib::Server server;
+    std::unique_ptr<httplib::Server> server;
+    QString begin;
     int port = 0;
     std::thread thread;
     mutable std::mutex mutex;

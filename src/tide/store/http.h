@@ -42,7 +42,7 @@ struct HttpOptions {
 /// (Retry-After, at most 10 s are waited). What comes of the last attempt is told. True when the
 /// transfer completed, whatever the HTTP status: then `body` and `status` are those of the last
 /// reply, and the caller judges the status. On failure `err`, unless null, is assigned "curl:
-/// <reason>" (or "curl init failed") and the other out-parameters keep what they held.
+/// <reason>" (or another as Transfer::perform) and the other out-parameters keep what they held.
 ///
 /// A non-empty bearer token is sent to the URL's own origin alone: a redirect to another
 /// host or port does not carry it.

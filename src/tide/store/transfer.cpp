@@ -27,7 +27,7 @@ ConnectionCache::~ConnectionCache() {
 
 namespace {
 
-constexpr long kMaxRedirects = 30;
+constexpr int kMaxRedirects = 30;
 constexpr const char* kSchemes = "http,https";
 constexpr const char* kUserAgent = "quorvelle-tide/0.1";
 
@@ -80,6 +80,22 @@ int rewind(void* context, curl_off_t offset, int origin) noexcept {
     return CURL_SEEKFUNC_OK;
 }
 
+// Scheme, host and port; of what is no URL, nothing.
+std::string originOf(const std::string& url) {
+    const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> parts(curl_url(), &curl_url_cleanup);
+    std::string origin;
+    if (curl_url_set(parts.get(), CURLUPART_URL, url.c_str(), 0) == CURLUE_OK) {
+        for (const CURLUPart part : {CURLUPART_SCHEME, CURLUPART_HOST, CURLUPART_PORT}) {
+            char* text = nullptr;
+            curl_url_get(parts.get(), part, &text, CURLU_DEFAULT_PORT);
+            origin += ' ';
+            origin += text == nullptr ? "" : text;
+            curl_free(text);
+        }
+    }
+    return origin;
+}
+
 }  // namespace
 
 struct Transfer::Handle {
@@ -87,10 +103,18 @@ struct Transfer::Handle {
     curl_slist* headers = nullptr;
     Streams streams;
     CURLcode result = CURLE_OK;
+    std::string url;
+    bool follows = false;
+    const char* redirectSchemes = kSchemes;
 
     ~Handle() {
-        curl_slist_free_all(headers);
+        dropHeaders();
         curl_easy_cleanup(easy);
+    }
+
+    void dropHeaders() {
+        curl_slist_free_all(headers);
+        headers = nullptr;
     }
 };
 
@@ -102,9 +126,11 @@ Transfer::Transfer(const std::string& url, std::uint64_t maxBody, ConnectionCach
     }
     handle->streams.body = &body;
     handle->streams.maxBody = maxBody;
-    curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
+    handle->url = url;
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, kSchemes);
-    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, kSchemes);
+    // It knows which proxies by itself, from variables that are not all of those that count.
+    curl_easy_setopt(easy, CURLOPT_PROXY, "");
+    curl_easy_setopt(easy, CURLOPT_NOPROXY, "");
     curl_easy_setopt(easy, CURLOPT_USERAGENT, kUserAgent);
     curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 1L);
     // Windows asks whether certificates were revoked, which fails for those of a private
@@ -128,11 +154,8 @@ Transfer::Transfer(const std::string& url, std::uint64_t maxBody, ConnectionCach
 Transfer::~Transfer() = default;
 
 void Transfer::followRedirects(bool httpsOnly) {
-    if (httpsOnly) {
-        curl_easy_setopt(handle->easy, CURLOPT_REDIR_PROTOCOLS_STR, "https");
-    }
-    curl_easy_setopt(handle->easy, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(handle->easy, CURLOPT_MAXREDIRS, kMaxRedirects);
+    handle->follows = true;
+    handle->redirectSchemes = httpsOnly ? "https" : kSchemes;
 }
 
 void Transfer::limitIdleTime() {
@@ -176,6 +199,56 @@ bool Transfer::perform(std::string* err) {
     if (handle->easy == nullptr) {
         return fail(err, "curl init failed");
     }
+    // Not left to libcurl, for each address has a proxy of its own.
+    for (int redirects = 0;; ++redirects) {
+        if (!performOnce(err)) {
+            return false;
+        }
+        char* target = nullptr;
+        curl_easy_getinfo(handle->easy, CURLINFO_REDIRECT_URL, &target);
+        if (!handle->follows || target == nullptr) {
+            return true;
+        }
+        if (redirects == kMaxRedirects) {
+            handle->result = CURLE_TOO_MANY_REDIRECTS;
+            return fail(err, "curl: ", curl_easy_strerror(handle->result));
+        }
+        redirectTo(target);
+    }
+}
+
+void Transfer::redirectTo(const std::string& target) {
+    if (originOf(target) != originOf(handle->url)) {
+        handle->dropHeaders();
+    }
+    handle->url = target;
+    curl_easy_setopt(handle->easy, CURLOPT_PROTOCOLS_STR, handle->redirectSchemes);
+    body.clear();
+    handle->streams.headerBytes = 0;
+}
+
+bool Transfer::chooseRoute(std::string* err) {
+    if (!network().routeTo) {
+        return true;
+    }
+    Route route = network().routeTo(handle->url);
+    if (!route.problem.empty()) {
+        handle->result = CURLE_COULDNT_CONNECT;
+        return fail(err, route.problem);
+    }
+    curl_easy_setopt(handle->easy, CURLOPT_PROXY, route.proxy.c_str());
+    if (!route.authorities.empty()) {
+        curl_blob pem{route.authorities.data(), route.authorities.size(), CURL_BLOB_COPY};
+        curl_easy_setopt(handle->easy, CURLOPT_CAINFO_BLOB, &pem);
+    }
+    return true;
+}
+
+bool Transfer::performOnce(std::string* err) {
+    if (!chooseRoute(err)) {
+        return false;
+    }
+    curl_easy_setopt(handle->easy, CURLOPT_URL, handle->url.c_str());
     curl_easy_setopt(handle->easy, CURLOPT_HTTPHEADER, handle->headers);
     handle->result = curl_easy_perform(handle->easy);
     if (handle->streams.headerBytes > kMaxHeaderBytes) {
@@ -185,7 +258,16 @@ bool Transfer::perform(std::string* err) {
     if (handle->result == CURLE_OPERATION_TIMEDOUT) {
         return fail(err, "curl: ", timeOutText());
     }
+    if (const long refusal = proxyRefusal(); refusal != 0) {
+        return fail(err, "curl: the proxy answered HTTP ", std::to_string(refusal));
+    }
     return handle->result == CURLE_OK || fail(err, "curl: ", curl_easy_strerror(handle->result));
+}
+
+long Transfer::proxyRefusal() const {
+    long code = 0;
+    curl_easy_getinfo(handle->easy, CURLINFO_HTTP_CONNECTCODE, &code);
+    return handle->result == CURLE_OK || code < 300 ? 0 : code;
 }
 
 std::string Transfer::timeOutText() const {
@@ -197,6 +279,9 @@ std::string Transfer::timeOutText() const {
 }
 
 bool Transfer::connectionBroke() const {
+    if (proxyRefusal() != 0) {
+        return false;
+    }
     return handle->result == CURLE_RECV_ERROR || handle->result == CURLE_SEND_ERROR ||
            handle->result == CURLE_GOT_NOTHING || handle->result == CURLE_PARTIAL_FILE;
 }

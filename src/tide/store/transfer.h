@@ -23,7 +23,7 @@ public:
     Transfer& operator=(const Transfer&) = delete;
 
     /// Follows up to 30 redirects, with `httpsOnly` to https alone. Headers of addHeader
-    /// that carry credentials stay with the first origin.
+    /// stay with the first origin.
     void followRedirects(bool httpsOnly);
     /// Ends the transfer as failed when it moves no byte for the time of network().
     void limitIdleTime();
@@ -38,7 +38,8 @@ public:
     void makeDelete();
 
     /// Whether the transfer completed, whatever the status. On failure `err`, unless
-    /// null, is assigned "curl: <reason>" or "curl init failed".
+    /// null, is assigned "curl: <reason>", "curl init failed", or why network() has no way to
+    /// the address.
     bool perform(std::string* err);
 
     /// Whether a transfer that did not complete had its connection broken, so that another
@@ -55,7 +56,12 @@ public:
 
 private:
     struct Handle;
+    bool chooseRoute(std::string* err);
+    bool performOnce(std::string* err);
+    void redirectTo(const std::string& target);
     std::string timeOutText() const;
+    /// The status of a proxy that would not open a tunnel, 0 for none.
+    long proxyRefusal() const;
 
     std::unique_ptr<Handle> handle;
 };

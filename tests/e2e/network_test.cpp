@@ -1,0 +1,83 @@
+#include <gmock/gmock.h>
+
+#include "support/fake_tide.h"
+#include "support/outcomes.h"
+
+namespace quorvelle::testing {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+namespace {
+
+const TideFiles kBuild{{"a", {"one"}}};
+
+/// A channel "stable" of a server whose addresses lead elsewhere.
+class Network : public ::testing::Test {
+protected:
+    void subscribe(const QString& server) {
+        const QJsonObject app{
+            {"name", "app"}, {"server", server}, {"channel", "stable"}, {"dir", box.path("app")}};
+        box.writeConfig(
+            {{"schema_version", 2}, {"token", "tok"}, {"subscriptions", QJsonArray{app}}});
+    }
+
+    Sandbox box;
+};
+
+}  // namespace
+
+/// Neither server is there: the proxy answers for them.
+TEST_F(Network, IsReachedThroughTheSameProxyByEveryRequest) {
+    const std::string app = "http://builds.test";
+    const std::string store = "http://bucket.test/b/";
+    FakeServer proxy;
+    FakeServer near;
+    proxy.onJson("GET", app + "/api/channels/stable", {{"engine", "tide"}});
+    proxy.onJson("GET", app + "/api/tide/sync/stable",
+                 {{"build", "b1"}, {"manifest_url", QString::fromStdString(app) + "/m"}});
+    proxy.onJson("DELETE", app + "/api/builds/b0", {});
+    proxy.onJson("POST", app + "/api/channels/stable/promote?build=b1", {});
+    proxy.on("GET", app + "/m", [&](const auto&, httplib::Response& response) {
+        response.set_redirect(near.url().toStdString() + "/m");
+    });
+    near.onBytes("GET", "/m", tideManifest("stable", kBuild));
+    const std::string id = chunkId("one").toStdString();
+    const std::string chunk = store + "chunks/" + id.substr(0, 2) + '/' + id;
+    proxy.onBytes("GET", chunk, "one");
+    subscribe(QString::fromStdString(app));
+    for (const auto& [name, value] :
+         std::map<QString, QString>{{"http_proxy", proxy.url().replace("://", "://me%40x:p%3Aw@")},
+                                    {"TIDE_S3_ENDPOINT", "http://bucket.test"},
+                                    {"TIDE_S3_BUCKET", "b"},
+                                    {"TIDE_S3_KEY", "k"},
+                                    {"TIDE_S3_SECRET", "s"}}) {
+        box.environment.insert(name, value);
+    }
+    EXPECT_EQ(box.run({"sync"}).err, "");
+    EXPECT_EQ(box.tree("app"), QStringList("a=one"));
+    EXPECT_EQ(box.run({"build", "delete", "b0", "--server", "http://builds.test"}).code, 0);
+    EXPECT_EQ(box.run({"promote", "stable", "b1", "--server", "http://builds.test"}).err, "");
+    EXPECT_THAT(
+        proxy.lines(),
+        ElementsAre("GET " + app + "/api/channels/stable", "GET " + app + "/api/tide/sync/stable",
+                    "GET " + app + "/m", "GET " + chunk, "DELETE " + app + "/api/builds/b0",
+                    StartsWith("POST " + app + "/api/")));
+    for (const SeenRequest& request : proxy.requests()) {
+        // "me@x:p:w"
+        EXPECT_EQ(request.header("Proxy-Authorization"), "Basic bWVAeDpwOnc=") << request.line();
+    }
+    EXPECT_EQ(near.requests().at(0).header("Proxy-Authorization"), "(none)");
+}
+
+TEST_F(Network, IsNotAskedWithoutTheProxyThatCannotBeUsed) {
+    subscribe("http://builds.test");
+    box.environment.insert("all_proxy", "https://u:secret@p");
+    const Outcome got = box.run({"sync"});
+    EXPECT_EQ(got.code, 2);
+    EXPECT_EQ(got.err, "'app': sync failed: all_proxy is no address of an http or socks5 proxy\n");
+}
+
+}  // namespace quorvelle::testing
