@@ -17,12 +17,12 @@ namespace quorvelle {
 namespace {
 
 /// The text after the summary. Who has no channels yet is told that in the place of changes.
-QString endingText(const QJsonObject& answer, const Reconciled& outcome) {
+Lines endingText(const QJsonObject& answer, const Reconciled& outcome) {
     const bool none = answer.value(u"channels").toArray().isEmpty();
-    return (none ? QStringLiteral("No channels assigned yet - subscriptions will appear "
-                                  "automatically once your groups get assignments.\n")
-                 : changesText(outcome)) +
-           QStringLiteral("Run 'quorvelle sync' or let the client pick them up.\n");
+    return (none ? Lines{QStringLiteral("No channels assigned yet - subscriptions will appear "
+                                        "automatically once your groups get assignments.")}
+                 : changesText(outcome))
+           << QStringLiteral("Run 'quorvelle sync' or let the client pick them up.");
 }
 
 }  // namespace

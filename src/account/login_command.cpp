@@ -17,17 +17,20 @@ namespace {
 
 /// Shows what is about to happen and where; in JSON mode apart from the result.
 void printOpening(const QString& server, const QString& url) {
-    const QString text = QStringLiteral(
-                             "Opening your browser to sign in at %1 ...\n"
-                             "If it does not open, use this link:\n  %2\n")
-                             .arg(server, url);
-    (jsonMode() ? printDiagnostic : print)(text);
+    const Lines text = lines(QStringLiteral("Opening your browser to sign in at %1 ...\n"
+                                            "If it does not open, use this link:\n  %2"),
+                             {server, url});
+    if (jsonMode()) {
+        printDiagnostic(text);
+    } else {
+        print(text);
+    }
 }
 
-QString signedInText(const QString& server, const QJsonObject& result) {
+Lines signedInText(const QString& server, const QJsonObject& result) {
     const QString note = result.value(u"note").toString();
     return sessionText(QStringLiteral("Signed in to"), server, result) +
-           (note.isEmpty() ? QString() : QStringLiteral("Note: %1\n").arg(note));
+           (note.isEmpty() ? Lines() : Lines{QStringLiteral("Note: %1").arg(note)});
 }
 
 }  // namespace

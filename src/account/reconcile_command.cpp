@@ -31,10 +31,10 @@ Reconciled reconcileServer(const QJsonObject& serverEntry) {
     Reconciler reconciler;
     QEventLoop loop;
     QObject::connect(&reconciler, &Reconciler::finished, &loop,
-                     [&](bool ok, const QString& error, const QStringList& changes) {
+                     [&](bool ok, const QStringList& errors, const QStringList& changes) {
                          outcome = {.ok = ok, .changes = changes};
                          if (!ok) {
-                             printError(error);
+                             printError(errors);
                          }
                          loop.quit();
                      });
@@ -43,15 +43,11 @@ Reconciled reconcileServer(const QJsonObject& serverEntry) {
     return outcome;
 }
 
-QString changesText(const Reconciled& outcome) {
+Lines changesText(const Reconciled& outcome) {
     if (outcome.ok && outcome.changes.isEmpty()) {
-        return QStringLiteral("Subscriptions already match all server assignments.\n");
+        return {QStringLiteral("Subscriptions already match all server assignments.")};
     }
-    QString text;
-    for (const QString& line : outcome.changes) {
-        text += line + u'\n';
-    }
-    return text;
+    return outcome.changes;
 }
 
 QJsonObject withChanges(QJsonObject object, const Reconciled& outcome) {

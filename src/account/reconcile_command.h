@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include "console/shown_text.h"
+
 namespace quorvelle {
 
 /// What reconciling came to; an error has been printed when not `ok`.
@@ -17,8 +19,8 @@ struct Reconciled {
 Reconciled reconcileServer(const QJsonObject& serverEntry);
 
 /// The change lines as text mode shows them; without any, that everything matches, unless
-/// there was a failure. Each line has its end.
-QString changesText(const Reconciled& outcome);
+/// there was a failure.
+Lines changesText(const Reconciled& outcome);
 
 /// The object with the change lines added as "changes".
 QJsonObject withChanges(QJsonObject object, const Reconciled& outcome);

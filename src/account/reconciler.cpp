@@ -36,14 +36,14 @@ void Reconciler::apply(const QStringList& assigned) {
         return !plan.changes.isEmpty();
     });
     if (outcome == config::Changed::kNotSaved) {
-        Q_EMIT finished(false, QStringLiteral("%1: could not write config").arg(server()), {});
+        Q_EMIT finished(false, {QStringLiteral("%1: could not write config").arg(server())}, {});
         return;
     }
-    Q_EMIT finished(plan.refused.isEmpty(), plan.refused.join(u'\n'), plan.changes);
+    Q_EMIT finished(plan.refused.isEmpty(), plan.refused, plan.changes);
 }
 
 void Reconciler::fail(const QString& reason) {
-    Q_EMIT finished(false, QStringLiteral("%1: reconcile failed: %2").arg(server(), reason), {});
+    Q_EMIT finished(false, {QStringLiteral("%1: reconcile failed: %2").arg(server(), reason)}, {});
 }
 
 QString Reconciler::server() const {

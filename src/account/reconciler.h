@@ -24,9 +24,9 @@ public:
     void start(const QJsonObject& serverEntry);
 
 Q_SIGNALS:
-    /// Emitted once. `error` holds one line per failure and is empty when `ok`; `changes`
-    /// are the lines of what was changed and saved, also where some channels failed.
-    void finished(bool ok, const QString& error, const QStringList& changes);
+    /// Emitted once. `errors` holds one line per failure, none when `ok`; `changes` are the
+    /// lines of what was changed and saved, also where some channels failed.
+    void finished(bool ok, const QStringList& errors, const QStringList& changes);
 
 private:
     void onReply(const HttpExchange& exchange);

@@ -49,14 +49,15 @@ std::optional<QJsonObject> storeSession(const QString& server, const QJsonObject
     return entry;
 }
 
-QString sessionText(const QString& opening, const QString& server, const QJsonObject& answer) {
+Lines sessionText(const QString& opening, const QString& server, const QJsonObject& answer) {
     QStringList groups;
     for (const QJsonValue& group : answer.value(u"groups").toArray()) {
         groups.append(group.toString());
     }
-    return QStringLiteral("%1 %2 as '%3' (%4)\nGroups: %5\n")
-        .arg(opening, server, answer.value(u"user").toString(), answer.value(u"role").toString(),
-             groups.isEmpty() ? QStringLiteral("(none)") : groups.join(QStringLiteral(", ")));
+    return lines(
+        QStringLiteral("%1 %2 as '%3' (%4)\nGroups: %5"),
+        {opening, server, answer.value(u"user").toString(), answer.value(u"role").toString(),
+         groups.isEmpty() ? QStringLiteral("(none)") : groups.join(QStringLiteral(", "))});
 }
 
 }  // namespace quorvelle

@@ -4,6 +4,8 @@
 #include <QString>
 #include <optional>
 
+#include "console/shown_text.h"
+
 /// What joining and signing in do with the server's answer: an object with "token", "user",
 /// "role" and "groups".
 
@@ -24,6 +26,6 @@ std::optional<QJsonObject> storeSession(const QString& server, const QJsonObject
 
 /// "Joined http://s as 'ann' (member)" and the line of her groups; `opening` is "Joined" or
 /// the like.
-QString sessionText(const QString& opening, const QString& server, const QJsonObject& answer);
+Lines sessionText(const QString& opening, const QString& server, const QJsonObject& answer);
 
 }  // namespace quorvelle

@@ -49,7 +49,8 @@ bool SsoLogin::start(const QString& server, QString* url, QString* error) {
     }
     port = listener.serverPort();
     connect(&listener, &QTcpServer::newConnection, this, &SsoLogin::acceptConnections);
-    *url = baseUrl + QStringLiteral("/api/sso/start?port=") + QString::number(port);
+    *url = withoutUserInformation(baseUrl) + QStringLiteral("/api/sso/start?port=") +
+           QString::number(port);
     return true;
 }
 

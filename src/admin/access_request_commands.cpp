@@ -15,7 +15,7 @@ namespace quorvelle {
 
 namespace {
 
-QString requestLine(const QJsonObject& request) {
+Lines requestLines(const QJsonObject& request) {
     QString line =
         QStringLiteral("  %1  %2  %3  %4")
             .arg(idText(request.value(u"id")), request.value(u"name").toString(),
@@ -24,21 +24,24 @@ QString requestLine(const QJsonObject& request) {
         line += QStringLiteral("  (user exists)");
     }
     // Indented in all its lines, a stranger's message cannot pass for a further request.
-    const QString indent = QStringLiteral("\n      ");
     const QString message = request.value(u"message").toString();
-    return message.isEmpty() ? line : line + indent + QString(message).replace(u'\n', indent);
+    Lines text{line};
+    for (const QString& part : message.isEmpty() ? Lines() : message.split(u'\n')) {
+        text << QStringLiteral("      ") + part;
+    }
+    return text;
 }
 
-QString mailText(const QString& server, const QJsonObject& invite) {
+Lines mailText(const QString& server, const QJsonObject& invite) {
     const QString code = invite.value(kInviteCode).toString();
-    return QStringLiteral(
-               "You have access to the Quorvelle server %1\n\n"
-               "Install the client from %2, start it, choose \"Join with invite\",\n"
-               "and paste:\n\n  %1\n  %3\n\n"
-               "or in a terminal:  %4\n\n"
-               "The invite expires %5\n")
-        .arg(server, kDownloads, code, joinCommandLine(server, code),
-             invite.value(u"expires_at").toString());
+    return lines(
+        QStringLiteral("You have access to the Quorvelle server %1\n\n"
+                       "Install the client from %2, start it, choose \"Join with invite\",\n"
+                       "and paste:\n\n  %1\n  %3\n\n"
+                       "or in a terminal:  %4\n\n"
+                       "The invite expires %5"),
+        {withoutUserInformation(server), kDownloads, code, joinCommandLine(server, code),
+         invite.value(u"expires_at").toString()});
 }
 
 QString refusalText(const QString& server, const Answer& answer) {
@@ -79,21 +82,21 @@ int requestsCommand(QStringList args) {
                            .path = QStringLiteral("/api/access-requests"),
                            .heading = QStringLiteral("Pending access requests on %1:"),
                            .none = QStringLiteral("No pending access requests on %1"),
-                           .line = requestLine});
+                           .lines = requestLines});
 }
 
 int requestApproveCommand(QStringList args) {
-    return runInviteCommand(std::move(args), [](const Server& server, const QString& id,
-                                                const QueryItems& terms) {
-        const Reply reply =
-            postEmpty(server, apiPath(QStringLiteral("/api/access-requests/%1/approve"), id),
-                      QStringLiteral("request approve"), terms);
-        return finishShownOnce(
-            reply, kInviteCode,
-            QStringLiteral("Approved. Send this to %1 (the code is shown only "
-                           "once):\n\n%2")
-                .arg(reply.object.value(u"email").toString(), mailText(server.url, reply.object)));
-    });
+    return runInviteCommand(
+        std::move(args), [](const Server& server, const QString& id, const QueryItems& terms) {
+            const Reply reply =
+                postEmpty(server, apiPath(QStringLiteral("/api/access-requests/%1/approve"), id),
+                          QStringLiteral("request approve"), terms);
+            return finishShownOnce(
+                reply, kInviteCode,
+                lines(QStringLiteral("Approved. Send this to %1 (the code is shown only once):\n"),
+                      {reply.object.value(u"email").toString()}) +
+                    mailText(server.url, reply.object));
+        });
 }
 
 int requestDeclineCommand(QStringList args) {

@@ -31,53 +31,55 @@ QString keepText(const QJsonObject& schedule, const QString& pattern) {
 }
 
 QString lastText(const QJsonObject& last) {
-    if (last.isEmpty()) {
-        return {};
-    }
     const QString error = last.value(u"error").toString();
     return error.isEmpty()
-               ? QStringLiteral("Last: %1  %2\n")
+               ? QStringLiteral("Last: %1  %2")
                      .arg(last.value(u"snapshot").toString(), last.value(u"finished_at").toString())
-               : QStringLiteral("Last: FAILED: %1\n").arg(error);
+               : QStringLiteral("Last: FAILED: %1").arg(error);
 }
 
-QString snapshotsText(const QJsonArray& snapshots) {
-    QString text;
+Lines snapshotsText(const QJsonArray& snapshots) {
+    Lines text;
     for (const QJsonValue& value : snapshots) {
         const QJsonObject snapshot = value.toObject();
-        text += QStringLiteral("  %1  %2 file(s), %3 bytes\n")
+        text << QStringLiteral("  %1  %2 file(s), %3 bytes")
                     .arg(snapshot.value(u"name").toString(), wholeNumber(snapshot.value(u"files")),
                          wholeNumber(snapshot.value(u"bytes")));
     }
-    return text + QStringLiteral("%1 snapshot(s)\n").arg(snapshots.size());
+    return text << QStringLiteral("%1 snapshot(s)").arg(snapshots.size());
 }
 
-QString backupsText(const QString& server, const QJsonObject& status) {
+Lines backupsText(const QString& server, const QJsonObject& status) {
     if (!status.value(u"configured").toBool()) {
-        return QStringLiteral(
-                   "Backups are not configured on %1 (on the server: quorvelled backup init ...)\n")
-            .arg(server);
+        return {QStringLiteral(
+                    "Backups are not configured on %1 (on the server: quorvelled backup init ...)")
+                    .arg(server)};
     }
     const QJsonObject schedule = status.value(u"schedule").toObject();
+    const QJsonObject last = status.value(u"last").toObject();
     const QString note = status.value(u"note").toString();
-    return QStringLiteral("Backup bucket: ") + status.value(u"bucket").toString() +
-           (status.value(u"running").toBool() ? QStringLiteral(" (backup running)\n")
-                                              : QStringLiteral("\n")) +
-           QStringLiteral("Schedule: ") + dailyText(schedule) +
-           keepText(schedule, QStringLiteral(", keep %1")) + u'\n' +
-           lastText(status.value(u"last").toObject()) +
-           snapshotsText(status.value(u"snapshots").toArray()) +
-           (note.isEmpty() ? QString() : QStringLiteral("note: ") + note + u'\n');
+    Lines text{
+        QStringLiteral("Backup bucket: ") + status.value(u"bucket").toString() +
+            (status.value(u"running").toBool() ? QStringLiteral(" (backup running)") : QString()),
+        QStringLiteral("Schedule: ") + dailyText(schedule) +
+            keepText(schedule, QStringLiteral(", keep %1"))};
+    if (!last.isEmpty()) {
+        text << lastText(last);
+    }
+    text << snapshotsText(status.value(u"snapshots").toArray());
+    return note.isEmpty() ? text : text << QStringLiteral("note: ") + note;
 }
 
-QString initText(const QJsonObject& reply) {
+Lines initText(const QJsonObject& reply) {
     const QString prefix = reply.value(u"prefix").toString();
-    return QStringLiteral("Backups configured: bucket '") + reply.value(u"bucket").toString() +
-           u'\'' + (prefix.isEmpty() ? QString() : QStringLiteral(" under ") + prefix) +
-           QStringLiteral(
-               "\n\nEncryption key - shown ONCE. Without it every snapshot is unreadable; keep it "
-               "in\nyour password manager now:\n\n") +
-           reply.value(kEncryptionKey).toString() + u'\n';
+    return lines(
+        QStringLiteral(
+            "Backups configured: bucket '%1'%2\n\n"
+            "Encryption key - shown ONCE. Without it every snapshot is unreadable; keep it in\n"
+            "your password manager now:\n\n%3"),
+        {reply.value(u"bucket").toString(),
+         prefix.isEmpty() ? QString() : QStringLiteral(" under ") + prefix,
+         reply.value(kEncryptionKey).toString()});
 }
 
 /// Why the bucket options of `backup init` cannot be sent, or an empty text.

@@ -24,15 +24,15 @@ QString buildLine(const QJsonObject& build) {
            (channels.isEmpty() ? QString() : QStringLiteral("  <- ") + channels);
 }
 
-QString buildText(const QString& id, const QJsonObject& build) {
-    QString text =
-        QStringLiteral("Build ") + id + disabledMark(build) +
-        QStringLiteral("  created %1  %2 files, %3 bytes\non channels: %4\nfiles:\n")
-            .arg(build.value(u"created_at").toString(), wholeNumber(build.value(u"file_count")),
-                 wholeNumber(build.value(u"total_size")), namesOrNone(build.value(u"channels")));
+Lines buildText(const QString& id, const QJsonObject& build) {
+    Lines text =
+        lines(QStringLiteral("Build %1%2  created %3  %4 files, %5 bytes\non channels: %6\nfiles:"),
+              {id, disabledMark(build), build.value(u"created_at").toString(),
+               wholeNumber(build.value(u"file_count")), wholeNumber(build.value(u"total_size")),
+               namesOrNone(build.value(u"channels"))});
     for (const QJsonValue& value : build.value(u"files").toArray()) {
         const QJsonObject file = value.toObject();
-        text += QStringLiteral("  %1  (%2 bytes)\n")
+        text << QStringLiteral("  %1  (%2 bytes)")
                     .arg(file.value(u"path").toString(), wholeNumber(file.value(u"size")));
     }
     return text;

@@ -72,7 +72,7 @@ int channelLaunchListCommand(QStringList args) {
         const Reply reply = readChannel({server, channel, QStringLiteral("channel launch list")});
         const QJsonArray targets = reply.object.value(kTargetsKey).toArray();
         return finish(reply, targets.isEmpty()
-                                 ? QStringLiteral("'%1' has no launch targets\n").arg(channel)
+                                 ? Lines{QStringLiteral("'%1' has no launch targets").arg(channel)}
                                  : targetLines(targets));
     });
 }

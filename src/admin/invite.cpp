@@ -2,6 +2,7 @@
 
 #include <QRegularExpression>
 
+#include "config/server_url.h"
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
@@ -37,7 +38,8 @@ int runInviteCommand(QStringList args, const MakeInvite& make) {
 }
 
 QString joinCommandLine(const QString& server, const QString& code) {
-    return QStringLiteral("quorvelle join %1 %2 --install-root <path>").arg(server, code);
+    return QStringLiteral("quorvelle join %1 %2 --install-root <path>")
+        .arg(withoutUserInformation(server), code);
 }
 
 }  // namespace quorvelle

@@ -19,12 +19,12 @@ QString inviteLine(const QJsonObject& invite) {
            (invite.value(u"expired").toBool() ? QStringLiteral("  (EXPIRED)") : QString());
 }
 
-QString invitedText(const QString& server, const QString& user, const QJsonObject& invite) {
+Lines invitedText(const QString& server, const QString& user, const QJsonObject& invite) {
     const QString code = invite.value(kInviteCode).toString();
-    return QStringLiteral(
-               "Invite for '%1' (expires %2). The code is shown only once:\n\n  %3\n\n"
-               "They join with:\n  %4\n")
-        .arg(user, invite.value(u"expires_at").toString(), code, joinCommandLine(server, code));
+    return lines(
+        QStringLiteral("Invite for '%1' (expires %2). The code is shown only once:\n\n  %3\n\n"
+                       "They join with:\n  %4"),
+        {user, invite.value(u"expires_at").toString(), code, joinCommandLine(server, code)});
 }
 
 }  // namespace

@@ -27,22 +27,22 @@ QString seatsLine(const QJsonObject& license) {
     if (cap <= 0) {
         return QStringLiteral(
                    "Privileged seats in use: %1 (admins + publishers; no seat limit on this "
-                   "license)\n")
+                   "license)")
             .arg(used);
     }
-    return QStringLiteral("Seats: %1 of %2 privileged seats used (admins + publishers)%3\n")
+    return QStringLiteral("Seats: %1 of %2 privileged seats used (admins + publishers)%3")
         .arg(QString::number(used), QString::number(cap),
              used < cap ? QString()
                         : QStringLiteral(" - all seats taken: add seats or disable a user"));
 }
 
-QString licenseText(const QString& server, const QJsonObject& license) {
-    return QStringLiteral("License on %1: ").arg(server) + license.value(u"status").toString() +
-           part(license, u"tier", QStringLiteral(" (%1)")) +
-           part(license, u"licensee", QStringLiteral(", licensee '%1'")) +
-           part(license, u"expires", QStringLiteral(", through %1")) +
-           part(license, u"days_left", QStringLiteral(", %1 days left")) + u'\n' +
-           seatsLine(license);
+Lines licenseText(const QString& server, const QJsonObject& license) {
+    return {QStringLiteral("License on %1: ").arg(server) + license.value(u"status").toString() +
+                part(license, u"tier", QStringLiteral(" (%1)")) +
+                part(license, u"licensee", QStringLiteral(", licensee '%1'")) +
+                part(license, u"expires", QStringLiteral(", through %1")) +
+                part(license, u"days_left", QStringLiteral(", %1 days left")),
+            seatsLine(license)};
 }
 
 /// What the server says of the license that it installed; the license itself says the rest.
@@ -84,9 +84,8 @@ int requestTrialCommand(QStringList args) {
                                      QStringLiteral("install trial"), *trial);
         if (!reply.ok) {
             // The service may give one license a name, so this one must not be lost.
-            printNote(
-                QStringLiteral("The license that was not installed:\n%1")
-                    .arg(QString::fromUtf8(QJsonDocument(*trial).toJson(QJsonDocument::Compact))));
+            printNote({QStringLiteral("The license that was not installed:"),
+                       QString::fromUtf8(QJsonDocument(*trial).toJson(QJsonDocument::Compact))});
         }
         return finish(reply, trialText(server.url, *trial, reply.object));
     });
@@ -97,8 +96,8 @@ int cloudPortalCommand(QStringList args) {
         const Reply reply =
             getJson(server, QStringLiteral("/api/cloud/portal"), QStringLiteral("cloud portal"));
         return finish(reply,
-                      QStringLiteral("Billing portal (open in a browser, link is short-lived):\n") +
-                          reply.object.value(u"url").toString() + u'\n');
+                      {QStringLiteral("Billing portal (open in a browser, link is short-lived):"),
+                       reply.object.value(u"url").toString()});
     });
 }
 

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include "console/shown_text.h"
+
 namespace quorvelle {
 
 /// A command that shows what a server has of one kind, a line each.
@@ -15,7 +17,9 @@ struct ListCommand {
     QString heading;
     /// The line in its place where there is nothing.
     QString none;
-    QString (*line)(const QJsonObject& thing);
+    QString (*line)(const QJsonObject& thing) = nullptr;
+    /// In its place where a thing may take more lines than one.
+    Lines (*lines)(const QJsonObject& thing) = nullptr;
 };
 
 /// Runs it. Surplus words are ignored, see listOnServer().

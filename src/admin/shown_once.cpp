@@ -5,14 +5,14 @@
 
 namespace quorvelle {
 
-int finishShownOnce(const Reply& reply, const QString& key, const QString& text) {
+int finishShownOnce(const Reply& reply, const QString& key, const Lines& text) {
     if (!reply.ok) {
         return kExitFailed;
     }
     printResult(reply.object, text, Kept::kAlways);
     const QByteArray body = reply.body.trimmed();
     if (!jsonMode() && !body.isEmpty() && reply.object.value(key).toString().isEmpty()) {
-        printDiagnostic(QString::fromUtf8(body) + u'\n');
+        printDiagnostic(Lines{QString::fromUtf8(body)});
     }
     return kExitSuccess;
 }

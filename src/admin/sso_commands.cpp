@@ -14,15 +14,16 @@ namespace {
 
 const QString kConfigPath = QStringLiteral("/api/sso/config");
 
-QString ssoText(const QString& server, const QJsonObject& config) {
+Lines ssoText(const QString& server, const QJsonObject& config) {
     if (!config.value(u"configured").toBool()) {
-        return QStringLiteral("SSO: not configured on %1\n").arg(server);
+        return {QStringLiteral("SSO: not configured on %1").arg(server)};
     }
-    return QStringLiteral("SSO on %1:\n  issuer: %2\n  client id: %3\n  scopes: %4\n  secret: %5\n")
-        .arg(server, config.value(u"issuer").toString(), config.value(u"client_id").toString(),
-             config.value(u"scopes").toString(),
-             config.value(u"secret_set").toBool() ? QStringLiteral("stored")
-                                                  : QStringLiteral("missing"));
+    return lines(
+        QStringLiteral("SSO on %1:\n  issuer: %2\n  client id: %3\n  scopes: %4\n  secret: %5"),
+        {server, config.value(u"issuer").toString(), config.value(u"client_id").toString(),
+         config.value(u"scopes").toString(),
+         config.value(u"secret_set").toBool() ? QStringLiteral("stored")
+                                              : QStringLiteral("missing")});
 }
 
 int showSso(const Server& server, QStringList&) {

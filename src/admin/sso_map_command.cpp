@@ -22,27 +22,28 @@ const QString kGroups = QStringLiteral("groups");
 using Change = std::function<bool(QJsonObject& mapping)>;
 
 /// One line per entry; "(none)" in the place of the entries where there are none.
-QString entriesText(const QJsonObject& entries, const QString& heading, const QString& label) {
+Lines entriesText(const QJsonObject& entries, const QString& heading, const QString& label) {
     if (entries.isEmpty()) {
-        return heading + QStringLiteral("(none)\n");
+        return {heading + QStringLiteral("(none)")};
     }
-    QString text;
+    Lines text;
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
-        text += label + entry.key() + QStringLiteral(" -> ") + entry.value().toString() + u'\n';
+        text << label + entry.key() + QStringLiteral(" -> ") + entry.value().toString();
     }
     return text;
 }
 
-QString mappingText(const QString& server, const QJsonObject& reply) {
+Lines mappingText(const QString& server, const QJsonObject& reply) {
     const QJsonObject mapping = reply.value(u"mapping").toObject();
-    return QStringLiteral("SSO mapping on %1:%2\nclaims:       roles=%3 groups=%4\n")
-               .arg(server,
-                    reply.value(u"configured").toBool()
-                        ? QString()
-                        : QStringLiteral(" (provider not set - defaults)"),
-                    mapping.value(u"roles_claim").toString(),
-                    mapping.value(u"groups_claim").toString()) +
-           QStringLiteral("default role: ") + mapping.value(u"default_role").toString() + u'\n' +
+    return lines(
+               QStringLiteral("SSO mapping on %1:%2\nclaims:       roles=%3 groups=%4\n"
+                              "default role: %5"),
+               {server,
+                reply.value(u"configured").toBool()
+                    ? QString()
+                    : QStringLiteral(" (provider not set - defaults)"),
+                mapping.value(u"roles_claim").toString(), mapping.value(u"groups_claim").toString(),
+                mapping.value(u"default_role").toString()}) +
            entriesText(mapping.value(kRoles).toObject(), QStringLiteral("roles:        "),
                        QStringLiteral("role:         ")) +
            entriesText(mapping.value(kGroups).toObject(), QStringLiteral("groups:       "),

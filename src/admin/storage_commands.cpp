@@ -13,14 +13,15 @@ namespace {
 
 const QString kStoragePath = QStringLiteral("/api/storage");
 
-QString storageText(const QString& server, const QJsonObject& storage) {
+Lines storageText(const QString& server, const QJsonObject& storage) {
     if (!storage.value(u"configured").toBool()) {
-        return QStringLiteral("Build storage: not configured on %1\n").arg(server);
+        return {QStringLiteral("Build storage: not configured on %1").arg(server)};
     }
-    return QStringLiteral(
-               "Build storage on %1:\n  endpoint: %2\n  region: %3\n  bucket: %4\n  key: %5\n")
-        .arg(server, storage.value(u"endpoint").toString(), storage.value(u"region").toString(),
-             storage.value(u"bucket").toString(), storage.value(u"access_key_hint").toString());
+    return lines(
+        QStringLiteral(
+            "Build storage on %1:\n  endpoint: %2\n  region: %3\n  bucket: %4\n  key: %5"),
+        {server, storage.value(u"endpoint").toString(), storage.value(u"region").toString(),
+         storage.value(u"bucket").toString(), storage.value(u"access_key_hint").toString()});
 }
 
 int showStorage(const Server& server, QStringList&) {

@@ -19,9 +19,9 @@ int tokenCreateCommand(QStringList args) {
                       QStringLiteral("token create"), {{QStringLiteral("name"), name}});
         return finishShownOnce(
             reply, QStringLiteral("token"),
-            QStringLiteral("Token '%1' created for service account '%2'. Save it now - "
-                           "it is shown only once:\n\n  %3\n")
-                .arg(name, user, reply.object.value(u"token").toString()));
+            lines(QStringLiteral("Token '%1' created for service account '%2'. Save it now - "
+                                 "it is shown only once:\n\n  %3"),
+                  {name, user, reply.object.value(u"token").toString()}));
     });
 }
 

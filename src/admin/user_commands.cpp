@@ -29,15 +29,14 @@ QString userLine(const QJsonObject& user) {
     return line;
 }
 
-QString createdText(const QString& server, const QString& name, const QString& role,
-                    bool isService) {
+Lines createdText(const QString& server, const QString& name, const QString& role, bool isService) {
     if (!isService) {
-        return QStringLiteral("User '%1' created (role %2) on %3\n").arg(name, role, server);
+        return {QStringLiteral("User '%1' created (role %2) on %3").arg(name, role, server)};
     }
-    return QStringLiteral(
-               "Service account '%1' created on %2 (publisher, not a seat). Give your CI a "
-               "token:\n  quorvelle token create <name> --user %1\n")
-        .arg(name, server);
+    return lines(
+        QStringLiteral("Service account '%1' created on %2 (publisher, not a seat). Give your CI a "
+                       "token:\n  quorvelle token create <name> --user %1"),
+        {name, server});
 }
 
 int setUserDisabled(QStringList args, bool disabled) {

@@ -26,20 +26,18 @@ int list() {
         return kExitSuccess;
     }
     const bool hasToken = !document.value(u"token").toString().isEmpty();
-    QString text = QStringLiteral("server = ") +
-                   document.value(u"server").toString(QStringLiteral("(not set)")) +
-                   QStringLiteral("\ntoken = ") +
-                   (hasToken ? QStringLiteral("(set)") : QStringLiteral("(not set)")) +
-                   QStringLiteral("\n\nSubscriptions:\n");
+    Lines text = lines(QStringLiteral("server = %1\ntoken = %2\n\nSubscriptions:"),
+                       {document.value(u"server").toString(QStringLiteral("(not set)")),
+                        hasToken ? QStringLiteral("(set)") : QStringLiteral("(not set)")});
     const QJsonArray subscriptions = config::subscriptions(document);
     for (const QJsonValue& subscription : subscriptions) {
-        text += QStringLiteral("  ") + subscriptionLine(subscription.toObject());
+        text << QStringLiteral("  ") + subscriptionLine(subscription.toObject());
     }
     if (subscriptions.isEmpty()) {
-        text += QStringLiteral("  (none)\n");
+        text << QStringLiteral("  (none)");
     }
-    print(text + QStringLiteral("\nConfig file: ") + QDir::toNativeSeparators(config::path()) +
-          u'\n');
+    print(text << QString()
+               << QStringLiteral("Config file: ") + QDir::toNativeSeparators(config::path()));
     return kExitSuccess;
 }
 
@@ -49,7 +47,7 @@ int get(const QString& key) {
         return failWith(kExitUsage, key + QStringLiteral(" is not set"));
     }
     const QString value = document.value(key).toString();
-    printResult({{key, value}}, value + u'\n');
+    printValue(key, value);
     return kExitSuccess;
 }
 

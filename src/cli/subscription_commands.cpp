@@ -123,7 +123,8 @@ int subscribeCommand(QStringList args) {
             QStringLiteral("A subscription named '%1' already exists - pick another with --name")
                 .arg(name));
     }
-    printResult(entry, QStringLiteral("Subscribed:\n  ") + subscriptionLine(entry));
+    printResult(entry,
+                {QStringLiteral("Subscribed:"), QStringLiteral("  ") + subscriptionLine(entry)});
     noteNeighbours(others, entry.value(u"dir").toString());
     return kExitSuccess;
 }
@@ -156,16 +157,15 @@ int subscriptionsCommand(QStringList args) {
         return printUsage();
     }
     const QJsonArray entries = config::subscriptions(config::load());
-    QString lines;
+    Lines text;
     for (const QJsonValue& entry : entries) {
-        lines += subscriptionLine(entry.toObject());
+        text << subscriptionLine(entry.toObject());
     }
     if (entries.isEmpty()) {
-        lines = QStringLiteral(
-            "No subscriptions. Add one with:\n"
-            "  quorvelle subscribe <server> <channel> --dir <path>\n");
+        text = {QStringLiteral("No subscriptions. Add one with:"),
+                QStringLiteral("  quorvelle subscribe <server> <channel> --dir <path>")};
     }
-    printResult({{kSubscriptions, entries}}, lines);
+    printResult({{kSubscriptions, entries}}, text);
     return kExitSuccess;
 }
 

@@ -1,5 +1,7 @@
 #include "config/server_url.h"
 
+#include <QRegularExpression>
+
 namespace quorvelle {
 
 QString withoutTrailingSlashes(const QString& server) {
@@ -8,6 +10,11 @@ QString withoutTrailingSlashes(const QString& server) {
         --length;
     }
     return server.left(length);
+}
+
+QString withoutUserInformation(const QString& address) {
+    static const QRegularExpression userInformation(QStringLiteral("\\A([^:/?#]+://)[^/?#]*@"));
+    return QString(address).replace(userInformation, QStringLiteral("\\1"));
 }
 
 bool isSameServer(const QString& one, const QString& other) {

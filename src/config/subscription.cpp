@@ -93,7 +93,7 @@ QString subscriptionLine(const QJsonObject& subscription) {
                  intervalText(wholeNumberIn(subscription.value(u"interval_seconds"), -1)),
                  selfHealText(static_cast<int>(selfHealOf(subscription))));
     const bool managed = subscription.value(u"managed").toBool();
-    return line + (managed ? QStringLiteral("  [managed]\n") : QStringLiteral("\n"));
+    return managed ? line + QStringLiteral("  [managed]") : line;
 }
 
 QString absolutePath(const QString& path) {

@@ -34,7 +34,7 @@ QString intervalText(qint64 seconds);
 /// The words for a stored self-heal mode; a number without a meaning is "default".
 QString selfHealText(int mode);
 
-/// The line that lists a subscription, with its line end and without indentation.
+/// The line that lists a subscription, without line end and indentation.
 QString subscriptionLine(const QJsonObject& subscription);
 
 /// A path that a person typed as the absolute, cleaned path to store.

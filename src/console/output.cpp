@@ -30,15 +30,38 @@ int writeTo(std::FILE* stream, const QByteArray& bytes) {
     return written ? 0 : errno == 0 ? EIO : errno;
 }
 
-void writeOutput(const QByteArray& bytes, Kept kept) {
-    const int error = bytes.isEmpty() ? 0 : writeTo(stdout, bytes);
-    if (error == 0) {
-        return;
+QByteArray linesFor(std::FILE* stream, const Lines& lines) {
+    const bool isTerminal = terminalOf(stream).isThere;
+    QString text;
+    for (const QString& line : lines) {
+        const QString shown = withoutPasswords(line);
+        text += (isTerminal ? withVisibleControls(shown) : shown) + u'\n';
     }
+    return text.toUtf8();
+}
+
+/// A text whose line ends are all our own.
+QByteArray ownTextFor(std::FILE* stream, const QString& text) {
+    const QString shown = withoutPasswords(text);
+    return (terminalOf(stream).isThere ? withVisibleControlsInLines(shown) : shown).toUtf8();
+}
+
+/// The text of a caller who has one line, mostly with its end.
+Lines oneLine(const QString& text) {
+    return text.isEmpty() ? Lines() : Lines{text.endsWith(u'\n') ? text.chopped(1) : text};
+}
+
+/// Returns whether standard output took it.
+bool writeOutput(const QByteArray& bytes) {
+    const int error = bytes.isEmpty() ? 0 : writeTo(stdout, bytes);
     outputError = outputError == 0 ? error : outputError;
-    if (kept == Kept::kAlways) {
+    return error == 0;
+}
+
+void writeLines(const Lines& lines, Kept kept) {
+    if (!writeOutput(linesFor(stdout, lines)) && kept == Kept::kAlways) {
         wasDiverted = true;
-        writeTo(stderr, bytes);
+        printDiagnostic(lines);
     }
 }
 
@@ -53,47 +76,84 @@ bool jsonMode() {
 }
 
 void print(const QString& text) {
-    writeOutput(text.toUtf8(), Kept::kUsually);
+    writeOutput(ownTextFor(stdout, text));
+}
+
+void print(const Lines& lines) {
+    writeLines(lines, Kept::kUsually);
 }
 
 void printDiagnostic(const QString& text) {
-    writeTo(stderr, text.toUtf8());
+    writeTo(stderr, ownTextFor(stderr, text));
 }
 
-void printNote(const QString& text) {
+void printDiagnostic(const Lines& lines) {
+    writeTo(stderr, linesFor(stderr, lines));
+}
+
+void printNote(const QString& line) {
+    printNote(Lines{line});
+}
+
+void printNote(const Lines& lines) {
     if (terminalOf(stderr).isThere) {
-        printDiagnostic(text + u'\n');
+        printDiagnostic(lines);
     }
 }
 
-void printError(const QString& text, Kept kept) {
+void printError(const QString& line, Kept kept) {
+    printError(Lines{line}, kept);
+}
+
+void printError(const Lines& lines, Kept kept) {
     if (jsonModeOn) {
-        printJson({{QStringLiteral("error"), text}}, kept);
+        printJson({{QStringLiteral("error"), withoutPasswords(lines.join(u'\n'))}}, kept);
     } else {
-        printDiagnostic(text + u'\n');
+        printDiagnostic(lines);
     }
 }
 
-int failWith(int code, const QString& text) {
-    printError(text);
+int failWith(int code, const QString& line) {
+    printError(line);
     return code;
 }
 
-void printProgress(const QString& text) {
+void printProgress(const QString& line) {
+    printProgress(oneLine(line));
+}
+
+void printProgress(const Lines& lines) {
     if (!jsonModeOn) {
-        print(text);
+        print(lines);
     }
 }
 
 void printJson(const QJsonObject& object, Kept kept) {
-    writeOutput(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n', kept);
+    const QByteArray bytes = QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
+    if (!writeOutput(bytes) && kept == Kept::kAlways) {
+        wasDiverted = true;
+        writeTo(stderr, bytes);
+    }
 }
 
-void printResult(const QJsonObject& object, const QString& text, Kept kept) {
+void printResult(const QJsonObject& object, const QString& line, Kept kept) {
+    printResult(object, oneLine(line), kept);
+}
+
+void printResult(const QJsonObject& object, const Lines& lines, Kept kept) {
     if (jsonModeOn) {
         printJson(object, kept);
     } else {
-        writeOutput(text.toUtf8(), kept);
+        writeLines(lines, kept);
+    }
+}
+
+void printValue(const QString& key, const QString& value) {
+    if (jsonModeOn) {
+        printJson({{key, value}});
+    } else {
+        const bool isTerminal = terminalOf(stdout).isThere;
+        writeOutput((isTerminal ? withVisibleControls(value) : value).toUtf8() + '\n');
     }
 }
 
@@ -103,8 +163,8 @@ int endOutput(int exitCode) {
     }
     if (outputError != EPIPE || wasDiverted) {
         const std::string reason = std::generic_category().message(outputError);
-        printDiagnostic(
-            QStringLiteral("could not write the output: %1\n").arg(QString::fromStdString(reason)));
+        printDiagnostic(Lines{
+            QStringLiteral("could not write the output: %1").arg(QString::fromStdString(reason))});
     }
     return exitCode == kExitSuccess ? kExitFailed : exitCode;
 }

@@ -57,7 +57,8 @@ int runAndWait(const LaunchSpec& spec) {
     if (code == kNoExitCode) {
         return couldNotStart(spec);
     }
-    printResult({{QStringLiteral("exe"), spec.program}, {QStringLiteral("exit_code"), code}}, {});
+    printResult({{QStringLiteral("exe"), spec.program}, {QStringLiteral("exit_code"), code}},
+                Lines());
     return code;
 }
 

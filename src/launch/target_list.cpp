@@ -70,16 +70,15 @@ QJsonArray withoutTarget(QJsonArray targets, const QString& label) {
     return targets;
 }
 
-QString targetLines(const QJsonArray& targets) {
-    QString text;
+QStringList targetLines(const QJsonArray& targets) {
+    QStringList lines;
     for (const QJsonValue& target : targets) {
         const QString args = textOf(target, "args");
-        text +=
-            QStringLiteral("  ") + textOf(target, "label") + QStringLiteral("  ") +
-            textOf(target, "exe") + (args.isEmpty() ? QString() : u' ' + args) +
-            (target[u"primary"].toBool() ? QStringLiteral("  [primary]\n") : QStringLiteral("\n"));
+        lines << QStringLiteral("  ") + textOf(target, "label") + QStringLiteral("  ") +
+                     textOf(target, "exe") + (args.isEmpty() ? QString() : u' ' + args) +
+                     (target[u"primary"].toBool() ? QStringLiteral("  [primary]") : QString());
     }
-    return text;
+    return lines;
 }
 
 }  // namespace quorvelle

@@ -33,6 +33,6 @@ QJsonArray withOnlyPrimary(QJsonArray targets, qsizetype index);
 QJsonArray withoutTarget(QJsonArray targets, const QString& label);
 
 /// The list for people, one line per target: label, executable, arguments, "[primary]".
-QString targetLines(const QJsonArray& targets);
+QStringList targetLines(const QJsonArray& targets);
 
 }  // namespace quorvelle

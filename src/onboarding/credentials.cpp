@@ -42,11 +42,12 @@ QJsonObject ciVariables(const QString& endpoint, const QString& bucket,
             {QStringLiteral("TIDE_S3_SECRET"), credential.secretKey}};
 }
 
-QString ciText(const QString& endpoint, const QString& bucket, const S3Credential& credential) {
-    return QStringLiteral(
-               "TIDE_S3_ENDPOINT=%1\nTIDE_S3_REGION=%2\nTIDE_S3_BUCKET=%3\nTIDE_S3_KEY=%4\n"
-               "TIDE_S3_SECRET=%5\n")
-        .arg(endpoint, kRegion, bucket, credential.accessKey, credential.secretKey);
+QStringList ciLines(const QString& endpoint, const QString& bucket,
+                    const S3Credential& credential) {
+    return {QStringLiteral("TIDE_S3_ENDPOINT=") + endpoint,
+            QStringLiteral("TIDE_S3_REGION=") + kRegion, QStringLiteral("TIDE_S3_BUCKET=") + bucket,
+            QStringLiteral("TIDE_S3_KEY=") + credential.accessKey,
+            QStringLiteral("TIDE_S3_SECRET=") + credential.secretKey};
 }
 
 }  // namespace quorvelle::onboarding

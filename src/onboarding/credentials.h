@@ -29,6 +29,6 @@ QJsonObject ciVariables(const QString& endpoint, const QString& bucket,
                         const S3Credential& credential);
 
 /// The same as "NAME=value" lines, for a secret store or an environment file.
-QString ciText(const QString& endpoint, const QString& bucket, const S3Credential& credential);
+QStringList ciLines(const QString& endpoint, const QString& bucket, const S3Credential& credential);
 
 }  // namespace quorvelle::onboarding

@@ -6,16 +6,17 @@ namespace quorvelle::onboarding {
 
 namespace {
 
-QString choiceOf(const QList<CloudflareAccount>& accounts) {
-    QString text = QStringLiteral("This token sees %1 accounts:\n").arg(accounts.size());
-    for (const CloudflareAccount& account : accounts) {
-        text += QStringLiteral("  ") + account.id + QStringLiteral("  ") + account.name + u'\n';
-    }
-    return text + QStringLiteral("pass --account-id <id> to choose one");
+Failure wrongChoice(const QString& text, const QStringList& more = {}) {
+    return {.text = text, .more = more, .exitCode = kExitUsage};
 }
 
-Failure wrongChoice(const QString& text) {
-    return {.text = text, .exitCode = kExitUsage};
+Failure manyAccounts(const QList<CloudflareAccount>& accounts) {
+    QStringList lines;
+    for (const CloudflareAccount& account : accounts) {
+        lines << QStringLiteral("  ") + account.id + QStringLiteral("  ") + account.name;
+    }
+    return wrongChoice(QStringLiteral("This token sees %1 accounts:").arg(accounts.size()),
+                       lines << QStringLiteral("pass --account-id <id> to choose one"));
 }
 
 }  // namespace
@@ -43,7 +44,7 @@ std::optional<Failure> findAccount(CloudflareApi& api, const QString& wantedId,
                            "right account"));
     }
     if (wantedId.isEmpty() && accounts.size() > 1) {
-        return wrongChoice(choiceOf(accounts));
+        return manyAccounts(accounts);
     }
     const auto found = std::find_if(
         accounts.cbegin(), accounts.cend(),

@@ -25,6 +25,8 @@ struct Options {
 /// Why a run ends early.
 struct Failure {
     QString text = {};
+    /// Further lines of it.
+    QStringList more = {};
     int exitCode = kExitFailed;
     /// Cloudflare keeps the operator's token from creating tokens, which has a remedy.
     bool mayNotCreateTokens = false;

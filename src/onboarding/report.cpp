@@ -42,7 +42,7 @@ QString tokensText(const Options& options, const Onboarded& result) {
 
 }  // namespace
 
-QString preflightText(const Options& options, const Preflight& found) {
+Lines preflightText(const Options& options, const Preflight& found) {
     const QString taken =
         found.bucketExists ? QStringLiteral("   ALREADY EXISTS") : QStringLiteral("   available");
     const QString forGood =
@@ -50,19 +50,25 @@ QString preflightText(const Options& options, const Preflight& found) {
     const QString credentials =
         options.singleToken ? QStringLiteral("one token for the server and CI (fine for a demo)")
                             : QStringLiteral("two tokens - one for the server, read+write for CI");
-    return QStringLiteral("Cloudflare account: ") + found.account.id + QStringLiteral(" (") +
-           found.account.name + QStringLiteral(")\nBucket:             ") + options.bucket + taken +
-           QStringLiteral("\nJurisdiction:       ") + jurisdictionName(options) + forGood +
-           QStringLiteral("\nS3 endpoint:        ") +
-           s3Endpoint(found.account.id, options.jurisdiction) +
-           QStringLiteral("\nCredentials:        ") + credentials +
-           QStringLiteral("\nServer to configure: ") + options.server.url + u'\n';
+    return lines(
+        QStringLiteral("Cloudflare account: %1 (%2)\n"
+                       "Bucket:             %3%4\n"
+                       "Jurisdiction:       %5%6\n"
+                       "S3 endpoint:        %7\n"
+                       "Credentials:        %8\n"
+                       "Server to configure: %9"),
+        {found.account.id, found.account.name, options.bucket, taken, jurisdictionName(options),
+         forGood, s3Endpoint(found.account.id, options.jurisdiction), credentials,
+         options.server.url});
 }
 
-QString onboardedText(const Options& options, const Onboarded& result) {
-    return QStringLiteral("\nBuild storage is connected on ") + options.server.url +
-           QStringLiteral(":\n  bucket:   ") + options.bucket + QStringLiteral("\n  endpoint: ") +
-           result.endpoint + QStringLiteral("\n  tokens:   ") + tokensText(options, result) + u'\n';
+Lines onboardedText(const Options& options, const Onboarded& result) {
+    return lines(
+        QStringLiteral("\nBuild storage is connected on %1:\n"
+                       "  bucket:   %2\n"
+                       "  endpoint: %3\n"
+                       "  tokens:   %4"),
+        {options.server.url, options.bucket, result.endpoint, tokensText(options, result)});
 }
 
 QString tokenRightsHint() {

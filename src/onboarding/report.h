@@ -3,6 +3,7 @@
 #include <QJsonObject>
 #include <QString>
 
+#include "console/shown_text.h"
 #include "onboarding/preflight.h"
 #include "onboarding/wizard.h"
 
@@ -12,10 +13,10 @@
 namespace quorvelle::onboarding {
 
 /// The account, bucket and server that a run is about, found before anything is changed.
-QString preflightText(const Options& options, const Preflight& found);
+Lines preflightText(const Options& options, const Preflight& found);
 
 /// What a run connected and with which tokens; no secrets.
-QString onboardedText(const Options& options, const Onboarded& result);
+Lines onboardedText(const Options& options, const Onboarded& result);
 
 /// The remedies for an operator's token that may not create tokens.
 QString tokenRightsHint();

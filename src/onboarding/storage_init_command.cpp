@@ -75,7 +75,7 @@ std::optional<int> readRequest(QStringList args, quint64 random, Request& reques
 }
 
 int report(const Failure& failure) {
-    printError(failure.text);
+    printError(Lines{failure.text} + failure.more);
     if (failure.mayNotCreateTokens) {
         printDiagnostic(tokenRightsHint());
     }
@@ -85,10 +85,10 @@ int report(const Failure& failure) {
 /// Shows the CI credential or writes it to its file, the one time that it is known.
 int handOver(const Request& request, const Preflight& found, const Onboarded& result,
              SecretFile& ciFile) {
-    const QString text = ciText(result.endpoint, request.options.bucket, result.ciCredential);
+    const Lines credential = ciLines(result.endpoint, request.options.bucket, result.ciCredential);
     const bool isInFile = !request.ciFile.isNull();
     printProgress(onboardedText(request.options, result));
-    if (isInFile && !ciFile.write(text.toUtf8())) {
+    if (isInFile && !ciFile.write((credential.join(u'\n') + u'\n').toUtf8())) {
         return failWith(
             kExitFailed,
             QStringLiteral("storage is connected, but the CI credential could not be "
@@ -98,12 +98,12 @@ int handOver(const Request& request, const Preflight& found, const Onboarded& re
     }
     printResult(reportObject(request.options, found, &result, isInFile),
                 isInFile
-                    ? QStringLiteral("\nCI credential written to %1 (owner-only). Quorvelle does "
-                                     "not keep a copy.\n")
-                          .arg(request.ciFile)
-                    : QStringLiteral("\nCI credential - the ONLY time it is shown. Put these into "
-                                     "your CI secrets:\n\n") +
-                          text,
+                    ? lines(QStringLiteral("\nCI credential written to %1 (owner-only). Quorvelle "
+                                           "does not keep a copy."),
+                            {request.ciFile})
+                    : lines(QStringLiteral("\nCI credential - the ONLY time it is shown. Put these "
+                                           "into your CI secrets:\n")) +
+                          credential,
                 isInFile ? Kept::kUsually : Kept::kAlways);
     return kExitSuccess;
 }
@@ -120,8 +120,7 @@ int create(const Request& request, const Preflight& found, const Surroundings& s
     options.accountId = found.account.id;
     const Clock clock{surroundings.now,
                       [&](int milliseconds) { surroundings.sleep(milliseconds, interrupts); }};
-    Wizard wizard(api, calls, clock, options,
-                  [](const QString& line) { printProgress(line + u'\n'); });
+    Wizard wizard(api, calls, clock, options, [](const QString& line) { printProgress(line); });
     Onboarded result;
     if (const auto failure = wizard.run(result)) {
         return report(*failure);
@@ -156,9 +155,10 @@ int storageInit(QStringList args, const Surroundings& surroundings) {
         return report(bucketExists(options.bucket, QStringLiteral("account")));
     }
     if (!request.yes) {
-        printResult(reportObject(options, found, nullptr, false),
-                    QStringLiteral("\nNothing was created. Re-run with --yes to create the bucket, "
-                                   "mint the credentials and save them to the server.\n"));
+        printResult(
+            reportObject(options, found, nullptr, false),
+            lines(QStringLiteral("\nNothing was created. Re-run with --yes to create the bucket, "
+                                 "mint the credentials and save them to the server.")));
         return kExitSuccess;
     }
     return create(request, found, surroundings, interrupts, calls, api);

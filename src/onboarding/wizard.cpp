@@ -46,9 +46,9 @@ std::optional<Failure> Wizard::run(Onboarded& result) {
     }
     const QStringList left = undoList.undo(api);
     if (!left.isEmpty()) {
-        failure->text +=
-            QStringLiteral("\ncould not undo everything - delete this by hand in Cloudflare: ") +
-            left.join(QStringLiteral(", "));
+        failure->more << QStringLiteral(
+                             "could not undo everything - delete this by hand in Cloudflare: ") +
+                             left.join(QStringLiteral(", "));
     }
     return failure;
 }

@@ -26,12 +26,25 @@ int listOnServer(QStringList args, const ServerWork& work) {
     });
 }
 
-int finish(const Reply& reply, const QString& text) {
+namespace {
+
+template <typename Text>
+int finishWith(const Reply& reply, const Text& text) {
     if (!reply.ok) {
         return kExitFailed;
     }
     printResult(reply.object, text);
     return kExitSuccess;
+}
+
+}  // namespace
+
+int finish(const Reply& reply, const QString& line) {
+    return finishWith(reply, line);
+}
+
+int finish(const Reply& reply, const Lines& lines) {
+    return finishWith(reply, lines);
 }
 
 }  // namespace quorvelle

@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <functional>
 
+#include "console/shown_text.h"
 #include "server/requests.h"
 
 /// The shape that commands which talk to a server share: find the server, take the
@@ -27,8 +28,8 @@ int onServer(QStringList args, qsizetype positionals, const ServerWork& work);
 int listOnServer(QStringList args, const ServerWork& work);
 
 /// Ends a command with its last request: prints the reply's object in JSON mode, else
-/// the text, which ends with its own line end. A failed request has printed its
-/// message, and the text is not used.
-int finish(const Reply& reply, const QString& text);
+/// the text. A failed request has printed its message, and the text is not used.
+int finish(const Reply& reply, const QString& line);
+int finish(const Reply& reply, const Lines& lines);
 
 }  // namespace quorvelle

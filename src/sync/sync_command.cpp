@@ -7,7 +7,6 @@
 #include "config/config_file.h"
 #include "config/server_url.h"
 #include "console/arguments.h"
-#include "console/console.h"
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
@@ -82,17 +81,14 @@ int syncSubscription(const QJsonObject& subscription, QJsonArray* results, bool 
         result.insert(QStringLiteral("result"), QLatin1String(outcome));
         result.insert(QStringLiteral("message"), message);
         if (text) {
-            (outcomeCode == kExitFailed ? printDiagnostic : print)(message + u'\n');
+            outcomeCode == kExitFailed ? printError(message) : printProgress(message);
         }
         code = outcomeCode;
         ended = true;
         loop.quit();
     };
-    QObject::connect(&syncer, &Syncer::progress, &loop, [&](const QString& message) {
-        if (text) {
-            print(message + u'\n');
-        }
-    });
+    QObject::connect(&syncer, &Syncer::progress, &loop,
+                     [&](const QString& message) { printProgress(message); });
     QObject::connect(&syncer, &Syncer::finished, &loop,
                      [&](bool downloaded, const QString& message) {
                          end(downloaded ? "synced" : "current", message, kExitSuccess);
@@ -104,7 +100,8 @@ int syncSubscription(const QJsonObject& subscription, QJsonArray* results, bool 
                      });
     QObject::connect(&syncer, &Syncer::failed, &loop,
                      [&](const QString& message) { end("failed", message, kExitFailed); });
-    QObject::connect(&syncer, &Syncer::noted, &loop, printNote);
+    QObject::connect(&syncer, &Syncer::noted, &loop,
+                     [](const QString& message) { printNote(message); });
 
     syncer.start(subscription, force);
     // A sync may end before it has to wait, and a loop cannot be quit before it runs.
