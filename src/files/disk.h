@@ -82,14 +82,8 @@ std::error_code renameEntry(const std::filesystem::path& from, const std::filesy
 /// afterwards.
 bool removeTree(const std::filesystem::path& path);
 
-/// Cuts a file off behind its first `size` bytes.
-bool truncateFile(const std::filesystem::path& path, std::uint64_t size);
-
-/// Lets what was written of a file begin its way to the disk, without waiting: a flush then
-/// finds less to do. Nothing may rely on it.
-void beginFlush(const std::filesystem::path& file);
-
-/// Returns when the file's bytes are on the disk; false when that failed.
+/// Returns when the file's bytes are on the disk; false when that failed. Windows waits up to
+/// 2 s for others who hold the file.
 bool flushToDisk(const std::filesystem::path& file);
 
 /// Returns when the names in a folder, new, changed and removed, are on the disk; false

@@ -11,7 +11,6 @@
 #include <string>
 #include <string_view>
 
-#include "files/descriptor_posix.h"
 #include "files/disk.h"
 
 namespace files {
@@ -209,19 +208,6 @@ bool removeTree(const fs::path& path) {
         fs::remove_all(path, error);
     }
     return !error;
-}
-
-bool truncateFile(const fs::path& path, std::uint64_t size) {
-    std::error_code error;
-    fs::resize_file(path, size, error);
-    return !error;
-}
-
-void beginFlush(const fs::path& file) {
-    flushed(file, O_NOFOLLOW, [](int descriptor) {
-        posix::beginFlush(descriptor);
-        return 0;
-    });
 }
 
 bool flushToDisk(const fs::path& file) {

@@ -13,14 +13,20 @@ namespace fs = std::filesystem;
 /// What Windows takes at most, in characters.
 constexpr DWORD kLongestPath = 32768;
 
-constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
 /// An open file or directory; nothing where it could not be opened.
 class Opened {
 public:
-    Opened(const fs::path& path, DWORD access, DWORD flags = 0)
-        : handle(CreateFileW(openable(path).c_str(), access, kShareAll, nullptr, OPEN_EXISTING,
-                             FILE_ATTRIBUTE_NORMAL | flags, nullptr)) {}
+    Opened(const fs::path& path, DWORD access, DWORD flags = 0,
+           win32::Patience patience = win32::Patience::kNone) {
+        const fs::path name = openable(path);
+        win32::patiently(
+            [&] {
+                handle = CreateFileW(name.c_str(), access, win32::kShareAll, nullptr, OPEN_EXISTING,
+                                     FILE_ATTRIBUTE_NORMAL | flags, nullptr);
+                return isOpen();
+            },
+            patience);
+    }
     ~Opened() {
         if (isOpen()) {
             CloseHandle(handle);
@@ -182,20 +188,8 @@ bool removeTree(const fs::path& path) {
     return removeOne(name, (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0);
 }
 
-bool truncateFile(const fs::path& path, std::uint64_t size) {
-    const Opened file(path, GENERIC_WRITE);
-    LARGE_INTEGER end = {};
-    end.QuadPart = static_cast<LONGLONG>(size);
-    return file.isOpen() && SetFilePointerEx(file.get(), end, nullptr, FILE_BEGIN) != 0 &&
-           SetEndOfFile(file.get()) != 0;
-}
-
-void beginFlush(const fs::path&) {
-    // Windows begins by itself, soon enough.
-}
-
 bool flushToDisk(const fs::path& path) {
-    const Opened file(path, GENERIC_WRITE, FILE_FLAG_OPEN_REPARSE_POINT);
+    const Opened file(path, GENERIC_WRITE, FILE_FLAG_OPEN_REPARSE_POINT, win32::Patience::kFull);
     return file.isOpen() && FlushFileBuffers(file.get()) != 0;
 }
 

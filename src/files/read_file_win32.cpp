@@ -25,8 +25,7 @@ FileContent readWhole(const QString& path, files::WhenInUse inUse) {
     const bool waits = inUse == files::WhenInUse::kWait && !files::win32::isDirectory(name);
     const DWORD refused = files::win32::patiently(
         [&] {
-            file = CreateFileW(name.c_str(), GENERIC_READ,
-                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+            file = CreateFileW(name.c_str(), GENERIC_READ, files::win32::kShareAll, nullptr,
                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
             return file != INVALID_HANDLE_VALUE;
         },

@@ -15,6 +15,9 @@ namespace files::win32 {
 /// a virus scanner looking at a new file.
 inline constexpr std::array<DWORD, 8> kWaits{10, 20, 40, 80, 160, 320, 640, 730};
 
+/// For handles that keep nobody else from anything.
+inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
 enum class Patience {
     kNone,  ///< one attempt
     kFull,  ///< tries again after each of kWaits

@@ -1,11 +1,11 @@
 #include "sync/markers.h"
 
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include "config/json_number.h"
 #include "files/file_tree.h"
+#include "files/read_file.h"
 #include "files/save_file.h"
 #include "sync/state_folder.h"
 
@@ -15,13 +15,8 @@ namespace {
 
 constexpr int kSchemaVersion = 1;
 
-QByteArray bytesOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 QJsonObject readObject(const QString& path) {
-    return QJsonDocument::fromJson(bytesOf(path)).object();
+    return QJsonDocument::fromJson(readWhole(path).bytes).object();
 }
 
 QJsonObject marker(const QString& build, const QString& channel) {
@@ -35,8 +30,7 @@ bool writeObject(const QString& path, const QJsonObject& object) {
 }
 
 bool removeFile(const QString& path) {
-    QFile file(path);
-    return file.remove() || !file.exists();
+    return !isPlainDirectory(path) && removeTree(path);
 }
 
 }  // namespace
@@ -94,7 +88,7 @@ bool removeSwapRecord(const QString& dir) {
 }
 
 QString readStagingBuild(const QString& dir) {
-    return QString::fromUtf8(bytesOf(statePath(dir, kStagingBuildSuffix))).trimmed();
+    return QString::fromUtf8(readWhole(statePath(dir, kStagingBuildSuffix)).bytes).trimmed();
 }
 
 bool writeStagingBuild(const QString& dir, const QString& build) {

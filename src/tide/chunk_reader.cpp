@@ -16,45 +16,41 @@ constexpr std::uint64_t kBlock = std::uint64_t{1} << 20;
 
 }  // namespace
 
-ChunkReader::ChunkReader(const std::filesystem::path& file) {
-    if (const std::optional<std::uint64_t> found = files::fileSize(file); found) {
+ChunkReader::ChunkReader(const std::filesystem::path& path) {
+    if (const std::optional<std::uint64_t> found = files::fileSize(path); found) {
         size = *found;
-        stream.open(files::openable(file), std::ios::binary);
+        file.emplace(path, files::RawFile::For::kReading);
     }
 }
 
-bool ChunkReader::seek(std::uint64_t offset) {
-    stream.clear();
-    stream.seekg(static_cast<std::streamoff>(offset));
-    return stream.good();
+bool ChunkReader::holds(std::uint64_t offset, std::uint64_t length) const {
+    return file && file->isOpen() && offset <= size && length <= size - offset;
 }
 
 ChunkState ChunkReader::check(const ManifestChunk& chunk, std::uint64_t offset) {
     // Before anything is read or memory taken: the length is the manifest's word.
-    if (!stream.is_open() || offset > size || chunk.length > size - offset || !seek(offset)) {
+    if (!holds(offset, chunk.length)) {
         return ChunkState::kUnreadable;
     }
     block.resize(std::max(block.size(), static_cast<std::size_t>(std::min(chunk.length, kBlock))));
     Blake3Hash hash;
-    for (std::uint64_t left = chunk.length; left > 0;) {
-        const auto step = static_cast<std::size_t>(std::min(left, kBlock));
-        if (!stream.read(block.data(), static_cast<std::streamsize>(step))) {
+    for (std::uint64_t done = 0; done < chunk.length;) {
+        const auto step = static_cast<std::size_t>(std::min(chunk.length - done, kBlock));
+        if (file->read(offset + done, std::span(block.data(), step)) != step) {
             return ChunkState::kUnreadable;
         }
         hash.add(std::string_view(block.data(), step));
-        left -= step;
+        done += step;
     }
     return hash.hex() == chunk.id ? ChunkState::kMatches : ChunkState::kDiffers;
 }
 
 bool ChunkReader::read(const ManifestChunk& chunk, std::uint64_t offset, std::string& bytes) {
-    if (!stream.is_open() || chunk.length > kMaxChunkBytes || offset > size ||
-        chunk.length > size - offset || !seek(offset)) {
+    if (chunk.length > kMaxChunkBytes || !holds(offset, chunk.length)) {
         return false;
     }
     bytes.resize(static_cast<std::size_t>(chunk.length));
-    return stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) &&
-           blake3Hex(bytes) == chunk.id;
+    return file->read(offset, bytes) == bytes.size() && blake3Hex(bytes) == chunk.id;
 }
 
 LeadingChunks leadingChunks(const std::filesystem::path& file,

@@ -3,10 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "files/raw_file.h"
 #include "tide/manifest/manifest.h"
 
 namespace tide {
@@ -23,7 +24,10 @@ enum class ChunkState {
 /// Reads chunks out of one file that lies on disk, and believes no byte unhashed.
 class ChunkReader {
 public:
-    explicit ChunkReader(const std::filesystem::path& file);
+    explicit ChunkReader(const std::filesystem::path& path);
+
+    /// Whether the file was unreadable because another program holds it for itself (Windows).
+    bool isInUse() const { return file && file->isInUse(); }
 
     /// Whether `chunk` stands at `offset` (bytes). Takes 1 MiB of memory at most,
     /// whatever length the chunk claims.
@@ -34,9 +38,10 @@ public:
     bool read(const ManifestChunk& chunk, std::uint64_t offset, std::string& bytes);
 
 private:
-    bool seek(std::uint64_t offset);
+    /// Whether so many bytes can stand there.
+    bool holds(std::uint64_t offset, std::uint64_t length) const;
 
-    std::ifstream stream;
+    std::optional<files::RawFile> file;
     std::uint64_t size = 0;
     std::vector<char> block;
 };

@@ -2,8 +2,9 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <string_view>
+
+#include "files/raw_file.h"
 
 namespace tide {
 
@@ -16,22 +17,22 @@ public:
     /// Opens a file that exists to go on behind its first `kept` bytes, which stay.
     static PartFile resume(const std::filesystem::path& path, std::uint64_t kept);
 
-    bool isOpen() const { return stream.is_open(); }
+    bool isOpen() const { return file.isOpen(); }
 
     bool append(std::string_view bytes);
 
     /// Bytes from the beginning of the file up to the writing position.
     std::uint64_t size() const { return written; }
 
-    /// Writes out what is buffered and cuts off what an earlier run left behind the last
-    /// byte. False when anything was not written.
+    /// Cuts off what an earlier run left behind the last byte. False when anything was not
+    /// written.
     bool close();
 
 private:
-    PartFile(const std::filesystem::path& file, std::ios::openmode mode, std::uint64_t kept);
+    PartFile(const std::filesystem::path& place, files::RawFile::For purpose, std::uint64_t kept);
 
     std::filesystem::path path;
-    std::ofstream stream;
+    files::RawFile file;
     std::uint64_t written;
     /// What of it was sent on its way to the disk.
     std::uint64_t sent;

@@ -19,7 +19,7 @@ console    |
 files      |
 config     | console files
 server     | console files config
-tide       | files/disk.h files/safe_path.h files/share_file.h files/utf8_path.h files/win32.h
+tide       | files/disk.h files/raw_file.h files/safe_path.h files/share_file.h files/utf8_path.h files/win32.h
 sync       | console files config server tide
 account    | console files config server
 publish    | console files config server
@@ -30,7 +30,7 @@ cli        | console files config server account publish launch admin onboarding
 
 /// The engine runs without Qt, and so does the part of the files that it stands on.
 const QRegularExpression kWithoutQt(
-    "^tide/|^files/(disk|safe_path|share_file|utf8_path|path_rules|win32|owner_only)[_.]");
+    "^tide/|^files/(disk|raw_file|safe_path|share_file|utf8_path|path_rules|win32|owner_only)[_.]");
 
 QString textOf(const QString& path) {
     QFile file(QStringLiteral(QUORVELLE_SOURCE_DIR "/") + path);

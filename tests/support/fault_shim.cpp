@@ -271,6 +271,13 @@ ssize_t write(int file, const void* bytes, std::size_t size) {
                : -1;
 }
 
+ssize_t pwrite(int file, const void* bytes, std::size_t size, off_t offset) {
+    return passWrite("pwrite", file, offset, size)
+               ? real<ssize_t(int, const void*, std::size_t, off_t)>("pwrite")(file, bytes, size,
+                                                                               offset)
+               : -1;
+}
+
 ssize_t writev(int file, const iovec* parts, int count) {
     std::size_t size = 0;
     for (int part = 0; part < count; ++part) {

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <bit>
-#include <fstream>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string_view>
 
-#include "files/disk.h"
+#include "files/raw_file.h"
 #include "files/utf8_path.h"
 #include "tide/chunks/blake3_hash.h"
 #include "tide/error.h"
@@ -110,19 +111,20 @@ bool chunkFile(const std::filesystem::path& file, const ChunkerParameters& param
     if (parameters.maximum == 0 || parameters.maximum < parameters.minimum) {
         return fail(err, "bad chunker parameters");
     }
-    std::ifstream stream(files::openable(file), std::ios::binary);
-    if (!stream.is_open()) {
+    files::RawFile content(file, files::RawFile::For::kReading);
+    if (!content.isOpen()) {
         return fail(err, "cannot open ", files::utf8Text(file));
     }
     Cutter cutter(parameters, callback, scan);
     // Clearing it would cost more than all else that is done about a small file.
     const auto block = std::make_unique_for_overwrite<char[]>(kReadSize);
-    while (!stream.eof()) {
-        stream.read(block.get(), static_cast<std::streamsize>(kReadSize));
-        if (stream.bad()) {
+    std::uint64_t offset = 0;
+    for (std::optional<std::size_t> size = kReadSize; size == kReadSize; offset += *size) {
+        size = content.read(offset, std::span(block.get(), kReadSize));
+        if (!size) {
             return fail(err, "read error on ", files::utf8Text(file));
         }
-        cutter.add(std::string_view(block.get(), static_cast<std::size_t>(stream.gcount())));
+        cutter.add(std::string_view(block.get(), *size));
     }
     cutter.finish();
     return true;
