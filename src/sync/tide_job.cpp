@@ -51,13 +51,18 @@ TideResult checkInstall(const TideJob& job, bool quick) {
     const auto bucket = tide::bucketFromEnvironment(&connections);
     int missing = 0;
     int corrupt = 0;
+    int inUse = 0;
     const auto count = [&](const std::string&, const std::string& problem) {
-        ++(problem == "missing" ? missing : corrupt);
+        ++(problem == "missing" ? missing : problem == tide::kInUse ? inUse : corrupt);
     };
     std::string error;
     if (!tide::verifyInstall(*bucket, job.source, job.installDir, {}, count, &error, quick,
                              &connections)) {
         return {true, QStringLiteral(" (check skipped: %1)").arg(QString::fromStdString(error))};
+    }
+    // What nobody can read cannot be told from good bytes, and could not be replaced either.
+    if (missing == 0 && corrupt == 0 && inUse > 0) {
+        return {true, QStringLiteral(" (check skipped: %1 file(s) in use)").arg(inUse)};
     }
     if (missing == 0 && corrupt == 0) {
         return {true, quick ? QStringLiteral(" (checked)") : QStringLiteral(" (verified)")};

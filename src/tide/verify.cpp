@@ -31,7 +31,7 @@ Verdict hashFile(const std::filesystem::path& path, const ManifestFile& file) {
                 verdict.problem = "chunk hash mismatch";
                 return verdict;
             case ChunkState::kUnreadable:
-                verdict.problem = "truncated or unreadable";
+                verdict.problem = reader.isInUse() ? kInUse : "truncated or unreadable";
                 return verdict;
         }
     }

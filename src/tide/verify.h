@@ -11,12 +11,17 @@
 
 namespace tide {
 
+/// The problem of a file of the right size that a program holds so that nobody else can read
+/// it (Windows).
+inline constexpr char kInUse[] = "in use";
+
 /// Called after each file: files done, files in all, bytes checked so far (in a quick
 /// check the sizes of the files found good).
 using CheckProgress = std::function<void(std::uint64_t, std::uint64_t, std::int64_t)>;
 
 /// Called once per bad file with its path as the manifest has it and the first problem
-/// found: "missing", "size mismatch", "truncated or unreadable" or "chunk hash mismatch".
+/// found: "missing", "size mismatch", "truncated or unreadable" or "chunk hash mismatch"; or
+/// kInUse for a file that nothing can be said of.
 using IssueCallback = std::function<void(const std::string& path, const std::string& problem)>;
 
 /// Compares an install directory (UTF-8) with a manifest, file by file in its order, on
