@@ -3,6 +3,7 @@
 #include <cwchar>
 
 #include "files/win32.h"
+#include "files/windows_entry.h"
 
 namespace files {
 
@@ -45,7 +46,7 @@ public:
     }
 
 private:
-    HANDLE handle;
+    HANDLE handle = INVALID_HANDLE_VALUE;
 };
 
 bool removeOne(const std::wstring& path, bool directory) {
@@ -68,10 +69,12 @@ EntryKind entryKind(const fs::path& path) {
         return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? EntryKind::kNothing
                                                                               : EntryKind::kOther;
     }
-    if ((attributes & (FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE)) != 0) {
-        return EntryKind::kOther;
+    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+        return windowsEntryKind(attributes, 0);
     }
-    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? EntryKind::kDirectory : EntryKind::kFile;
+    const Opened entry(path, FILE_READ_ATTRIBUTES,
+                       FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS);
+    return win32::kindOf(entry.get(), attributes);
 }
 
 fs::path behindLink(const fs::path& path) {
@@ -203,7 +206,7 @@ bool flushFolder(const fs::path& folder) {
 
 bool flushTree(const fs::path& directory) {
     std::error_code error;
-    const std::vector<fs::path> entries = entriesOf(directory, error);
+    const std::vector<fs::path> entries = entriesOf(openable(directory), error);
     if (error) {
         return false;
     }

@@ -65,7 +65,7 @@ bool makeDirectoriesBelow(const QString& directory, const QString& relative) {
 
 qsizetype countFiles(const QString& directory) {
     const std::filesystem::path path = nativePath(directory);
-    return files::isRealDirectory(path) ? filesBelow(path) : 0;
+    return files::isRealDirectory(path) ? filesBelow(files::openable(path)) : 0;
 }
 
 bool isPlainFile(const QString& path) {

@@ -61,10 +61,8 @@ std::int64_t ticks(const FILETIME& time) {
 
 std::optional<FileStamp> stampFrom(const SharedHandle& file) {
     BY_HANDLE_FILE_INFORMATION about = {};
-    constexpr DWORD kNoFile =
-        FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
     if (!file.isOpen() || GetFileInformationByHandle(file.get(), &about) == 0 ||
-        (about.dwFileAttributes & kNoFile) != 0) {
+        win32::kindOf(file.get(), about.dwFileAttributes) != EntryKind::kFile) {
         return std::nullopt;
     }
     return FileStamp{std::uint64_t{about.nFileSizeHigh} << 32 | about.nFileSizeLow,

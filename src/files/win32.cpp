@@ -2,6 +2,8 @@
 
 #include <numeric>
 
+#include "files/windows_entry.h"
+
 namespace files::win32 {
 
 namespace {
@@ -35,6 +37,14 @@ std::wstring extendedPath(const std::wstring& path) {
 bool isDirectory(const std::wstring& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+EntryKind kindOf(HANDLE entry, DWORD attributes) {
+    FILE_ATTRIBUTE_TAG_INFO found = {};
+    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+        GetFileInformationByHandleEx(entry, FileAttributeTagInfo, &found, sizeof found);
+    }
+    return windowsEntryKind(attributes, found.ReparseTag);
 }
 
 DWORD patiently(const std::function<bool()>& attempt, Patience patience) {

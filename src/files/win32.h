@@ -6,6 +6,8 @@
 #include <functional>
 #include <string>
 
+#include "files/disk.h"
+
 /// What Windows asks of everybody who touches files there: names of any length, and
 /// patience with programs that hold a file for a moment.
 
@@ -34,6 +36,10 @@ DWORD patiently(const std::function<bool()>& attempt, Patience patience = Patien
 
 /// Whether a directory, or a link to one, stands at an extended path.
 bool isDirectory(const std::wstring& path);
+
+/// What an open entry is, by its attributes. It must have been opened itself, not what a link
+/// there leads to.
+EntryKind kindOf(HANDLE entry, DWORD attributes);
 
 /// Lets the file be replaced or removed, should it be marked read-only. The path is an
 /// extended one.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "files/disk.h"
+#include "files/safe_path.h"
 #include "files/utf8_path.h"
 #include "tide/chunks/chunker.h"
 #include "tide/work_on_cores.h"
@@ -17,7 +18,13 @@ namespace {
 void findFilesBelow(const std::filesystem::path& directory, const std::string& prefix,
                     std::vector<IndexedFile>& found) {
     for (const std::filesystem::path& entry : files::entriesOf(directory)) {
-        std::string path = prefix + files::utf8Text(entry.filename());
+        const std::string name = files::utf8Text(entry.filename());
+        // Windows would read another name, or a device, in the place of such a one; no build
+        // has any.
+        if (!files::isPlatformSafePath(name)) {
+            continue;
+        }
+        std::string path = prefix + name;
         if (const auto stamp = files::stampOf(entry)) {
             found.push_back({{*stamp}, std::move(path)});
         } else if (files::entryKind(entry) == files::EntryKind::kDirectory) {
