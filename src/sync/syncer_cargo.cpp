@@ -1,4 +1,5 @@
 #include <QDir>
+#include <QHash>
 #include <QSet>
 #include <utility>
 
@@ -28,6 +29,21 @@ QString pathOf(const QJsonValue& entry) {
     return entry.toObject().value(u"path").toString();
 }
 
+/// The first path that an earlier one differs from, but not to the file system (in case, on
+/// Windows). The same path twice is one file.
+std::optional<QString> findSecondSpelling(const QJsonArray& files) {
+    QHash<std::string, QString> spellings;
+    for (const QJsonValue& entry : files) {
+        const QString path = pathOf(entry);
+        QString& first = spellings[files::comparablePath(path.toStdString())];
+        if (!first.isEmpty() && first != path) {
+            return path;
+        }
+        first = path;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 void Syncer::fetchManifest() {
@@ -46,6 +62,10 @@ void Syncer::onManifestReply(const HttpExchange& exchange) {
     files = reply.value(u"files").toArray();
     if (files.isEmpty()) {
         endFailed(named(QStringLiteral("build %1 has an empty manifest").arg(buildId)));
+        return;
+    }
+    if (const auto path = findSecondSpelling(files)) {
+        endFailed(named(QStringLiteral("manifest lists the path twice: %1").arg(*path)));
         return;
     }
     if (!prepareStaging()) {
