@@ -12,6 +12,7 @@
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "files/safe_path.h"
 #include "server/server_option.h"
 
 namespace quorvelle {
@@ -89,6 +90,13 @@ int subscribeCommand(QStringList args) {
         isEmptyName(chosenName) || !interval || !selfHeal) {
         return printUsage();
     }
+    const QString place = absolutePath(dir);
+    if (const std::string reason = files::whyNoInstallDirectory(place.toStdString());
+        !reason.empty()) {
+        return failWith(kExitUsage,
+                        QStringLiteral("cannot install into %1: %2")
+                            .arg(QDir::toNativeSeparators(place), QString::fromStdString(reason)));
+    }
     const QString& channel = args.at(1);
     const QString name = chosenName.value_or(channel);
 
@@ -103,7 +111,7 @@ int subscribeCommand(QStringList args) {
         entry = {{QStringLiteral("name"), name},
                  {QStringLiteral("server"), server},
                  {QStringLiteral("channel"), channel},
-                 {QStringLiteral("dir"), absolutePath(dir)},
+                 {QStringLiteral("dir"), place},
                  {QStringLiteral("interval_seconds"), *interval},
                  {QStringLiteral("self_heal"), *selfHeal},
                  {QStringLiteral("token"), token.isEmpty() ? tokenFor(document, server) : token}};

@@ -31,6 +31,10 @@ bool isPlatformSafePath(std::string_view path) {
     return isWindowsSafePath(path) && !widened(path).empty();
 }
 
+std::string whyNoInstallDirectory(std::string_view path) {
+    return whyNoWindowsInstallDirectory(path);
+}
+
 std::string comparablePath(std::string_view path) {
     std::wstring wide = widened(path);
     CharUpperBuffW(wide.data(), static_cast<DWORD>(wide.size()));

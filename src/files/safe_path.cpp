@@ -54,12 +54,61 @@ bool isDeviceName(std::string_view part) {
            digit == "\u00b9" || digit == "\u00b2" || digit == "\u00b3";
 }
 
-bool isWindowsName(std::string_view part) {
+/// What Windows would read otherwise than it is written in a part of a path.
+enum class Flaw { kNone, kCharacter, kEnding, kDevice };
+
+Flaw flawOf(std::string_view part) {
     const bool plain = std::none_of(part.begin(), part.end(), [](char c) {
         return static_cast<unsigned char>(c) < 32 ||
                std::string_view("<>:\"|?*\\").find(c) != std::string_view::npos;
     });
-    return plain && !part.ends_with('.') && !part.ends_with(' ') && !isDeviceName(part);
+    if (!plain) {
+        return Flaw::kCharacter;
+    }
+    if (part.ends_with('.') || part.ends_with(' ')) {
+        return Flaw::kEnding;
+    }
+    return isDeviceName(part) ? Flaw::kDevice : Flaw::kNone;
+}
+
+/// The first part of a path that has a flaw.
+struct FlawedPart {
+    Flaw flaw = Flaw::kNone;
+    std::string_view part = {};
+};
+
+FlawedPart findFlaw(std::string_view path) {
+    FlawedPart found;
+    allParts(path, [&](std::string_view part) {
+        found = {flawOf(part), part};
+        return found.flaw == Flaw::kNone;
+    });
+    return found;
+}
+
+/// How a flaw goes on after the name that has it.
+std::string_view flawText(Flaw flaw) {
+    switch (flaw) {
+        case Flaw::kCharacter:
+            return " holds a character that Windows reserves";
+        case Flaw::kEnding:
+            return " ends in a dot or a blank, which Windows leaves out";
+        default:
+            return " is the name of a device";
+    }
+}
+
+/// What stands behind the drive ("C:/") or the share ("//host/share/").
+std::string_view withoutVolume(std::string_view path) {
+    std::size_t begin = std::min(path.find_first_not_of('/'), path.size());
+    if (path.starts_with("//")) {
+        const std::size_t share = std::min(path.find('/', begin), path.size());
+        begin = std::min(path.find('/', std::min(share + 1, path.size())), path.size());
+    } else if (path.substr(begin).find(':') == 1) {
+        begin += 2;
+    }
+    const std::size_t rest = path.find_first_not_of('/', begin);
+    return path.substr(std::min(rest, path.size()));
 }
 
 }  // namespace
@@ -74,7 +123,17 @@ bool isSafeRelativePath(std::string_view path) {
 }
 
 bool isWindowsSafePath(std::string_view path) {
-    return allParts(path, isWindowsName);
+    return findFlaw(path).flaw == Flaw::kNone;
+}
+
+std::string whyNoWindowsInstallDirectory(std::string_view path) {
+    const std::string_view inside = withoutVolume(path);
+    if (inside.empty()) {
+        return "a drive cannot be replaced as a whole - name a folder in it";
+    }
+    const auto [flaw, part] = findFlaw(inside);
+    return flaw == Flaw::kNone ? std::string()
+                               : '\'' + std::string(part) + '\'' + std::string(flawText(flaw));
 }
 
 }  // namespace files

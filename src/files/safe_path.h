@@ -19,6 +19,13 @@ bool isPlatformSafePath(std::string_view path);
 /// names a device ("NUL", "com1.txt").
 bool isWindowsSafePath(std::string_view path);
 
+/// Why no build can be installed in a directory, by its absolute path (UTF-8, "/" between the
+/// parts) alone; empty where that says nothing against it, which is always so on POSIX.
+std::string whyNoInstallDirectory(std::string_view path);
+
+/// What that says on Windows, on every platform.
+std::string whyNoWindowsInstallDirectory(std::string_view path);
+
 /// A path as the platform's file systems compare it: as it is on POSIX, without case on
 /// Windows.
 std::string comparablePath(std::string_view path);

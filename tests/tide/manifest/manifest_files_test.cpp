@@ -99,5 +99,26 @@ TEST(ManifestFiles, KnowsTheNamesThatWindowsReserves) {
     }
 }
 
+TEST(InstallDirectories, AreRefusedWhereWindowsWouldUseOthers) {
+    const std::string drive = "a drive cannot be replaced as a whole - name a folder in it";
+    const std::pair<const char*, std::string> rows[] = {
+        {"C:/", drive},
+        {"C:", drive},
+        {"//host/share", drive},
+        {"//host/share/", drive},
+        {"C:/x/nul", "'nul' is the name of a device"},
+        {"C:/Com1.txt/x", "'Com1.txt' is the name of a device"},
+        {"C:/x/app.", "'app.' ends in a dot or a blank, which Windows leaves out"},
+        {"C:/x /app", "'x ' ends in a dot or a blank, which Windows leaves out"},
+        {"C:/x/a:b", "'a:b' holds a character that Windows reserves"},
+        {"//host/share/a?", "'a?' holds a character that Windows reserves"},
+        {"C:/x/.app", ""},
+        {"//host/share/app", ""},
+    };
+    for (const auto& [path, reason] : rows) {
+        EXPECT_EQ(files::whyNoWindowsInstallDirectory(path), reason) << path;
+    }
+}
+
 }  // namespace
 }  // namespace tide
