@@ -1,6 +1,7 @@
 #include "account/reconcile_plan.h"
 
 #include <QJsonArray>
+#include <QRegularExpression>
 #include <algorithm>
 
 #include "config/config_document.h"
@@ -16,10 +17,18 @@ namespace {
 
 constexpr int kDefaultInterval = -1;
 
+/// Whether the folder that holds the state of install directories beside it has this name,
+/// or may have it on Windows as the short one that file systems there give it.
+bool namesStateFolder(const QString& channel) {
+    static const QRegularExpression names(QRegularExpression::anchoredPattern(QStringLiteral(
+                                              "\\.quorvelle|(?:quorve|qu[0-9a-f]{4})~[0-9]+")),
+                                          QRegularExpression::CaseInsensitiveOption);
+    return names.match(channel).hasMatch();
+}
+
 bool canBeFolderName(const QString& channel) {
     return files::isSafeRelativePath(channel.toStdString()) && !channel.contains(u'/') &&
-           // The folder beside the install directories that holds their state.
-           channel.compare(QStringLiteral(".quorvelle"), Qt::CaseInsensitive) != 0;
+           !namesStateFolder(channel);
 }
 
 /// One server's look at the subscriptions.

@@ -51,7 +51,8 @@ TEST(ReconcilePlan, AddsAndRetiresManagedSubscriptionsOfTheServer) {
         taken twice | x=x@b x-2=y@b       | 'x'       | x=x@b x-2=y@b x-3=x@a*
         freed       | x=old@a* z=z@a*     | 'x','z'   | z=z@a* x=x@a*
         case        | X=X@a*              | 'x'       | x=x@a*
-        odd names   |                     | '..x','-' | ..x=..x@a* -=-@a*)")) {
+        odd names   |                     | '..x','-' | ..x=..x@a* -=-@a*
+        like states |                     | 'quorve~','a~1' | quorve~=quorve~@a* a~1=a~1@a*)")) {
         SCOPED_TRACE(row[0].toStdString());
         const ReconcilePlan got = plan(row[1], row[2]);
         EXPECT_EQ(shortForm(got.document), row[3]);
@@ -114,8 +115,8 @@ TEST(ReconcilePlan, GivesEverySubscriptionAFolderOfItsOwn) {
 }
 
 TEST(ReconcilePlan, RefusesChannelsThatCannotBeOneFolder) {
-    for (const char* channel :
-         {"", ".", "..", "a/b", "/", R"(a\\b)", R"(a\u0000b)", ".quorvelle", ".Quorvelle"}) {
+    for (const char* channel : {"", ".", "..", "a/b", "/", R"(a\\b)", R"(a\u0000b)", ".quorvelle",
+                                ".Quorvelle", "QUORVE~1", "qu0A9f~12"}) {
         SCOPED_TRACE(channel);
         const QString quoted = QString("'%1'").arg(channel);
         const QString name = json("{'c':" + quoted.toUtf8() + "}")["c"].toString();
