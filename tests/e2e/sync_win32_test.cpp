@@ -1,5 +1,10 @@
+#include <windows.h>
+
 #include <QFile>
 
+#include "files/disk.h"
+#include "support/fake_tide.h"
+#include "support/platform.h"
 #include "support/qt_printers.h"
 #include "support/sync_fixture.h"
 
@@ -19,6 +24,43 @@ TEST_P(WindowsSync, RefusesNamesThatWindowsReadsOtherwise) {
                    QString("'app': manifest contains an unsafe path: ") + name);
         EXPECT_EQ(installed(), QStringList("(missing)"));
     }
+}
+
+TEST_P(WindowsSync, RefusesPathsThatDifferInCaseAlone) {
+    publish(server, "stable", "b", {{"Readme.txt", "R"}, {"bin/a", "a"}, {"readme.txt", "r"}});
+    expectSync("failed", fetching("b", {}), "'app': manifest lists the path twice: readme.txt");
+    EXPECT_EQ(installed(), QStringList("(missing)"));
+}
+
+TEST_P(WindowsSync, DownloadsNothingForAFileThatNobodyCanRead) {
+    publishTide(server, "stable", "b", {{"a", {"one"}}});
+    QJsonObject checked = subscription("app", "stable");
+    checked["self_heal"] = 2;
+    subscribe({checked});
+    EXPECT_EQ(run({"sync"}).code, 0);
+    const Held held(box.path("apps/app/a"), Held::From::kReads);
+    const Outcome got = run({"sync"});
+    const QString message = "'app' is up to date (check skipped: 1 file(s) in use)";
+    EXPECT_TRUE((GetParam() ? got.json()["results"][0]["message"].toString()
+                            : got.out.section('\n', -2, -2)) == message)
+        << got.out.toStdString() << got.err.toStdString();
+    EXPECT_EQ(got.code, 0);
+}
+
+TEST_P(WindowsSync, ReplacesBuildsInWhichSomebodyMadeOddNames) {
+    publish(server, "stable", "b1", {{"a", "one"}});
+    expectSync("synced", whole("b1", {"a"}), synced("b1", 1, 3));
+    for (const char* name : {"nul", "foo.", "trail "}) {
+        const std::wstring path = files::openable(box.path("apps/app").toStdWString()).native() +
+                                  L'\\' + QString(name).toStdWString();
+        const HANDLE made = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr);
+        ASSERT_NE(made, INVALID_HANDLE_VALUE);
+        CloseHandle(made);
+    }
+    publish(server, "stable", "b2", {{"a", "two"}});
+    expectSync("synced", whole("b2", {"a"}), synced("b2", 1, 3));
+    EXPECT_EQ(state(), QStringList("app.installed.json"));
 }
 
 TEST_P(WindowsSync, IsNotStoppedByReadOnlyFiles) {
@@ -47,6 +89,16 @@ TEST_P(WindowsSync, InstallsPathsOfAnyLength) {
     EXPECT_EQ(installed(), QStringList(path + "=one"));
     expectSync("synced", whole("b1", {path}), synced("b1", 1, 3), args("sync --force"));
     EXPECT_EQ(state(), QStringList("app.installed.json"));
+}
+
+TEST(SubscribeOnWindows, RefusesDirectoriesThatWouldBeOthers) {
+    const Sandbox box;
+    for (const char* dir : {R"(C:\)", "nul", "app.", "app "}) {
+        const Outcome got = box.run({"subscribe", "http://h", "stable", "--dir", dir});
+        EXPECT_EQ(got.code, 1) << dir;
+        EXPECT_TRUE(got.err.startsWith("cannot install into ")) << got.err.toStdString();
+    }
+    EXPECT_EQ(box.read("config/config.json"), "(missing)");
 }
 
 }  // namespace

@@ -1,8 +1,16 @@
 #include "files/disk.h"
 
+#include <functional>
+#include <thread>
+
+#include "config/install_folders.h"
+#include "files/file_tree.h"
+#include "files/raw_file.h"
 #include "files/safe_path.h"
 #include "files/win32.h"
+#include "sync/markers.h"
 #include "tide/assembly_fixture.h"
+#include "tide/chunks/local_index.h"
 #include "tide/part_file.h"
 
 namespace tide {
@@ -86,6 +94,10 @@ TEST(OddNames, AreEntriesLikeOthers) {
         }
     }
     EXPECT_THAT(files::entriesOf(temp / "tree"), SizeIs(5));
+    EXPECT_EQ(quorvelle::countFiles(QString::fromStdString(files::utf8Text(temp / "tree"))), 8);
+    LocalIndex index;
+    buildLocalIndex(temp / "tree", index);
+    EXPECT_THAT(index, IsEmpty());
     EXPECT_TRUE(files::removeTree(temp / "tree"));
     EXPECT_EQ(files::entryKind(temp / "tree"), files::EntryKind::kNothing);
 }
@@ -161,12 +173,67 @@ TEST(Patience, IsForFilesInUseAndEndsAfterTwoSeconds) {
     }
 }
 
+/// Somebody's handle that leaves others the given rights only.
+HANDLE hold(const fs::path& path, DWORD shared) {
+    const HANDLE held = CreateFileW(path.c_str(), GENERIC_READ, shared, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    EXPECT_NE(held, INVALID_HANDLE_VALUE);
+    return held;
+}
+
+TEST(Patience, IsHadWhereverAFileIsOpenedToBeChangedOrAMarkerIsRead) {
+    const TempDir temp;
+    const fs::path file = temp / ".quorvelle/app.installed.json";
+    const QString app = QString::fromStdString(files::utf8Text(temp / "app"));
+    struct Row {
+        const char* name;
+        DWORD shared;
+        std::function<bool()> act;
+    };
+    for (const Row& row :
+         {Row{"flushed", FILE_SHARE_READ, [&] { return files::flushToDisk(file); }},
+          Row{"written anew", FILE_SHARE_READ, [&] { return PartFile::create(file).isOpen(); }},
+          Row{"gone on with", FILE_SHARE_READ, [&] { return PartFile::resume(file, 1).isOpen(); }},
+          Row{"a marker", 0,
+              [&] { return quorvelle::readInstalledMarker(app).build == QString("b"); }},
+          Row{"a marker to be removed", FILE_SHARE_READ, [&] {
+                  fs::copy_file(file, temp / ".quorvelle/app.swap.json");
+                  const HANDLE held = hold(temp / ".quorvelle/app.swap.json", FILE_SHARE_READ);
+                  const std::jthread reader([&] { ::Sleep(100), CloseHandle(held); });
+                  return quorvelle::removeSwapRecord(app);
+              }}}) {
+        SCOPED_TRACE(row.name);
+        writeFile(file, R"({"build":"b"})");
+        const HANDLE held = hold(file, row.shared);
+        const std::jthread scanner([&] { ::Sleep(100), CloseHandle(held); });
+        EXPECT_TRUE(row.act());
+    }
+}
+
+TEST(ReadingAnInstall, KeepsNobodyFromChangingIt) {
+    const TempDir temp;
+    writeFile(temp / "a", "a");
+    writeFile(temp / "b", "b");
+    files::RawFile reader(temp / "a", files::RawFile::For::kReading);
+    ASSERT_TRUE(reader.isOpen());
+    writeFile(temp / "a", "A");
+    EXPECT_NE(MoveFileExW((temp / "a").c_str(), (temp / "c").c_str(), 0), 0);
+    EXPECT_NE(DeleteFileW((temp / "c").c_str()), 0);
+    char byte = 0;
+    EXPECT_EQ(reader.read(0, {&byte, 1}), 1U);
+    EXPECT_EQ(byte, 'A');
+}
+
+TEST(InstallFolders, MeetWithoutCase) {
+    EXPECT_TRUE(quorvelle::config::foldersMeet("C:/Games/App", R"(c:\games\app\sub)"));
+    EXPECT_FALSE(quorvelle::config::foldersMeet("C:/Games/App", "C:/Games/App2"));
+}
+
 TEST(Rename, OfAFileInUseFailsWithACodeThatIsWaitedFor) {
     const TempDir temp;
     writeFile(temp / "from", "f");
     writeFile(temp / "to", "t");
-    const HANDLE held = CreateFileW((temp / "to").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE held = hold(temp / "to", FILE_SHARE_READ);
     EXPECT_THAT(files::renameEntry(temp / "from", temp / "to", files::WhenInUse::kFail).value(),
                 AnyOf(ERROR_SHARING_VIOLATION, ERROR_ACCESS_DENIED));
     EXPECT_EQ(readFile(temp / "from"), "f");
