@@ -10,6 +10,12 @@ target_compile_definitions(quorvelle_options INTERFACE
   # Neither macros named min and max nor the old sockets with <windows.h>.
   $<$<PLATFORM_ID:Windows>:NOMINMAX WIN32_LEAN_AND_MEAN>)
 
+# Distributions' compilers do this by themselves; the one for Windows does not.
+if(MINGW)
+  target_compile_options(quorvelle_options INTERFACE -fstack-protector-strong)
+  target_link_options(quorvelle_options INTERFACE -fstack-protector-strong)
+endif()
+
 # Several files of a folder compiled as one save half the time; names in their unnamed
 # namespaces have to differ for it. To the compiler they look as if they included each other.
 if(CMAKE_UNITY_BUILD)

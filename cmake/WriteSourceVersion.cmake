@@ -1,5 +1,6 @@
-# Writes the header with the version "<VERSION>+g<short commit hash>"; the hash
-# is "unknown" where SOURCE_DIR is no checkout (a source archive).
+# Writes the headers <OUTPUT>.h for C++ and <OUTPUT>_resource.h for a resource compiler, with
+# the version "<VERSION>+g<short commit hash>"; the hash is "unknown" where SOURCE_DIR is no
+# checkout (a source archive).
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -13,10 +14,13 @@ if(EXISTS ${SOURCE_DIR}/.git)
   endif()
 endif()
 
-file(CONFIGURE OUTPUT ${OUTPUT} CONTENT
+file(CONFIGURE OUTPUT ${OUTPUT}.h CONTENT
 "#pragma once
 
 namespace quorvelle {
 inline constexpr char kSourceVersion[] = \"@VERSION@+g@hash@\";
 }
+" @ONLY)
+file(CONFIGURE OUTPUT ${OUTPUT}_resource.h CONTENT
+"#define QUORVELLE_SOURCE_VERSION \"@VERSION@+g@hash@\"
 " @ONLY)
