@@ -1,10 +1,16 @@
-# What every target of this project is compiled with: warnings that stop the
-# build, the sanitizers asked for, and Qt without its lossy text conversions.
+# What every target of this project is compiled with: warnings (the presets make errors of
+# them), the sanitizers asked for, and Qt without its lossy text conversions.
+
+option(QUORVELLE_WARNINGS_AS_ERRORS "Let warnings stop the build; the presets do" OFF)
+if(QUORVELLE_WARNINGS_AS_ERRORS)
+  set(gcc_error -Werror)
+  set(msvc_error /WX)
+endif()
 
 add_library(quorvelle_options INTERFACE)
 target_compile_options(quorvelle_options INTERFACE
-  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror>
-  $<$<CXX_COMPILER_ID:MSVC>:/W4 /WX /utf-8 /permissive->)
+  $<$<CXX_COMPILER_ID:GNU,Clang>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion ${gcc_error}>
+  $<$<CXX_COMPILER_ID:MSVC>:/W4 ${msvc_error} /utf-8 /permissive->)
 target_compile_definitions(quorvelle_options INTERFACE
   QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING
   # Neither macros named min and max nor the old sockets with <windows.h>.
@@ -14,6 +20,13 @@ target_compile_definitions(quorvelle_options INTERFACE
 if(MINGW)
   target_compile_options(quorvelle_options INTERFACE -fstack-protector-strong)
   target_link_options(quorvelle_options INTERFACE -fstack-protector-strong)
+endif()
+
+# What is handed out names no path of the machine, so that two folders give the same bytes;
+# other builds keep the paths for debuggers.
+if(NOT WIN32)
+  add_compile_options(
+    "$<$<AND:$<CXX_COMPILER_ID:GNU,Clang>,$<CONFIG:Release>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
 endif()
 
 # Several files of a folder compiled as one save half the time; names in their unnamed
