@@ -153,17 +153,15 @@ bool isMountPoint(const fs::path& directory) {
 }
 
 bool isUnsharedFile(const fs::path& path) {
-    std::error_code error;
-    return entryKind(path) == EntryKind::kFile && fs::hard_link_count(path, error) == 1;
+    struct stat about = {};
+    return ::lstat(path.c_str(), &about) == 0 && S_ISREG(about.st_mode) && about.st_nlink == 1;
 }
 
 std::optional<std::uint64_t> fileSize(const fs::path& path) {
-    std::error_code error;
-    if (!fs::is_regular_file(path, error)) {
-        return std::nullopt;
-    }
-    const std::uintmax_t size = fs::file_size(path, error);
-    return error ? std::nullopt : std::optional<std::uint64_t>(size);
+    struct stat about = {};
+    return ::stat(path.c_str(), &about) == 0 && S_ISREG(about.st_mode)
+               ? std::optional(static_cast<std::uint64_t>(about.st_size))
+               : std::nullopt;
 }
 
 std::vector<fs::path> entriesOf(const fs::path& directory) {

@@ -19,7 +19,8 @@ public:
         kWritingAnew,
     };
 
-    /// Opens the file; kWritingAnew makes or empties it. On Windows who wants to write waits
+    /// Opens the file; kWritingAnew makes it, and fails where anything stands: that may be a
+    /// second name of another file, or a link to one. On Windows who wants to write waits
     /// up to 2 s for others who hold it; readers do not wait. Check isOpen().
     RawFile(const std::filesystem::path& path, For purpose);
     ~RawFile();

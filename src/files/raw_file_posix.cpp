@@ -21,7 +21,7 @@ int flagsFor(RawFile::For purpose) {
         case RawFile::For::kWriting:
             return O_RDWR;
         default:
-            return O_RDWR | O_CREAT | O_TRUNC;
+            return O_RDWR | O_CREAT | O_EXCL;
     }
 }
 

@@ -36,7 +36,7 @@ RawFile::RawFile(const std::filesystem::path& path, For purpose) {
         [&] {
             handle = reinterpret_cast<std::intptr_t>(CreateFileW(
                 name.c_str(), reads ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE, win32::kShareAll,
-                nullptr, purpose == For::kWritingAnew ? CREATE_ALWAYS : OPEN_EXISTING,
+                nullptr, purpose == For::kWritingAnew ? CREATE_NEW : OPEN_EXISTING,
                 reads ? FILE_FLAG_SEQUENTIAL_SCAN : FILE_ATTRIBUTE_NORMAL, nullptr));
             return isOpen();
         },

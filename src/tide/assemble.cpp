@@ -32,6 +32,8 @@ struct RunOptions {
     const AssemblyProgress& progress;
     const InUseCallback& inUse;
     int maxReplaceAttempts;
+    /// Nothing stood in the target, so that nothing can be in the way of a file.
+    bool isFresh;
 };
 
 /// One run over the files of a manifest.
@@ -64,17 +66,16 @@ public:
 
 private:
     bool assemble(const ManifestFile& file, std::string* err) {
-        if (!target.makeWay(file)) {
-            return fail(err, "cannot open ", files::utf8Text(target.part(file)));
+        const fs::path part = target.part(file);
+        if (!(options.isFresh ? target.makeFolders(file) : target.makeWay(file))) {
+            return fail(err, "cannot open ", files::utf8Text(part));
         }
-        // Hashed, however it got there: nothing says that what an interrupted run left still
-        // is what it was when it was written.
         const fs::path destination = target.destination(file);
-        if (files::isUnsharedFile(destination) && holdsFile(destination, file)) {
+        if (stands(destination, file)) {
             reportAll(file);
-        } else if (!write(file, err) ||
-                   !replaceFile(target.part(file), destination, options.maxReplaceAttempts,
-                                options.inUse, sleepFor, err)) {
+        } else if (!write(file, part, destination, err) ||
+                   !replaceFile(part, destination, options.maxReplaceAttempts, options.inUse,
+                                sleepFor, err)) {
             return false;
         }
         // Only now: under the name of the part the chunks would be looked for in vain.
@@ -82,27 +83,41 @@ private:
         return true;
     }
 
-    bool write(const ManifestFile& file, std::string* err) {
+    /// Hashed, however it got there: nothing says that what an interrupted run left still is
+    /// what it was when it was written.
+    bool stands(const fs::path& destination, const ManifestFile& file) const {
+        return !options.isFresh && files::isUnsharedFile(destination) &&
+               holdsFile(destination, file);
+    }
+
+    bool write(const ManifestFile& file, const fs::path& part, const fs::path& destination,
+               std::string* err) {
+        const LeadingChunks kept = options.isFresh ? LeadingChunks() : resumable(file);
         // Where the bytes may stand at the same offset although the index has another cut of
         // them: publishers may have cut with other parameters.
-        std::vector<fs::path> seeds{target.destination(file)};
-        if (!reuse.empty()) {
-            seeds.push_back(reuse / files::utf8Path(file.path));
-        }
-        const LeadingChunks kept = resumable(file);
-        if (kept.count == 0) {
-            if (const fs::path leftover = keepLeftover(file); !leftover.empty()) {
-                seeds.push_back(leftover);
+        std::vector<fs::path> seeds;
+        const auto addSeed = [&](const fs::path& seed) {
+            if (files::fileSize(seed)) {
+                seeds.push_back(seed);
             }
+        };
+        if (!options.isFresh) {
+            addSeed(destination);
         }
-        PartFile part = kept.count > 0 ? PartFile::resume(target.part(file), kept.bytes)
-                                       : PartFile::create(target.part(file));
-        if (!part.isOpen()) {
-            return fail(err, "cannot open ", files::utf8Text(target.part(file)));
+        if (!reuse.empty()) {
+            addSeed(reuse / files::utf8Path(file.path));
+        }
+        if (!options.isFresh && kept.count == 0) {
+            addSeed(keepLeftover(file));
+        }
+        PartFile written =
+            kept.count > 0 ? PartFile::resume(part, kept.bytes) : PartFile::create(part);
+        if (!written.isOpen()) {
+            return fail(err, "cannot open ", files::utf8Text(part));
         }
         std::for_each_n(file.chunks.begin(), kept.count,
                         [this](const auto& chunk) { report(chunk); });
-        return append(file, kept.count, seeds, part, err) && finish(file, part, err);
+        return append(file, kept.count, seeds, written, err) && finish(file, written, err);
     }
 
     bool append(const ManifestFile& file, std::size_t begin, const std::vector<fs::path>& seeds,
@@ -121,12 +136,12 @@ private:
     }
 
     bool finish(const ManifestFile& file, PartFile& part, std::string* err) {
-        const std::string name = files::utf8Text(target.destination(file));
         if (!part.close()) {
-            return fail(err, "write failed for ", name);
+            return fail(err, "write failed for ", files::utf8Text(target.destination(file)));
         }
         // Every chunk was right; this is about the list of them.
-        return part.size() == file.size || fail(err, "size mismatch for ", name);
+        return part.size() == file.size ||
+               fail(err, "size mismatch for ", files::utf8Text(target.destination(file)));
     }
 
     /// How much of a leftover part can stay where it is: all but a torn last chunk.
@@ -265,6 +280,8 @@ bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std:
     AssemblyOutcome& outcome = job.outcome != nullptr ? *job.outcome : unwanted;
     UnchangedFiles unchanged;
     LocalIndex index;
+    const bool isFresh = files::entryKind(target.root()) == files::EntryKind::kNothing ||
+                         files::isEmptyDirectory(target.root());
     {
         const IndexedDirectory staged{target.root(), indexFiles(target.root())};
         const IndexedDirectory installed{
@@ -280,7 +297,7 @@ bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std:
     }
     outcome.shared = std::move(unchanged.shared);
     ChunkSource source(provider, job.chunkUrls, connections, std::move(index), files);
-    const RunOptions options{job.progress, job.inUse, job.maxReplaceAttempts};
+    const RunOptions options{job.progress, job.inUse, job.maxReplaceAttempts, isFresh};
     if (!Assembly(files, unchanged.inPlace, target, reuse, source, options).run(err)) {
         return false;
     }

@@ -63,6 +63,8 @@ bool ChunkSource::readFromDisk(const ManifestChunk& chunk, std::uint64_t offset,
 }
 
 bool ChunkSource::fetch(const ManifestChunk& chunk, std::string* err) {
+    // The chunk before this one: with a large one on its way, memory for both would be taken.
+    buffer = std::string();
     std::string raw;
     return fetchRaw(chunk.id, raw, err) && decodeChunk(raw, chunk.id, buffer, err);
 }

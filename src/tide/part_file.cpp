@@ -15,7 +15,7 @@ constexpr std::uint64_t kFlushStep = std::uint64_t{8} << 20;
 
 PartFile::PartFile(const std::filesystem::path& place, files::RawFile::For purpose,
                    std::uint64_t kept)
-    : path(place), file(place, purpose), written(kept), sent(kept) {}
+    : path(place), file(place, purpose), written(kept), sent(kept), resumed(kept > 0) {}
 
 PartFile PartFile::create(const std::filesystem::path& path) {
     return PartFile(path, files::RawFile::For::kWritingAnew, 0);
@@ -36,6 +36,9 @@ bool PartFile::append(std::string_view bytes) {
 }
 
 bool PartFile::close() {
+    if (!resumed) {
+        return file.close();
+    }
     const std::optional<std::uint64_t> size = files::fileSize(path);
     const bool isCut = size && (*size <= written || file.cutOff(written));
     return file.close() && isCut;

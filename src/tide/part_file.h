@@ -12,7 +12,7 @@ namespace tide {
 /// was written is sent on its way while more of it comes.
 class PartFile {
 public:
-    /// Opens a new, empty file; one that stands there is emptied. Check isOpen().
+    /// Opens a new, empty file where nothing stands. Check isOpen().
     static PartFile create(const std::filesystem::path& path);
     /// Opens a file that exists to go on behind its first `kept` bytes, which stay.
     static PartFile resume(const std::filesystem::path& path, std::uint64_t kept);
@@ -36,6 +36,8 @@ private:
     std::uint64_t written;
     /// What of it was sent on its way to the disk.
     std::uint64_t sent;
+    /// An earlier run may have left more than what is written now.
+    bool resumed;
 };
 
 }  // namespace tide

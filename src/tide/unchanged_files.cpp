@@ -89,8 +89,9 @@ public:
         }
         const bool taken =
             clone(from, part, file) || link(from, part, file, takeover) || copy(from, part, file);
-        takeover.done =
-            taken && !files::renameEntry(part, target.destination(file), files::WhenInUse::kFail);
+        takeover.done = taken && (!files::renameEntry(part, target.destination(file),
+                                                      files::WhenInUse::kFail) ||
+                                  giveUp(part));
     }
 
 private:
@@ -128,6 +129,9 @@ private:
         }
         ChunkReader reader(from);
         PartFile to = PartFile::create(part);
+        if (!to.isOpen()) {
+            return false;
+        }
         std::string bytes;
         for (const ManifestChunk& chunk : file.chunks) {
             if (!reader.read(chunk, to.size(), bytes) || !to.append(bytes)) {

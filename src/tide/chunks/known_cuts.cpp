@@ -15,7 +15,7 @@ namespace {
 /// The last two characters are the version.
 constexpr std::string_view kMark = "QVCUTS01";
 constexpr std::size_t kDigestBytes = 32;
-constexpr std::string_view kDigits = "0123456789abcdef";
+constexpr std::string_view kHexDigits = "0123456789abcdef";
 
 void putNumber(std::string& out, std::uint64_t number) {
     for (unsigned shift = 0; shift < 64; shift += 8) {
@@ -31,8 +31,8 @@ void putText(std::string& out, const std::string& text) {
 /// Both ways, an id is taken as it comes: one that is no digest only fails to be found.
 void putDigest(std::string& out, const std::string& hex) {
     for (std::size_t at = 0; at < 2 * kDigestBytes; at += 2) {
-        const auto high = at < hex.size() ? kDigits.find(hex[at]) : 0;
-        const auto low = at + 1 < hex.size() ? kDigits.find(hex[at + 1]) : 0;
+        const auto high = at < hex.size() ? kHexDigits.find(hex[at]) : 0;
+        const auto low = at + 1 < hex.size() ? kHexDigits.find(hex[at + 1]) : 0;
         out += static_cast<char>((high << 4U | low) & 255U);
     }
 }
@@ -70,8 +70,8 @@ public:
         std::string hex;
         hex.reserve(2 * kDigestBytes);
         for (const char byte : take(kDigestBytes)) {
-            hex += kDigits[static_cast<unsigned char>(byte) >> 4U];
-            hex += kDigits[static_cast<unsigned char>(byte) & 15U];
+            hex += kHexDigits[static_cast<unsigned char>(byte) >> 4U];
+            hex += kHexDigits[static_cast<unsigned char>(byte) & 15U];
         }
         return hex;
     }
