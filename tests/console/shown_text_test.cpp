@@ -19,10 +19,10 @@ TEST(ShownText, HidesThePasswordsOfAddresses) {
 }
 
 TEST(ShownText, ShowsWhatATerminalWouldObey) {
-    EXPECT_EQ(withVisibleControls(u"a\x1B[2K\r\tb\nc\x7F\u0080\u009B\u00A0ä\\x"_qs),
-              QString(u"a\\x1B[2K\\x0D\\x09b\\x0Ac\\x7F\\x80\\x9B\u00A0ä\\x"));
-    EXPECT_EQ(withVisibleControls(u"x\u202Egpj.exe\u2066\u200F"_qs),
-              QString(u"x\\u202Egpj.exe\\u2066\u200F"));
+    EXPECT_EQ(withVisibleControls(QStringLiteral("a\x1B[2K\r\tb\nc\x7F\u0080\u009B\u00A0ä\\x")),
+              QStringLiteral("a\\x1B[2K\\x0D\\x09b\\x0Ac\\x7F\\x80\\x9B\u00A0ä\\x"));
+    EXPECT_EQ(withVisibleControls(QStringLiteral("x\u202Egpj.exe\u2066\u200F")),
+              QStringLiteral("x\\u202Egpj.exe\\u2066\u200F"));
     EXPECT_EQ(withVisibleControlsInLines("a\r\n\tb\n"), QString("a\\x0D\n\\x09b\n"));
 }
 
