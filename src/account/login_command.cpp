@@ -9,6 +9,7 @@
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/next_step.h"
 #include "server/url.h"
 
 namespace quorvelle {
@@ -44,7 +45,9 @@ int loginCommand(QStringList args) {
     const QString server = withoutTrailingSlashes(args.at(0));
     if (!isWebUrl(server)) {
         // Nobody could open the link, and five minutes would pass before that showed.
-        return failWith(kExitUsage, QStringLiteral("'%1' is no http or https address").arg(server));
+        printError(QStringLiteral("'%1' is no http or https address").arg(server));
+        printNote(addressHint(server));
+        return kExitUsage;
     }
     if (!canStoreSession(server, root)) {
         return kExitFailed;

@@ -9,6 +9,7 @@
 #include "console/output.h"
 #include "console/usage.h"
 #include "server/addresses.h"
+#include "server/next_step.h"
 #include "server/on_server.h"
 
 namespace quorvelle {
@@ -70,6 +71,7 @@ int requestAccessCommand(QStringList args) {
                                    {QStringLiteral("message"), message}});
     if (!answer.ok) {
         printError(refusalText(server.url, answer));
+        printNote(nextStep(server.url, answer.status));
     }
     return finish({answer.object, answer.ok},
                   QStringLiteral("Request sent to %1. An admin will send your invite to %2\n")

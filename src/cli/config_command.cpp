@@ -8,6 +8,7 @@
 #include "console/exit_code.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "server/next_step.h"
 
 namespace quorvelle {
 
@@ -61,6 +62,9 @@ int set(const QString& key, const QString& value) {
                                          QDir::toNativeSeparators(config::path()));
     }
     printResult({{key, value}}, key + QStringLiteral(" = ") + value + u'\n');
+    if (key == u"server") {
+        printNote(addressHint(value));
+    }
     return kExitSuccess;
 }
 

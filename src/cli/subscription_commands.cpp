@@ -13,6 +13,7 @@
 #include "console/output.h"
 #include "console/usage.h"
 #include "files/safe_path.h"
+#include "server/next_step.h"
 #include "server/server_option.h"
 
 namespace quorvelle {
@@ -133,6 +134,7 @@ int subscribeCommand(QStringList args) {
     }
     printResult(entry,
                 {QStringLiteral("Subscribed:"), QStringLiteral("  ") + subscriptionLine(entry)});
+    printNote(addressHint(entry.value(u"server").toString()));
     noteNeighbours(others, entry.value(u"dir").toString());
     return kExitSuccess;
 }

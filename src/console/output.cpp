@@ -92,7 +92,7 @@ void printDiagnostic(const Lines& lines) {
 }
 
 void printNote(const QString& line) {
-    printNote(Lines{line});
+    printNote(oneLine(line));
 }
 
 void printNote(const Lines& lines) {

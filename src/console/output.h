@@ -37,7 +37,8 @@ void printDiagnostic(const QString& text);
 void printDiagnostic(const Lines& lines);
 
 /// Tells the person at a terminal something that no script is to see: writes the line
-/// to standard error when that is a terminal and JSON mode is off, else nothing.
+/// to standard error when that is a terminal and JSON mode is off, else nothing. An empty
+/// line is none.
 void printNote(const QString& line);
 void printNote(const Lines& lines);
 

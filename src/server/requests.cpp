@@ -8,6 +8,7 @@
 #include "console/output.h"
 #include "server/await_exchange.h"
 #include "server/http_exchange.h"
+#include "server/next_step.h"
 
 namespace quorvelle {
 
@@ -29,19 +30,20 @@ QNetworkAccessManager& networkManager() {
 }
 
 /// Prints nothing.
-Reply attempt(const HttpRequest& request, const QString& label) {
-    HttpExchange exchange(networkManager(), request);
+Reply attempt(const Server& server, HttpExchange& exchange, const QString& label) {
     await(exchange);
     if (!exchange.succeeded()) {
-        return {.failure = exchange.failureText(label)};
+        return {.failure = exchange.failureText(label),
+                .nextStep = nextStep(server.url, exchange.statusCode())};
     }
     return {exchange.object(), true, exchange.bytes()};
 }
 
-Reply call(const HttpRequest& request, const QString& label) {
-    Reply reply = attempt(request, label);
+Reply call(const Server& server, const HttpRequest& request, const QString& label) {
+    HttpExchange exchange(networkManager(), request);
+    Reply reply = attempt(server, exchange, label);
     if (!reply.ok) {
-        printError(reply.failure);
+        printFailure(reply);
     }
     return reply;
 }
@@ -57,17 +59,23 @@ HttpRequest withJson(const QByteArray& method, const Server& server, const QStri
 
 }  // namespace
 
+void printFailure(const Reply& reply) {
+    printError(reply.failure);
+    printNote(reply.nextStep);
+}
+
 bool isObject(const Reply& reply) {
     return !reply.object.isEmpty() || QJsonDocument::fromJson(reply.body).isObject();
 }
 
 Reply getJson(const Server& server, const QString& path, const QString& label) {
-    return call({.method = "GET", .url = apiUrl(server.url, path), .token = server.token}, label);
+    return call(server, {.method = "GET", .url = apiUrl(server.url, path), .token = server.token},
+                label);
 }
 
 Reply postJson(const Server& server, const QString& path, const QString& label,
                const QJsonObject& body) {
-    return call(withJson("POST", server, path, body), label);
+    return call(server, withJson("POST", server, path, body), label);
 }
 
 Answer askJson(const Server& server, const QString& path, const QJsonObject& body) {
@@ -78,7 +86,8 @@ Answer askJson(const Server& server, const QString& path, const QJsonObject& bod
 
 Reply postEmpty(const Server& server, const QString& path, const QString& label,
                 const QueryItems& query) {
-    return call({.method = "POST",
+    return call(server,
+                {.method = "POST",
                  .url = apiUrl(server.url, path, query),
                  .token = server.token,
                  .contentType = kBytes},
@@ -87,22 +96,23 @@ Reply postEmpty(const Server& server, const QString& path, const QString& label,
 
 Reply putJson(const Server& server, const QString& path, const QString& label,
               const QJsonObject& body) {
-    return call(withJson("PUT", server, path, body), label);
+    return call(server, withJson("PUT", server, path, body), label);
 }
 
 Reply putFile(const Server& server, const QString& path, const QString& label,
               const QueryItems& query, QIODevice& content) {
-    return attempt({.method = "PUT",
-                    .url = apiUrl(server.url, path, query),
-                    .token = server.token,
-                    .contentType = kBytes,
-                    .bodyDevice = &content},
-                   label);
+    HttpExchange exchange(networkManager(), {.method = "PUT",
+                                             .url = apiUrl(server.url, path, query),
+                                             .token = server.token,
+                                             .contentType = kBytes,
+                                             .bodyDevice = &content});
+    return attempt(server, exchange, label);
 }
 
 Reply deleteResource(const Server& server, const QString& path, const QString& label,
                      const QueryItems& query) {
-    return call({.method = "DELETE", .url = apiUrl(server.url, path, query), .token = server.token},
+    return call(server,
+                {.method = "DELETE", .url = apiUrl(server.url, path, query), .token = server.token},
                 label);
 }
 

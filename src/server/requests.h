@@ -27,7 +27,12 @@ struct Reply {
     QByteArray body = {};
     /// The message of a failure.
     QString failure = {};
+    /// What a person can do about it, or empty.
+    QString nextStep = {};
 };
+
+/// Reports a failure that was left to the caller.
+void printFailure(const Reply& reply);
 
 /// Whether the body is a JSON object, be it an empty one.
 bool isObject(const Reply& reply);
@@ -59,8 +64,8 @@ Reply putJson(const Server& server, const QString& path, const QString& label,
               const QJsonObject& body);
 
 /// Streams the open device from its beginning as application/octet-stream; memory
-/// does not grow with its size. A failure is left to the caller to print, who can see
-/// whether the device was at fault.
+/// does not grow with its size. A failure is
+/// left to the caller to print, who can see whether the device was at fault.
 Reply putFile(const Server& server, const QString& path, const QString& label,
               const QueryItems& query, QIODevice& content);
 

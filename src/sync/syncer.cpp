@@ -8,6 +8,7 @@
 #include "config/config_file.h"
 #include "config/json_number.h"
 #include "files/file_tree.h"
+#include "server/next_step.h"
 #include "server/server_option.h"
 #include "sync/leftovers.h"
 #include "sync/markers.h"
@@ -165,7 +166,7 @@ void Syncer::get(const QString& path, const QueryItems& query, const QString& co
         } else if (!storeFailure.isEmpty()) {
             endFailed(named(storeFailure));
         } else {
-            endFailed(ended.failureText(named(context)));
+            endFailed(ended.failureText(named(context)), nextStep(server, ended.statusCode()));
         }
     });
 }
@@ -194,9 +195,12 @@ void Syncer::endBlocked(const QString& message) {
     Q_EMIT blocked(buildId, message);
 }
 
-void Syncer::endFailed(const QString& message) {
+void Syncer::endFailed(const QString& message, const QString& note) {
     end();
     Q_EMIT failed(message);
+    if (!note.isEmpty()) {
+        Q_EMIT noted(note);
+    }
 }
 
 /// Before the signal, whose receiver may start this object again.

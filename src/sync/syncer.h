@@ -66,7 +66,7 @@ private:
     QString named(const QString& rest) const;
     void endFinished(bool downloaded, const QString& message);
     void endBlocked(const QString& message);
-    void endFailed(const QString& message);
+    void endFailed(const QString& message, const QString& note = {});
     void end();
 
     // syncer_cargo.cpp: file by file through the server's API
