@@ -4,6 +4,8 @@
 
 #include "admin/list_command.h"
 #include "admin/reply_text.h"
+#include "console/exit_code.h"
+#include "console/question.h"
 #include "server/on_server.h"
 
 namespace quorvelle {
@@ -74,6 +76,10 @@ int buildCommand(QStringList args) {
 int buildDeleteCommand(QStringList args) {
     return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& id = rest.first();
+        if (!confirmed(QStringLiteral("Delete build '%1' on %2? It cannot be undone.")
+                           .arg(id, withoutPasswords(server.url)))) {
+            return kExitUsage;
+        }
         const Reply reply = deleteResource(server, apiPath(QStringLiteral("/api/builds/%1"), id),
                                            QStringLiteral("build delete"));
         return finish(reply, QStringLiteral("Build '") + id + QStringLiteral("' deleted\n"));

@@ -2,6 +2,8 @@
 
 #include "admin/list_command.h"
 #include "admin/reply_text.h"
+#include "console/exit_code.h"
+#include "console/question.h"
 #include "console/usage.h"
 #include "server/on_server.h"
 
@@ -46,6 +48,10 @@ int channelCreateCommand(QStringList args) {
 int channelDeleteCommand(QStringList args) {
     return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& name = rest.first();
+        if (!confirmed(QStringLiteral("Delete channel '%1' on %2? Its builds are kept.")
+                           .arg(name, withoutPasswords(server.url)))) {
+            return kExitUsage;
+        }
         const Reply reply =
             deleteResource(server, apiPath(QStringLiteral("/api/channels/%1"), name),
                            QStringLiteral("channel delete"));

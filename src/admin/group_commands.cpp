@@ -3,6 +3,8 @@
 #include "admin/list_command.h"
 #include "admin/membership.h"
 #include "admin/reply_text.h"
+#include "console/exit_code.h"
+#include "console/question.h"
 #include "server/on_server.h"
 
 namespace quorvelle {
@@ -43,6 +45,10 @@ int groupCreateCommand(QStringList args) {
 int groupDeleteCommand(QStringList args) {
     return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& name = rest.first();
+        if (!confirmed(QStringLiteral("Delete group '%1' on %2? Its members are kept.")
+                           .arg(name, withoutPasswords(server.url)))) {
+            return kExitUsage;
+        }
         const Reply reply = deleteResource(server, apiPath(QStringLiteral("/api/groups/%1"), name),
                                            QStringLiteral("group delete"));
         return finish(reply,

@@ -5,6 +5,8 @@
 #include "admin/reply_text.h"
 #include "admin/roles.h"
 #include "console/arguments.h"
+#include "console/exit_code.h"
+#include "console/question.h"
 #include "console/usage.h"
 #include "server/on_server.h"
 
@@ -94,6 +96,10 @@ int userCreateCommand(QStringList args) {
 int userDeleteCommand(QStringList args) {
     return onServer(std::move(args), 1, [](const Server& server, QStringList& rest) {
         const QString& user = rest.first();
+        if (!confirmed(QStringLiteral("Delete user '%1' on %2? All tokens end with it.")
+                           .arg(user, withoutPasswords(server.url)))) {
+            return kExitUsage;
+        }
         const Reply reply = deleteResource(server, apiPath(QStringLiteral("/api/users/%1"), user),
                                            QStringLiteral("user delete"));
         return finish(reply, QStringLiteral("User '%1' deleted (%2 token(s) removed)\n")

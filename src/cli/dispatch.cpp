@@ -6,6 +6,7 @@
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
+#include "console/question.h"
 #include "console/usage.h"
 
 namespace quorvelle {
@@ -43,7 +44,9 @@ int dispatch(QStringList arguments, CommandTable table) {
             printError(config::noHomeFolder());
             return kExitFailed;
         }
-        return command->handler(typed.sliced(wordsOf(*command).size()));
+        QStringList rest = typed.sliced(wordsOf(*command).size());
+        setAnsweredYes(command->asksFirst && takeFlag(rest, QStringLiteral("--yes")));
+        return command->handler(std::move(rest));
     }
     printDiagnostic(QStringLiteral("Unknown command '%1'\n\n").arg(typed.first()));
     return printUsage();

@@ -11,7 +11,8 @@ namespace quorvelle {
 /// command word.
 const Command* findCommand(const QStringList& typed, CommandTable table);
 
-/// Runs one command line: takes "--json" out wherever it stands, finds the first row
+/// Runs one command line: takes "--json" out wherever it stands, and "--yes" where the
+/// command would ask, finds the first row
 /// whose words and number of arguments match, and returns its handler's exit code.
 /// `arguments` begins with the program's path. No command word prints the usage, words
 /// that match no row are reported with it; both return kExitUsage.

@@ -24,6 +24,9 @@ struct Command {
     int leastArguments = 0;
     int mostArguments = kAnyNumber;
     Handler handler = nullptr;
+    /// Whether a person is asked before anything is done (confirmed()); the command then
+    /// takes "--yes" for the answer, which its usage lines do not name.
+    bool asksFirst = false;
     /// Whether the command works on the configuration, so that it cannot run where none can
     /// be.
     bool needsConfiguration = true;

@@ -207,6 +207,7 @@ TEST_F(CommandLines, TakeTheWordsAndOptionsThatAreShownAndNoOthers) {
             const bool isKnown = options.count(option) > 0 ||
                                  (line.startsWith("storage init") && option == "--token") ||
                                  line.startsWith("backup init --shared") ||
+                                 (row->asksFirst && option == "--yes") ||
                                  (isList && option == "--token");
             EXPECT_TRUE(isKnown || (isList && option == "--server") ||
                         isRefused(words + QStringList(option)))
