@@ -18,6 +18,13 @@ bool isTerminal(std::FILE* stream);
 /// Of a terminal: whether it obeys control sequences that draw a line again.
 bool obeysSequences(std::FILE* stream);
 
+/// What takes a line away that the cursor stands in.
+inline constexpr char kEraseLine[] = "\r\x1B[J";
+
+/// Whether standard error is sent kEraseLine when Ctrl-C, or another request to end, ends
+/// the process.
+void eraseAtInterrupt(bool on);
+
 /// Of a terminal: the columns of a line, 80 where it does not tell.
 int columnsOf(std::FILE* stream);
 

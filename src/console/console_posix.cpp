@@ -3,6 +3,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 #include <QString>
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 
@@ -14,6 +15,19 @@ namespace quorvelle {
 namespace {
 
 constexpr int kUsualColumns = 80;
+
+std::atomic<bool> mustErase{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "used in a signal handler");
+
+void eraseAndEnd(int signal) {
+    if (mustErase.exchange(false)) {
+        [[maybe_unused]] const ssize_t written =
+            ::write(STDERR_FILENO, kEraseLine, sizeof(kEraseLine) - 1);
+    }
+    // The process ends by the signal, as it would have.
+    std::signal(signal, SIG_DFL);
+    ::raise(signal);
+}
 
 /// Without this, a process started with a closed stream would open its next file in the
 /// stream's place and print into it. What is printed to a closed standard output still
@@ -48,6 +62,20 @@ void prepareConsole() {
 
 bool isTerminal(std::FILE* stream) {
     return ::isatty(::fileno(stream)) == 1;
+}
+
+void eraseAtInterrupt(bool on) {
+    static bool isHandled = false;
+    mustErase = on;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action = {};
+        ::sigaction(signal, nullptr, &action);
+        // What the process was started to ignore stays ignored.
+        if (!isHandled && action.sa_handler == SIG_DFL) {
+            std::signal(signal, eraseAndEnd);
+        }
+    }
+    isHandled = true;
 }
 
 bool obeysSequences(std::FILE*) {

@@ -34,6 +34,7 @@ struct Screen {
 /// Of standard output and standard error, which are mostly one console.
 std::array<Screen, 2> screens;
 UINT codePageBefore = 0;
+std::atomic<bool> mustErase{false};
 
 Screen takeScreen(std::FILE* stream) {
     Screen screen{.handle = handleOf(stream)};
@@ -64,6 +65,10 @@ void giveBack() {
 
 /// Ctrl-C and a closed window end the process without its exit functions.
 BOOL WINAPI giveBackAndEnd(DWORD) {
+    if (mustErase) {
+        DWORD written = 0;
+        WriteFile(handleOf(stderr), kEraseLine, sizeof(kEraseLine) - 1, &written, nullptr);
+    }
     giveBack();
     return FALSE;
 }
@@ -97,6 +102,10 @@ bool isTerminal(std::FILE* stream) {
     // that swallows all output among them.
     DWORD mode = 0;
     return GetConsoleMode(handleOf(stream), &mode) != 0;
+}
+
+void eraseAtInterrupt(bool on) {
+    mustErase = on;
 }
 
 bool obeysSequences(std::FILE* stream) {

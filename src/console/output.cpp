@@ -7,6 +7,7 @@
 #include <string>
 #include <system_error>
 
+#include "console/console.h"
 #include "console/exit_code.h"
 #include "console/terminal.h"
 
@@ -16,18 +17,41 @@ namespace {
 
 bool jsonModeOn = false;
 
+constexpr const char* kEraseBelow = "\x1B[J";
+
 /// Why the first write to standard output that failed did so, as an errno; 0 while none did.
 int outputError = 0;
 /// Whether a text took the way of standard error because it is told only once.
 bool wasDiverted = false;
 
+/// The line at the foot of the terminal.
+QByteArray status;
+
 /// 0, or why it failed as an errno.
-int writeTo(std::FILE* stream, const QByteArray& bytes) {
+int writeBytes(std::FILE* stream, const QByteArray& bytes) {
     errno = 0;
     const auto size = static_cast<std::size_t>(bytes.size());
     const bool written =
         std::fwrite(bytes.constData(), 1, size, stream) == size && std::fflush(stream) == 0;
     return written ? 0 : errno == 0 ? EIO : errno;
+}
+
+void drawStatus() {
+    // The cursor stays at its beginning: where a window gets narrower and breaks the line in
+    // two, all of it is still what follows the cursor.
+    writeBytes(stderr, '\r' + status + kEraseBelow + '\r');
+}
+
+int writeTo(std::FILE* stream, const QByteArray& bytes) {
+    const bool scrolls = !status.isEmpty() && terminalOf(stream).isThere;
+    if (scrolls) {
+        writeBytes(stderr, kEraseLine);
+    }
+    const int error = writeBytes(stream, bytes);
+    if (scrolls) {
+        drawStatus();
+    }
+    return error;
 }
 
 QByteArray linesFor(std::FILE* stream, const Lines& lines) {
@@ -154,6 +178,25 @@ void printValue(const QString& key, const QString& value) {
     } else {
         const bool isTerminal = terminalOf(stdout).isThere;
         writeOutput((isTerminal ? withVisibleControls(value) : value).toUtf8() + '\n');
+    }
+}
+
+void printEvent(const QJsonObject& event) {
+    writeTo(stderr, QJsonDocument(event).toJson(QJsonDocument::Compact) + '\n');
+}
+
+void showStatus(const QString& line) {
+    const QByteArray text = line.toUtf8();
+    if (text == status || (!text.isEmpty() && !terminalOf(stderr).redraws)) {
+        return;
+    }
+    status = text;
+    if (status.isEmpty()) {
+        writeBytes(stderr, kEraseLine);
+        eraseAtInterrupt(false);
+    } else {
+        eraseAtInterrupt(true);
+        drawStatus();
     }
 }
 

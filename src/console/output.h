@@ -67,6 +67,16 @@ void printResult(const QJsonObject& object, const Lines& lines, Kept kept = Kept
 /// mode as the object {key: value}.
 void printValue(const QString& key, const QString& value);
 
+/// Writes the object as one compact line to standard error, in both modes: an event for a
+/// program that watches this one.
+void printEvent(const QJsonObject& event);
+
+/// Keeps a line at the foot of a terminal that is standard error and redraws: what is
+/// printed goes above it. Another line takes its place, an empty one takes it away, and it is
+/// gone when the process is ended from outside. It must fit into the terminal's width and
+/// hold nothing to obey. Anywhere else nothing happens.
+void showStatus(const QString& line);
+
 /// Ends the program's output and returns the exit code of a run that would end with
 /// `exitCode`: after a failed write to standard output, a success becomes kExitFailed. The
 /// reason goes to standard error, but a reader that merely went away needs none, unless

@@ -9,6 +9,7 @@
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
+#include "console/progress_report.h"
 #include "console/usage.h"
 #include "publish/build_directory.h"
 #include "publish/promote.h"
@@ -32,61 +33,103 @@ FileState stateOf(const QString& file) {
     return {info.size(), info.lastModified()};
 }
 
-bool uploadFile(const Server& server, const QString& build, const QString& file,
-                const QString& relative) {
+/// A failure that was not a request's, printed like one.
+Reply failed(const QString& text) {
+    printError(text);
+    return {.failure = text};
+}
+
+/// Where a push goes.
+struct Target {
+    Server server;
+    QString build;
+    QString channel;
+};
+
+/// A failure has been printed.
+Reply uploadFile(const Target& target, const QString& file, const QString& relative,
+                 const SentCallback& onSent) {
     const FileState before = stateOf(file);
     QFile content(file);
     if (!content.open(QIODevice::ReadOnly)) {
-        printError(cannotOpen(file));
-        return false;
+        return failed(cannotOpen(file));
     }
     const QString size = QString::number(content.size());
-    const Reply reply = putFile(server, apiPath(QStringLiteral("/api/builds/%1/files"), build),
-                                QStringLiteral("upload of %1").arg(relative),
-                                {{QStringLiteral("path"), relative}}, content);
+    Reply reply =
+        putFile(target.server, apiPath(QStringLiteral("/api/builds/%1/files"), target.build),
+                QStringLiteral("upload of %1").arg(relative), {{QStringLiteral("path"), relative}},
+                content, onSent);
     const FileState after = stateOf(file);
     // Of a file that shrinks, the request cannot send as much as it promised.
     if (!reply.ok && after.size >= before.size) {
-        printError(reply.failure);
-        return false;
+        printFailure(reply);
+        return reply;
     }
     if (after != before) {
-        printError(QStringLiteral("%1 changed while it was uploaded").arg(file));
-        return false;
+        return failed(QStringLiteral("%1 changed while it was uploaded").arg(file));
     }
     printProgress(QStringLiteral("  %1 (%2 bytes)\n").arg(relative, size));
-    return true;
+    return reply;
+}
+
+/// Uploads all; the failure of the first file that cannot be has been printed.
+Reply uploadAll(const Target& target, const QString& directory, const QStringList& files,
+                ProgressReport& report) {
+    const QDir root(directory);
+    qint64 bytesInAll = 0;
+    for (const QString& file : files) {
+        bytesInAll += QFileInfo(file).size();
+    }
+    report.begin(WorkStep::kUploading);
+    qint64 done = 0;
+    for (const QString& file : files) {
+        const Reply uploaded =
+            uploadFile(target, file, root.relativeFilePath(file),
+                       [&](qint64 sent) { report.moved(done + sent, bytesInAll); });
+        if (!uploaded.ok) {
+            return uploaded;
+        }
+        done += QFileInfo(file).size();
+        report.moved(done, bytesInAll);
+    }
+    return {.ok = true};
 }
 
 /// Uploads, finalizes and promotes; each failure has been printed.
-int publish(const QString& directory, const QStringList& files, const Server& server,
-            const QString& build, const QString& channel) {
-    const QDir root(directory);
-    for (const QString& file : files) {
-        if (!uploadFile(server, build, file, root.relativeFilePath(file))) {
-            return kExitFailed;
-        }
+int publish(const Target& target, const QString& directory, const QStringList& files,
+            ProgressReport& report) {
+    const auto endFailed = [&](const Reply& reply) {
+        report.end(WorkEnd::kFailed, reply.failure);
+        return kExitFailed;
+    };
+    if (const Reply uploaded = uploadAll(target, directory, files, report); !uploaded.ok) {
+        return endFailed(uploaded);
     }
+    report.begin(WorkStep::kVerifying);
     const Reply finalized =
-        postEmpty(server, apiPath(QStringLiteral("/api/builds/%1/finalize"), build),
+        postEmpty(target.server, apiPath(QStringLiteral("/api/builds/%1/finalize"), target.build),
                   QStringLiteral("finalize"));
     if (!finalized.ok) {
-        return kExitFailed;
+        return endFailed(finalized);
     }
     const QJsonValue count = finalized.object.value(u"file_count");
     const QJsonValue size = finalized.object.value(u"total_size");
     printProgress(QStringLiteral("Finalized build %1 (%2 files, %3 bytes)\n")
-                      .arg(build, QString::number(wholeNumberIn(count)),
+                      .arg(target.build, QString::number(wholeNumberIn(count)),
                            QString::number(wholeNumberIn(size))));
-    if (!promoteBuild(server, channel, build).ok) {
-        return kExitFailed;
+    report.begin(WorkStep::kActivating);
+    if (const Reply promoted = promoteBuild(target.server, target.channel, target.build);
+        !promoted.ok) {
+        return endFailed(promoted);
     }
-    printResult({{QStringLiteral("build"), build},
-                 {QStringLiteral("channel"), channel},
-                 {QStringLiteral("server"), server.url},
+    const QString line = promotedLine(target.channel, target.build);
+    printResult({{QStringLiteral("build"), target.build},
+                 {QStringLiteral("channel"), target.channel},
+                 {QStringLiteral("server"), target.server.url},
                  {QStringLiteral("file_count"), count},
                  {QStringLiteral("total_size"), size}},
-                promotedLine(channel, build));
+                line);
+    report.end(WorkEnd::kDone, line.trimmed());
     return kExitSuccess;
 }
 
@@ -110,21 +153,29 @@ int pushCommand(QStringList args) {
     if (typedServer.isEmpty()) {
         return kExitUsage;
     }
+    ProgressReport report(channel);
+    report.setBuild(build);
+    report.begin(WorkStep::kChecking);
+    const auto refuse = [&](const QString& text) {
+        printError(text);
+        report.end(WorkEnd::kFailed, text);
+        return kExitFailed;
+    };
     const QString& directory = args.at(0);
     // An empty path would stand for the current directory.
     if (directory.isEmpty() || !QDir(directory).exists()) {
-        return failWith(kExitFailed, directory + QStringLiteral(" is not a directory"));
+        return refuse(directory + QStringLiteral(" is not a directory"));
     }
     const auto [files, refusal] = buildFiles(directory);
     if (!refusal.isEmpty()) {
-        return failWith(kExitFailed, refusal);
+        return refuse(refusal);
     }
     if (files.isEmpty()) {
-        return failWith(kExitFailed, QStringLiteral("No files found in ") + directory);
+        return refuse(QStringLiteral("No files found in ") + directory);
     }
     printProgress(QStringLiteral("Pushing %1 files as build %2 to %3 ...\n")
                       .arg(QString::number(files.size()), build, typedServer));
-    return publish(directory, files, selectServer(typedServer), build, channel);
+    return publish({selectServer(typedServer), build, channel}, directory, files, report);
 }
 
 }  // namespace quorvelle

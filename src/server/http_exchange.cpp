@@ -198,6 +198,8 @@ void HttpExchange::send() {
     inflater.reset();
     reply->setReadBufferSize(kReadBufferBytes);
     idleWatch.watch(*reply, request.method != "GET");
+    connect(reply, &QNetworkReply::uploadProgress, this,
+            [this](qint64 bytes, qint64) { Q_EMIT sent(bytes); });
     connect(reply, &QNetworkReply::readyRead, this, &HttpExchange::readAvailable);
     connect(reply, &QNetworkReply::finished, this, &HttpExchange::onReplyFinished);
 }

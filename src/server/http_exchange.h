@@ -109,6 +109,8 @@ public:
     QString failureText(const QString& context, const QString& reason) const;
 
 Q_SIGNALS:
+    /// How many bytes of the body are on their way; a body that is sent again counts anew.
+    void sent(qint64 bytes);
     void finished();
 
 private:

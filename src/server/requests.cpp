@@ -100,12 +100,13 @@ Reply putJson(const Server& server, const QString& path, const QString& label,
 }
 
 Reply putFile(const Server& server, const QString& path, const QString& label,
-              const QueryItems& query, QIODevice& content) {
+              const QueryItems& query, QIODevice& content, const SentCallback& onSent) {
     HttpExchange exchange(networkManager(), {.method = "PUT",
                                              .url = apiUrl(server.url, path, query),
                                              .token = server.token,
                                              .contentType = kBytes,
                                              .bodyDevice = &content});
+    QObject::connect(&exchange, &HttpExchange::sent, &exchange, onSent);
     return attempt(server, exchange, label);
 }
 

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QJsonObject>
 #include <QString>
+#include <functional>
 
 #include "server/server.h"
 #include "server/url.h"
@@ -63,11 +64,13 @@ Reply postEmpty(const Server& server, const QString& path, const QString& label,
 Reply putJson(const Server& server, const QString& path, const QString& label,
               const QJsonObject& body);
 
+using SentCallback = std::function<void(qint64 bytes)>;
+
 /// Streams the open device from its beginning as application/octet-stream; memory
-/// does not grow with its size. A failure is
+/// does not grow with its size; `onSent` is told how much of it is on its way. A failure is
 /// left to the caller to print, who can see whether the device was at fault.
 Reply putFile(const Server& server, const QString& path, const QString& label,
-              const QueryItems& query, QIODevice& content);
+              const QueryItems& query, QIODevice& content, const SentCallback& onSent);
 
 Reply deleteResource(const Server& server, const QString& path, const QString& label,
                      const QueryItems& query = {});

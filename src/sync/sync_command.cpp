@@ -9,6 +9,7 @@
 #include "console/arguments.h"
 #include "console/exit_code.h"
 #include "console/output.h"
+#include "console/progress_report.h"
 #include "console/usage.h"
 #include "sync/syncer.h"
 #include "sync/tide_job.h"
@@ -70,25 +71,41 @@ int syncCommand(QStringList args) {
 }
 
 int syncSubscription(const QJsonObject& subscription, QJsonArray* results, bool force) {
-    const bool text = !jsonMode();
-    QJsonObject result{{QStringLiteral("name"), subscription.value(u"name").toString()}};
+    const QString name = subscription.value(u"name").toString();
+    QJsonObject result{{QStringLiteral("name"), name}};
     int code = kExitSuccess;
     bool ended = false;
     QEventLoop loop;
     Syncer syncer;
+    ProgressReport report(name);
 
     const auto end = [&](const char* outcome, const QString& message, int outcomeCode) {
         result.insert(QStringLiteral("result"), QLatin1String(outcome));
         result.insert(QStringLiteral("message"), message);
-        if (text) {
+        if (!jsonMode()) {
             outcomeCode == kExitFailed ? printError(message) : printProgress(message);
         }
+        report.end(outcomeCode == kExitSuccess   ? WorkEnd::kDone
+                   : outcomeCode == kExitBlocked ? WorkEnd::kBlocked
+                                                 : WorkEnd::kFailed,
+                   message);
         code = outcomeCode;
         ended = true;
         loop.quit();
     };
     QObject::connect(&syncer, &Syncer::progress, &loop,
-                     [&](const QString& message) { printProgress(message); });
+                     [](const QString& message) { printProgress(message); });
+    QObject::connect(&syncer, &Syncer::percentLine, &loop, [&](const QString& message) {
+        if (!report.isShown()) {
+            printProgress(message);
+        }
+    });
+    QObject::connect(&syncer, &Syncer::stepped, &loop, [&](WorkStep step) { report.begin(step); });
+    QObject::connect(&syncer, &Syncer::buildKnown, &loop,
+                     [&](const QString& build) { report.setBuild(build); });
+    QObject::connect(
+        &syncer, &Syncer::moved, &loop,
+        [&](qint64 bytes, std::optional<qint64> total) { report.moved(bytes, total); });
     QObject::connect(&syncer, &Syncer::finished, &loop,
                      [&](bool downloaded, const QString& message) {
                          end(downloaded ? "synced" : "current", message, kExitSuccess);

@@ -81,6 +81,7 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
     tellKept(recoverSwap(dir));
     clearLeftovers(dir);
     running = true;
+    Q_EMIT stepped(WorkStep::kChecking);
     Q_EMIT progress(named(QStringLiteral("checking channel '%1' ...").arg(channel)));
     get(apiPath(QStringLiteral("/api/channels/%1"), channel), {}, QStringLiteral("sync"),
         &Syncer::onChannelReply);
@@ -116,7 +117,7 @@ void Syncer::onChannelReply(const HttpExchange& exchange) {
             named(QStringLiteral("this channel was written by a newer Quorvelle - please update")));
         return;
     }
-    buildId = reply.value(u"build").toString();
+    setBuild(reply.value(u"build").toString());
     if (reply.value(u"engine").toString(QStringLiteral("cargo")) == QStringLiteral("tide")) {
         checkTideChannel();
         return;
@@ -149,6 +150,11 @@ void Syncer::onChannelReply(const HttpExchange& exchange) {
         return;
     }
     fetchManifest();
+}
+
+void Syncer::setBuild(const QString& id) {
+    buildId = id;
+    Q_EMIT buildKnown(id);
 }
 
 void Syncer::get(const QString& path, const QueryItems& query, const QString& context,

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "config/subscription.h"
+#include "console/progress_report.h"
 #include "files/process_lock.h"
 #include "files/save_file.h"
 #include "server/http_exchange.h"
@@ -44,6 +45,14 @@ public:
 Q_SIGNALS:
     /// A line for the person who waits.
     void progress(const QString& message);
+    /// The same of a line that says no more than moved() does.
+    void percentLine(const QString& message);
+    /// Another step begins.
+    void stepped(WorkStep step);
+    /// How many bytes of the step are done, and how many it has where that is known.
+    void moved(qint64 bytes, std::optional<qint64> total);
+    /// The build that the channel is at.
+    void buildKnown(const QString& buildId);
     /// How much of the current download is done, 0 to 100.
     void progressPercent(int percent);
     /// Success: `downloaded` when a build was put in place, false when nothing had to
@@ -59,6 +68,7 @@ private:
     // syncer.cpp: the driver
     bool takeLock();
     void onChannelReply(const HttpExchange& exchange);
+    void setBuild(const QString& id);
     void get(const QString& path, const QueryItems& query, const QString& context,
              void (Syncer::*onReply)(const HttpExchange&), HttpExchange::Sink sink = {},
              std::optional<qint64> length = {});
@@ -86,6 +96,7 @@ private:
     void startSelfHeal();
     void onSelfHealResult(const TideResult& result);
     void startTideDownload();
+    BytesCallback onMainThread();
     bool prepareTideStaging();
     void onTideDownloaded(const TideResult& result);
     void onWrittenAnew(const TideResult& result);
@@ -114,6 +125,8 @@ private:
     QString token;
     QString buildId;
     QJsonArray files;
+    /// The bytes of all files, where the manifest tells each of them.
+    std::optional<qint64> bytesInAll;
     int fileIndex = 0;
     qint64 totalSize = 0;
 

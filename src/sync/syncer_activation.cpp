@@ -10,6 +10,7 @@
 namespace quorvelle {
 
 void Syncer::activateStaged() {
+    Q_EMIT stepped(WorkStep::kActivating);
     Q_EMIT progress(named(QStringLiteral("activating build %1 ...").arg(buildId)));
     swapStaged();
 }

@@ -1,6 +1,7 @@
 #include <QDir>
 #include <QHash>
 #include <QSet>
+#include <limits>
 #include <utility>
 
 #include "config/json_number.h"
@@ -23,6 +24,19 @@ constexpr int kNewerBuildSchema = 2;
 std::optional<qint64> sizeOf(const QJsonValue& entry) {
     const qint64 size = wholeNumberIn(entry.toObject().value(u"size"), -1);
     return size >= 0 ? std::optional(size) : std::nullopt;
+}
+
+/// The sum, where the manifest tells every size.
+std::optional<qint64> sizeOfAll(const QJsonArray& files) {
+    qint64 sum = 0;
+    for (const QJsonValue& entry : files) {
+        const std::optional<qint64> size = sizeOf(entry);
+        if (!size || *size > std::numeric_limits<qint64>::max() - sum) {
+            return std::nullopt;
+        }
+        sum += *size;
+    }
+    return sum;
 }
 
 QString pathOf(const QJsonValue& entry) {
@@ -75,6 +89,8 @@ void Syncer::onManifestReply(const HttpExchange& exchange) {
     }
     fileIndex = 0;
     totalSize = 0;
+    bytesInAll = sizeOfAll(files);
+    Q_EMIT stepped(WorkStep::kDownloading);
     fetchNextFile();
 }
 
@@ -132,6 +148,7 @@ bool Syncer::storeBytes(const QByteArray& bytes) {
         return false;
     }
     totalSize += bytes.size();
+    Q_EMIT moved(totalSize, bytesInAll);
     return true;
 }
 

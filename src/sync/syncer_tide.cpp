@@ -39,7 +39,7 @@ void Syncer::onTideReply(const HttpExchange& exchange) {
             named(QStringLiteral("bad Tide descriptor: %1").arg(QString::fromStdString(error))));
         return;
     }
-    buildId = QString::fromStdString(descriptor.build);
+    setBuild(QString::fromStdString(descriptor.build));
     tideJob.source.manifestUrl = std::move(descriptor.manifestUrl);
     tideJob.source.signatureUrl = std::move(descriptor.signatureUrl);
     tideJob.chunkUrls = std::make_shared<const tide::ChunkUrls>(std::move(descriptor.chunkUrls));
@@ -56,9 +56,11 @@ void Syncer::onTideReply(const HttpExchange& exchange) {
 
 void Syncer::startSelfHeal() {
     const bool quick = selfHeal != SelfHeal::kFull;
+    Q_EMIT stepped(WorkStep::kVerifying);
     Q_EMIT progress(named(quick ? QStringLiteral("checking install ...")
                                 : QStringLiteral("verifying install ...")));
-    runOnWorker([job = tideJob, quick] { return checkInstall(job, quick); },
+    runOnWorker([job = tideJob, quick,
+                 onBytes = onMainThread()] { return checkInstall(job, quick, onBytes); },
                 &Syncer::onSelfHealResult);
 }
 
@@ -82,6 +84,7 @@ void Syncer::startTideDownload() {
     }
     files = {};
     totalSize = 0;
+    Q_EMIT stepped(WorkStep::kDownloading);
     Q_EMIT progress(named(QStringLiteral("downloading Tide build ...")));
     const auto onPercent = [this](int percent, qint64 bytes) {
         const QString megabytes =
@@ -91,13 +94,21 @@ void Syncer::startTideDownload() {
         QMetaObject::invokeMethod(
             this,
             [this, percent, line] {
-                Q_EMIT progress(named(line));
+                Q_EMIT percentLine(named(line));
                 Q_EMIT progressPercent(percent);
             },
             Qt::QueuedConnection);
     };
-    runOnWorker([job = tideJob, onPercent] { return assembleStaging(job, onPercent); },
+    runOnWorker([job = tideJob, onPercent,
+                 onBytes = onMainThread()] { return assembleStaging(job, onPercent, onBytes); },
                 &Syncer::onTideDownloaded);
+}
+
+BytesCallback Syncer::onMainThread() {
+    return [this](qint64 bytes, std::optional<qint64> total) {
+        QMetaObject::invokeMethod(
+            this, [this, bytes, total] { Q_EMIT moved(bytes, total); }, Qt::QueuedConnection);
+    };
 }
 
 bool Syncer::prepareTideStaging() {
@@ -129,7 +140,7 @@ void Syncer::onTideDownloaded(const TideResult& result) {
 /// Somebody wrote into files that staging shares with the install, which thus may hold other
 /// bytes by now. They are judged once more; those in use are not shared then.
 void Syncer::writeAnew() {
-    runOnWorker([job = tideJob] { return assembleStaging(job, {}); }, &Syncer::onWrittenAnew);
+    runOnWorker([job = tideJob] { return assembleStaging(job, {}, {}); }, &Syncer::onWrittenAnew);
 }
 
 void Syncer::onWrittenAnew(const TideResult& result) {

@@ -1,5 +1,6 @@
 #include "sync/tide_job.h"
 
+#include <chrono>
 #include <vector>
 
 #include "config/config_document.h"
@@ -12,7 +13,28 @@ namespace quorvelle {
 namespace {
 
 constexpr int kReplaceAttempts = 5;
+constexpr std::chrono::milliseconds kBytesPause{50};
 const QString kPublicKey = QStringLiteral("tide_public_key");
+
+/// Passes on what is worth telling, for whom it is told has to catch up.
+class Telling {
+public:
+    explicit Telling(const BytesCallback& callback) : onBytes(callback) {}
+
+    void done(std::int64_t bytes) {
+        const auto now = std::chrono::steady_clock::now();
+        if (onBytes && now - last >= kBytesPause) {
+            last = now;
+            onBytes(bytes, total);
+        }
+    }
+
+    std::optional<std::int64_t> total = {};
+
+private:
+    const BytesCallback& onBytes;
+    std::chrono::steady_clock::time_point last = {};
+};
 
 }  // namespace
 
@@ -46,7 +68,7 @@ tide::PublicKeys tidePublicKeys(const QJsonObject& subscriptionWithKey) {
     return tide::PublicKeys(keys.empty() ? std::vector<std::string>(1) : keys);
 }
 
-TideResult checkInstall(const TideJob& job, bool quick) {
+TideResult checkInstall(const TideJob& job, bool quick, const BytesCallback& onBytes) {
     tide::ConnectionCache connections;
     const auto bucket = tide::bucketFromEnvironment(&connections);
     int missing = 0;
@@ -55,8 +77,13 @@ TideResult checkInstall(const TideJob& job, bool quick) {
     const auto count = [&](const std::string&, const std::string& problem) {
         ++(problem == "missing" ? missing : problem == tide::kInUse ? inUse : corrupt);
     };
+    Telling telling(onBytes);
+    tide::CheckProgress progress;
+    if (!quick) {
+        progress = [&](std::uint64_t, std::uint64_t, std::int64_t bytes) { telling.done(bytes); };
+    }
     std::string error;
-    if (!tide::verifyInstall(*bucket, job.source, job.installDir, {}, count, &error, quick,
+    if (!tide::verifyInstall(*bucket, job.source, job.installDir, progress, count, &error, quick,
                              &connections)) {
         return {true, QStringLiteral(" (check skipped: %1)").arg(QString::fromStdString(error))};
     }
@@ -70,9 +97,15 @@ TideResult checkInstall(const TideJob& job, bool quick) {
     return {false, QStringLiteral("%1 file(s) missing, %2 corrupt").arg(missing).arg(corrupt)};
 }
 
-TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent) {
+TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent,
+                           const BytesCallback& onBytes) {
     tide::ConnectionCache connections;
     const auto bucket = tide::bucketFromEnvironment(&connections);
+    Telling telling(onBytes);
+    const auto onSize = [&](std::uint64_t size) {
+        telling.total = static_cast<std::int64_t>(size);
+        telling.done(0);
+    };
     int lastPercent = -1;
     const auto progress = [&](std::uint64_t done, std::uint64_t total, std::int64_t bytes) {
         const int percent = total == 0 ? 0 : static_cast<int>(done * 100 / total);
@@ -80,6 +113,7 @@ TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent)
             onPercent(percent, bytes);
         }
         lastPercent = percent;
+        telling.done(bytes);
     };
     const tide::KnownCuts known = loadCuts(QString::fromStdString(job.installDir));
     TideResult result;
@@ -91,6 +125,7 @@ TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent)
                                            .reuseDirectory = job.installDir,
                                            .known = &known,
                                            .connections = &connections,
+                                           .onSize = onSize,
                                            .progress = progress,
                                            .maxReplaceAttempts = kReplaceAttempts,
                                            .outcome = &result.outcome},

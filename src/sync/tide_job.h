@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "tide/assemble.h"
@@ -37,6 +38,10 @@ struct TideResult {
 /// Called when another percent is done, with the bytes assembled so far.
 using PercentCallback = std::function<void(int percent, std::int64_t bytes)>;
 
+/// Called with the bytes that are done, and with all there are where that is known; at most
+/// twenty times a second.
+using BytesCallback = std::function<void(std::int64_t bytes, std::optional<std::int64_t> total)>;
+
 /// The subscriptions of a configuration; those without a "tide_public_key" of their own
 /// carry that of their server's entry.
 QJsonArray subscriptionsWithKeys(const QJsonObject& document);
@@ -54,12 +59,13 @@ tide::PublicKeys tidePublicKeys(const QJsonObject& subscriptionWithKey);
 
 /// Compares the install directory with the channel's manifest, by existence and size
 /// (`quick`) or byte for byte. Not ok when files are bad; a check that could not be made
-/// is ok, and its text says so.
-TideResult checkInstall(const TideJob& job, bool quick);
+/// is ok, and its text says so. `onBytes` is called on the calling thread.
+TideResult checkInstall(const TideJob& job, bool quick, const BytesCallback& onBytes);
 
 /// Assembles the channel's build in the staging directory, reusing what the install
-/// directory holds. `onPercent` is called on the calling thread, once per percent that is
-/// new; it may be empty.
-TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent);
+/// directory holds. The callbacks are called on the calling thread, `onPercent` once per
+/// percent that is new; they may be empty.
+TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent,
+                           const BytesCallback& onBytes);
 
 }  // namespace quorvelle

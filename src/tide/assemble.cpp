@@ -274,6 +274,11 @@ bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std:
         return false;
     }
     manifest = {};
+    if (job.onSize) {
+        job.onSize(std::accumulate(
+            files.begin(), files.end(), std::uint64_t{0},
+            [](std::uint64_t sum, const ManifestFile& file) { return sum + file.size; }));
+    }
     const TargetTree target(files::utf8Path(job.targetDirectory), files);
     const fs::path reuse = files::utf8Path(job.reuseDirectory);
     AssemblyOutcome unwanted;

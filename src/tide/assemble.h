@@ -44,6 +44,8 @@ struct AssemblyJob {
     /// Used for every transfer of the run; null stands for one of its own. Borrowed; that of
     /// the provider, where that has one.
     ConnectionCache* connections = nullptr;
+    /// Called once, when the manifest is known, with the bytes of all its files.
+    std::function<void(std::uint64_t)> onSize = {};
     AssemblyProgress progress = {};
     InUseCallback inUse = {};
     /// How often, a second apart, a file in use is tried again.
