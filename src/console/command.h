@@ -13,6 +13,9 @@ using Handler = int (*)(QStringList args);
 
 inline constexpr int kAnyNumber = std::numeric_limits<int>::max();
 
+/// What a command is about; the overview and the manual page show the commands by it.
+enum class Group { kInstalls, kServers, kPublishing, kPeople, kService, kProgram };
+
 /// One row of the command table, from which dispatch, usage text, manual page
 /// and completions are made.
 struct Command {
@@ -30,7 +33,8 @@ struct Command {
     /// Whether the command works on the configuration, so that it cannot run where none can
     /// be.
     bool needsConfiguration = true;
-    /// One phrase for the manual and the completions, no full stop.
+    Group group = Group::kProgram;
+    /// One phrase for the overview, the manual and the completions, no full stop.
     std::string_view summary = {};
     /// The row's lines of the usage text, verbatim, each with its line end. Empty
     /// when an earlier row's lines cover this one ("disable|enable").

@@ -2,14 +2,21 @@
 
 #include <QCoreApplication>
 
+#include <cstdio>
+
 #include "console/exit_code.h"
+#include "console/mistake.h"
 #include "console/output.h"
+#include "console/terminal.h"
+#include "console/usage_forms.h"
 
 namespace quorvelle {
 
 namespace {
 
 CommandTable usageTable;
+const Command* typedRow = nullptr;
+QStringList typedWords;
 
 }  // namespace
 
@@ -19,18 +26,31 @@ QString usageText(CommandTable table) {
     for (const Command& command : table) {
         text += QString::fromUtf8(command.usage.data(), qsizetype(command.usage.size()));
     }
-    return text + QStringLiteral(
-                      "\nGlobal:\n"
-                      "  --json         machine-readable output (same exit codes)\n");
+    return text + QStringLiteral("\nGlobal:\n  --json         %1\n").arg(kJsonOptionText);
 }
 
 void setUsageTable(CommandTable table) {
     usageTable = table;
 }
 
+void setTypedLine(const Command& command, const QStringList& typed) {
+    typedRow = &command;
+    typedWords = typed;
+}
+
 int printUsage() {
-    print(usageText(usageTable));
+    if (typedRow != nullptr && terminalOf(stderr).isThere) {
+        const Command& row = rowShowing(*typedRow, usageTable);
+        printDiagnostic(Lines{mistakeIn(typedWords, usageForms(row))});
+    }
+    const bool isForPerson = typedRow != nullptr && terminalOf(stdout).isThere;
+    print(isForPerson ? usageLines(*typedRow, usageTable) : usageText(usageTable));
     return kExitUsage;
+}
+
+int printHelp(const QString& lines) {
+    print(lines);
+    return terminalOf(stdout).isThere ? kExitSuccess : kExitUsage;
 }
 
 }  // namespace quorvelle

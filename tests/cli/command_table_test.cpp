@@ -7,6 +7,7 @@
 #include "cli/dispatch.h"
 #include "console/output.h"
 #include "console/usage.h"
+#include "console/usage_forms.h"
 #include "support/notation.h"
 #include "support/temporary_config.h"
 
@@ -32,10 +33,6 @@ const QStringList kOwnWords = {"login",
 /// Options whose values are names.
 const QStringList kNames = {"--build", "--name",  "--from", "--target",
                             "--user",  "--label", "--exe",  "--email"};
-
-QString wordsOf(const Command& row) {
-    return QString::fromUtf8(row.words.data(), qsizetype(row.words.size()));
-}
 
 QStringList usageLinesOf(const Command& row) {
     return QString::fromUtf8(row.usage.data(), qsizetype(row.usage.size())).split(u'\n');
@@ -118,8 +115,8 @@ struct CommandLines : ::testing::Test {
         line.replace("<url>", api.server.url()).replace("<server>", api.server.url());
         return args(line.replace(choice, "\\1").replace(value, "1"));
     }
-    /// Whether the line ends in nothing but the usage text, without a request.
-    bool isRefused(const QStringList& words) {
+    /// What a line prints that does nothing: no request, exit code 1. Else "(done)".
+    std::string printedForNothing(const QStringList& words) {
         api.server.forget();
         api.config.sandbox.writeConfig({{"schema_version", 2}, {"server", api.server.url()}});
         ::testing::internal::CaptureStdout();
@@ -127,9 +124,10 @@ struct CommandLines : ::testing::Test {
         const int code = dispatch(QStringList("quorvelle") + words, commandTable());
         setJsonMode(false);
         ::testing::internal::GetCapturedStderr();
-        return ::testing::internal::GetCapturedStdout() == usage && code == 1 &&
-               api.server.lines().empty();
+        const std::string printed = ::testing::internal::GetCapturedStdout();
+        return code == 1 && api.server.lines().empty() ? printed : "(done)";
     }
+    bool isRefused(const QStringList& words) { return printedForNothing(words) == usage; }
 
     const std::string usage = usageText(commandTable()).toStdString();
     ApiServer api;
@@ -141,8 +139,8 @@ struct CommandLines : ::testing::Test {
 
 TEST(CommandTable, ReachesEveryRow) {
     for (const Command& row : commandTable()) {
-        SCOPED_TRACE(wordsOf(row).toStdString());
-        QStringList words = args(wordsOf(row));
+        SCOPED_TRACE(row.words);
+        QStringList words = wordsOf(row);
         for (int i = 0; i < row.leastArguments; ++i) {
             words.append("x");
         }
@@ -164,7 +162,7 @@ TEST(CommandTable, KnowsNothingElse) {
 
 TEST(CommandTable, DescribesEveryRow) {
     for (const Command& row : commandTable()) {
-        SCOPED_TRACE(wordsOf(row).toStdString());
+        SCOPED_TRACE(row.words);
         EXPECT_FALSE(row.summary.empty());
         EXPECT_FALSE(row.summary.ends_with('.'));
         QStringList lines = usageLinesOf(row);
@@ -191,7 +189,7 @@ TEST_F(CommandLines, TakeTheWordsAndOptionsThatAreShownAndNoOthers) {
         const QStringList words = typed(line);
         const Command* row = findCommand(words, commandTable());
         ASSERT_NE(row, nullptr);
-        const QString command = wordsOf(*row);
+        const QString command = wordsOf(*row).join(u' ');
         // A sign-in would wait for the browser.
         EXPECT_TRUE(command == "login" || !isRefused(words));
         if (command == "version" || line == "config list") {
@@ -222,7 +220,7 @@ TEST_F(CommandLines, TakeTheWordsAndOptionsThatAreShownAndNoOthers) {
 TEST_F(CommandLines, RefuseEmptyNamesAndServers) {
     for (const auto& [line, options] : shownLines()) {
         const QStringList words = typed(line);
-        const QString command = wordsOf(*findCommand(words, commandTable()));
+        const QString command = wordsOf(*findCommand(words, commandTable())).join(u' ');
         for (qsizetype at = command.count(u' ') + 1; at < words.size(); ++at) {
             const bool isValue = words[at - 1].startsWith("--");
             const bool isServer = words[at] == api.server.url();
@@ -245,6 +243,22 @@ TEST_F(CommandLines, RefuseEmptyNamesAndServers) {
             }
         }
     }
+}
+
+TEST_F(CommandLines, ShowTheCommandsOwnLinesForHelpAndDoNothing) {
+    for (const Command& row : commandTable()) {
+        SCOPED_TRACE(row.words);
+        const std::string lines = usageLines(row, commandTable()).toStdString();
+        EXPECT_NE(lines, "");
+        for (const char* line : {"--help", "x -h", "x y --json --help z"}) {
+            EXPECT_EQ(printedForNothing(wordsOf(row) + args(line)), lines) << line;
+        }
+    }
+    EXPECT_EQ(usageLines(*findCommand(args("user enable"), commandTable()), commandTable()),
+              "  quorvelle user disable|enable <user> [--server <url>]\n");
+    EXPECT_EQ(printedForNothing(args("channel create -- --help")), usage);
+    EXPECT_EQ(printedForNothing(args("channel launch add c --label --help --exe x")), "(done)");
+    EXPECT_EQ(printedForNothing(args("channel --help")), usage);
 }
 
 /// Words in the right number; "~" stands for an empty one.

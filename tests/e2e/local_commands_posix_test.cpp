@@ -49,6 +49,23 @@ TEST(LocalCommands, TellATerminalWhatAScriptIsNotToSee) {
               unreadable + "Could not write " + box.configPath() + '\n');
 }
 
+/// What is wrong goes to one stream, how it is right to the other; each looks at its own.
+TEST(LocalCommands, GuideTheStreamThatIsATerminal) {
+    const Sandbox box;
+    const QString usage = box.run({}).out;
+    const QString sync = "  quorvelle sync [--name <subscription> | --server <url>] [--force]\n";
+    const QString unknown = "Unknown command 'snyc'. Did you mean 'sync'?\n";
+    const QString option = "Unknown option '--nam'. Did you mean '--name'?\n";
+    expectOutcome(runAtTerminal(box, {"snyc"}), 1, usage, unknown);
+    expectOutcome(runAtTerminal(box, args("sync --nam x")), 1, usage, option);
+    expectOutcome(runAtTerminal(box, args("sync --nam x --json")), 1, usage);
+    const std::vector<int> both{STDOUT_FILENO, STDERR_FILENO};
+    expectOutcome(runAtTerminal(box, {"snyc"}, both), 1, "", unknown + sync);
+    expectOutcome(runAtTerminal(box, args("sync --nam x"), both), 1, "", option + sync);
+    expectOutcome(runAtTerminal(box, args("sync -h"), both), 0, "", sync);
+    expectOutcome(runAtTerminal(box, args("sync -h --json"), both), 1, "", sync);
+}
+
 TEST_F(Session, JoinTellsATerminalWhoKeepsTheFormerToken) {
     QJsonArray entries;
     for (const char* name : {"hand", "own", "managed"}) {

@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "cli/command_table.h"
+#include "cli/dispatch.h"
+#include "cli/unknown_command.h"
+#include "console/mistake.h"
+#include "console/output.h"
+#include "console/overview.h"
+#include "console/terminal.h"
+#include "console/usage.h"
+#include "support/notation.h"
+#include "support/temporary_config.h"
+
+namespace quorvelle::testing {
+
+namespace {
+
+/// A line that its command refuses, and what a person is told of it; "~" is an empty word.
+const QString kMistakes = R"(
+promote stable --form beta            | Unknown option '--form'. Did you mean '--from'?
+promote stable                        | One of these is missing: <build-id>, --from <channel>.
+promote stable b1 --from beta         | --from does not go with the rest.
+promote a b c                         | 'c' is one word too many.
+builds --sever x                      | Unknown option '--sever'. Did you mean '--server'?
+builds --server=http://h              | Unknown option '--server=http://h'. Did you mean '--server http://h'?
+sync -q                               | Unknown option '-q'.
+sync --name a --server b              | --server does not go with the rest.
+user create bob --role boss           | 'boss' is none of admin, member, publisher.
+user create --role pubisher           | 'pubisher' is none of admin, member, publisher. Did you mean 'publisher'?
+user create                           | <name> is missing.
+user enable                           | <user> is missing.
+push dir --channel                    | --channel needs a value: --channel <name>
+push --channel live                   | <dir> is missing.
+push dir                              | --channel <name> is missing.
+config                                | One of these is missing: list, get, set.
+config remove server                  | 'remove' is none of list, get, set.
+config ste token x                    | 'ste' is none of list, get, set. Did you mean 'set'?
+sso map rolle boss admin              | 'rolle' is none of list, role, group, remove, default, claims. Did you mean 'role'?
+backup init --shared --bucket b       | --bucket does not go with the rest.
+subscribe s c --dir d --interval 1.5  | '1.5' may not fit <seconds|manual|default>.
+subscribe s c --dir d --self-heal 1   | '1' is none of none, quick, full, default.
+build delete ~                        | '' is empty where something is due
+run -- app                            | <subscription> is missing.
+server set-root url                   | <path> is missing.)";
+
+/// Words that are no command.
+const QString kUnknown = R"(
+snyc                 | Unknown command 'snyc'. Did you mean 'sync'?
+Sync --name a        | Unknown command 'Sync'. Did you mean 'sync'?
+chanel create x      | Unknown command 'chanel create'. Did you mean 'channel create'?
+channel crate x      | Unknown command 'channel crate'. Did you mean 'channel create'?
+channel list         | Unknown command 'channel list'.
+channel launch       | 'channel launch' alone is no command.
+channel --server x   | 'channel' alone is no command.
+frobnicate           | Unknown command 'frobnicate'.
+go                   | Unknown command 'go'.)";
+
+Terminal person(std::FILE*) {
+    return {.isThere = true};
+}
+
+struct Seen {
+    int code;
+    std::string out;
+    std::string err;
+};
+
+/// Runs a line at a terminal, in this process.
+Seen seen(const QString& line) {
+    const TemporaryConfig config;
+    setUsageTable(commandTable());
+    setTerminals(person);
+    ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
+    const int code = dispatch(QStringList("quorvelle") + args(line), commandTable());
+    setTerminals(nullptr);
+    const std::string err = ::testing::internal::GetCapturedStderr();
+    return {code, ::testing::internal::GetCapturedStdout(), err};
+}
+
+}  // namespace
+
+TEST(Mistakes, AreNamedInOneLine) {
+    for (const QStringList& row : rows(kMistakes)) {
+        const QStringList words = args(row[0]).replaceInStrings("~", "");
+        const auto named =
+            std::find_if(commandTable().begin(), commandTable().end(), [&](const Command& command) {
+                const QStringList own = wordsOf(command);
+                return words.first(std::min(own.size(), words.size())) == own;
+            });
+        ASSERT_NE(named, commandTable().end()) << row[0].toStdString();
+        const Command& command = rowShowing(*named, commandTable());
+        EXPECT_EQ(mistakeIn(words, usageForms(command)), row.mid(1).join(u'|'))
+            << row[0].toStdString();
+    }
+    for (const QStringList& row : rows(kUnknown)) {
+        EXPECT_EQ(unknownCommand(args(row[0]), commandTable()).mistake, row[1]);
+    }
+}
+
+TEST(Mistakes, AreShownWithTheLinesOfTheCommandThatWasMeant) {
+    for (const auto& [line, out] :
+         {std::pair<QString, std::string>(
+              "logni http://h",
+              "  quorvelle login <server> [--install-root <path>] [--no-browser]\n"),
+          {"unsubscribe a b", "  quorvelle unsubscribe <name>\n"},
+          {"server set-token x", "  quorvelle server set-token <url> <token>\n"},
+          {"subscription",
+           "  quorvelle subscription set-interval <name> <seconds|manual|default>\n"
+           "  quorvelle subscription set-self-heal <name> <none|quick|full|default>\n"
+           "            Tide channels: check an up-to-date install against the manifest\n"},
+          {"frobnicate", "  quorvelle            lists all commands\n"}}) {
+        const Seen got = seen(line);
+        EXPECT_EQ(got.code, 1) << line.toStdString();
+        EXPECT_EQ(got.out, out);
+        EXPECT_EQ(std::count(got.err.begin(), got.err.end(), '\n'), 1) << got.err;
+    }
+}
+
+TEST(Overview, ShowsEveryCommandInALineOf80Columns) {
+    const QStringList lines = overviewText(commandTable()).split(u'\n');
+    for (const Command& command : commandTable()) {
+        const QString words = wordsOf(command).join(u' ');
+        const auto begins = [&](const QString& line) {
+            return line.startsWith("  " + words + "  ");
+        };
+        EXPECT_EQ(std::count_if(lines.begin(), lines.end(), begins), words != "--version")
+            << words.toStdString();
+    }
+    for (const QString& line : lines) {
+        EXPECT_LE(line.size(), 79) << line.toStdString();
+    }
+    for (const char* line : {"", "--help", "-h", "help"}) {
+        const Seen got = seen(line);
+        EXPECT_EQ(got.code, 1) << line;
+        EXPECT_EQ(got.out, overviewText(commandTable()).toStdString());
+        EXPECT_EQ(got.err, "") << line;
+    }
+    EXPECT_EQ(seen("help token").out, seen("token create -h").out);
+}
+
+}  // namespace quorvelle::testing
