@@ -4,172 +4,190 @@ namespace quorvelle {
 
 namespace {
 
-std::string replaced(std::string text, const std::string& what, const std::string& with) {
-    for (std::size_t at = text.find(what); at != std::string::npos;
-         at = text.find(what, at + with.size())) {
-        text.replace(at, what.size(), with);
+/// A line of what a key leads to: a word, and a phrase that says what it does.
+using Phrases = QList<NextWord>;
+using Entries = std::map<QString, Phrases>;
+
+/// What the scripts look up, by the mark in whose place it goes.
+struct Tables {
+    Entries next;
+    Entries place;
+    Entries options;
+    Entries value;
+    Entries excluded;
+};
+
+Phrases linesOf(const QStringList& words) {
+    Phrases lines;
+    for (const QString& word : words) {
+        lines.append({word});
+    }
+    return lines;
+}
+
+/// The mark for what the shell or the program knows, none where nobody does.
+Phrases known(Takes takes) {
+    switch (takes) {
+        case Takes::kDirectory:
+            return linesOf({QStringLiteral("@directories")});
+        case Takes::kFile:
+            return linesOf({QStringLiteral("@files")});
+        case Takes::kSubscription:
+            return linesOf({QStringLiteral("@name")});
+        case Takes::kServer:
+            return linesOf({QStringLiteral("@server")});
+        case Takes::kAnything:
+        case Takes::kRole:
+            break;
+    }
+    return {};
+}
+
+Tables tablesOf(const CompletionTree& tree) {
+    Tables tables;
+    for (const auto& [path, node] : tree) {
+        Phrases next = node.words + known(node.takes);
+        if (node.isComplete) {
+            next.append({QStringLiteral("@end")});
+        }
+        if (node.takesRest) {
+            next.append({QStringLiteral("@rest")});
+        }
+        tables.next[path] = next;
+        if (!node.place.isEmpty()) {
+            tables.place[path] = linesOf({node.place});
+        }
+        for (const CompletionOption& option : node.options) {
+            const QString key = path + u' ' + option.name;
+            tables.options[path].append({option.name, option.text});
+            if (option.value) {
+                tables.value[key] = linesOf(option.value->words) + known(option.value->takes);
+            }
+            if (!option.excludedBy.isEmpty()) {
+                tables.excluded[key] = linesOf(option.excludedBy);
+            }
+        }
+    }
+    return tables;
+}
+
+QString withPhrase(const NextWord& line, const QString& between) {
+    return line.summary.isEmpty() ? line.word : line.word + between + line.summary;
+}
+
+/// In single quotes, for bash, zsh and fish alike: the phrases hold no backslash.
+QString quoted(const QString& text) {
+    return u'\'' + QString(text).replace(u'\'', QStringLiteral("'\\''")) + u'\'';
+}
+
+QString quotedForPowerShell(const QString& text) {
+    return u'\'' + QString(text).replace(u'\'', QStringLiteral("''")) + u'\'';
+}
+
+QString joined(const Phrases& lines, const QString& phrase, const QString& separator) {
+    QStringList texts;
+    for (const NextWord& line : lines) {
+        texts.append(phrase.isNull() ? line.word : withPhrase(line, phrase));
+    }
+    return texts.join(separator);
+}
+
+QString forBash(const Entries& entries) {
+    QString text;
+    for (const auto& [key, lines] : entries) {
+        text += QStringLiteral("  [%1]=%2\n")
+                    .arg(quoted(key), quoted(joined(lines, {}, QStringLiteral(" "))));
     }
     return text;
 }
 
-/// In single quotes, for bash and zsh.
-std::string quoted(const std::string& text) {
-    return '\'' + replaced(text, "'", R"('\'')") + '\'';
-}
-
-std::string quotedForPowerShell(const std::string& text) {
-    return '\'' + replaced(text, "'", "''") + '\'';
-}
-
-constexpr char kBash[] =
-    R"(# Completion of quorvelle's command line for bash, made from its command table.
-
-declare -A _quorvelle_next=(
-@)
-
-_quorvelle() {
-  local path=quorvelle word
-  for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-    [[ -z ${_quorvelle_next["$path $word"]+known} ]] || path+=" $word"
-  done
-  mapfile -t COMPREPLY < <(
-    compgen -W "${_quorvelle_next[$path]}" -- "${COMP_WORDS[COMP_CWORD]}")
-}
-
-complete -o default -F _quorvelle quorvelle
-)";
-
-constexpr char kZsh[] = R"(#compdef quorvelle
-# Completion of quorvelle's command line for zsh, made from its command table.
-
-local -A next=(
-@)
-local -a candidates
-local typed=quorvelle word
-for word in ${words[2,CURRENT-1]}; do
-  (( ${+next[$typed $word]} )) && typed+=" $word"
-done
-candidates=(${(f)next[$typed]})
-_describe -t words 'next word' candidates || _files
-)";
-
-constexpr char kPowerShell[] =
-    R"(# Completion of quorvelle's command line for PowerShell, made from its command table.
-
-Register-ArgumentCompleter -Native -CommandName 'quorvelle', 'quorvelle.exe' -ScriptBlock {
-    param($wordToComplete, $commandAst, $cursorPosition)
-    $next = @{
-@    }
-    $path = 'quorvelle'
-    foreach ($element in $commandAst.CommandElements | Select-Object -Skip 1) {
-        if ($element.Extent.EndOffset -ge $cursorPosition) { break }
-        $longer = $path + ' ' + $element.Extent.Text
-        if ($next.ContainsKey($longer)) { $path = $longer }
+QString forZsh(const Entries& entries) {
+    QString text;
+    for (const auto& [key, lines] : entries) {
+        text +=
+            QStringLiteral("  %1 %2\n")
+                .arg(quoted(key), quoted(joined(lines, QStringLiteral(":"), QStringLiteral("\n"))));
     }
-    $next[$path].GetEnumerator() | Where-Object { $_.Key -like "$wordToComplete*" } | ForEach-Object {
-        [System.Management.Automation.CompletionResult]::new(
-            $_.Key, $_.Key, 'ParameterValue', $_.Value)
+    return text;
+}
+
+QStringList quotedLines(const Phrases& lines, const QString& between) {
+    QStringList texts;
+    for (const NextWord& line : lines) {
+        texts.append(quoted(withPhrase(line, between)));
     }
-}
-)";
-
-std::string filledIn(const char* script, const std::string& table) {
-    std::string text = script;
-    return text.replace(text.find("\n@") + 1, 1, table);
+    return texts;
 }
 
-std::string summaryOf(const NextWord& next) {
-    return next.summary.empty() ? next.word : next.summary;
+QString forFish(const Entries& entries) {
+    QString text;
+    for (const auto& [key, lines] : entries) {
+        text += QStringLiteral("        case %1\n").arg(quoted(key));
+        if (!lines.isEmpty()) {
+            text += QStringLiteral("            printf '%s\\n' ") +
+                    quotedLines(lines, QStringLiteral("\t")).join(u' ') + u'\n';
+        }
+    }
+    return text;
 }
 
-/// Text that the man formatter prints as it stands.
-std::string forMan(const std::string& text) {
-    return replaced(replaced(text, "\\", "\\e"), "-", "\\-");
+QString powerShellWords(const Phrases& lines, const QString& margin) {
+    QString text;
+    for (const NextWord& line : lines) {
+        text += margin + quotedForPowerShell(line.word) + QStringLiteral(" = ") +
+                quotedForPowerShell(line.summary) + u'\n';
+    }
+    return text;
 }
 
-constexpr char kManualEnd[] = R"(.SH GLOBAL OPTION
-.TP
-.B \-\-json
-Machine\-readable output: one JSON object per outcome, with the same exit codes.
-.SH EXIT STATUS
-.TP
-.B 0
-Success, also when nothing had to change.
-.TP
-.B 1
-Usage shown, unknown command, bad arguments, no server configured.
-.TP
-.B 2
-A request failed, or the configuration could not be saved.
-.TP
-.B 3
-.B sync
-only: a build was downloaded but files in use kept it from being put in place; the next
-sync tries again.
-.SH ENVIRONMENT
-.TP
-.B QUORVELLE_CONFIG_DIR
-Folder of the configuration file.
-.TP
-.B QUORVELLE_TOKEN
-Bearer token for servers that have none stored.
-.TP
-.B QUORVELLE_TIDE_PUBLIC_KEY
-Key that must have signed the manifests of tide channels.
-)";
+QString forPowerShell(const Entries& entries) {
+    QString text;
+    for (const auto& [key, lines] : entries) {
+        text += QStringLiteral("        %1 = [ordered]@{\n%2        }\n")
+                    .arg(quotedForPowerShell(key), powerShellWords(lines, QString(12, u' ')));
+    }
+    return text;
+}
+
+QString globalsFor(Shell shell) {
+    const Phrases options = globalOptions();
+    switch (shell) {
+        case Shell::kBash:
+            return joined(options, {}, QStringLiteral(" "));
+        case Shell::kZsh:
+            return quotedLines(options, QStringLiteral(":")).join(u' ');
+        case Shell::kFish:
+            return quotedLines(options, QStringLiteral("\t")).join(u' ');
+        case Shell::kPowerShell:
+            break;
+    }
+    return powerShellWords(options, QString(8, u' '));
+}
+
+QString entriesFor(Shell shell, const Entries& entries) {
+    switch (shell) {
+        case Shell::kBash:
+            return forBash(entries);
+        case Shell::kZsh:
+            return forZsh(entries);
+        case Shell::kFish:
+            return forFish(entries);
+        case Shell::kPowerShell:
+            break;
+    }
+    return forPowerShell(entries);
+}
 
 }  // namespace
 
-std::string bashScript(const NextWords& words) {
-    std::string table;
-    for (const auto& [path, next] : words) {
-        std::string line;
-        for (const NextWord& word : next) {
-            line += (line.empty() ? "" : " ") + word.word;
-        }
-        table += "  [" + quoted(path) + "]=" + quoted(line) + '\n';
-    }
-    return filledIn(kBash, table);
-}
-
-std::string zshScript(const NextWords& words) {
-    std::string table;
-    for (const auto& [path, next] : words) {
-        std::string lines;
-        for (const NextWord& word : next) {
-            lines += (lines.empty() ? "" : "\n") + word.word + ':' + summaryOf(word);
-        }
-        table += "  " + quoted(path) + ' ' + quoted(lines) + '\n';
-    }
-    return filledIn(kZsh, table);
-}
-
-std::string powerShellScript(const NextWords& words) {
-    std::string table;
-    for (const auto& [path, next] : words) {
-        table += "        " + quotedForPowerShell(path) + " = [ordered]@{\n";
-        for (const NextWord& word : next) {
-            table += "            " + quotedForPowerShell(word.word) + " = " +
-                     quotedForPowerShell(summaryOf(word)) + '\n';
-        }
-        table += "        }\n";
-    }
-    return filledIn(kPowerShell, table);
-}
-
-std::string manualPage(CommandTable table, const std::string& version) {
-    std::string text = ".TH QUORVELLE 1 \"\" \"Quorvelle " + version +
-                       "\"\n.SH NAME\nquorvelle \\- client of a software\\-distribution service\n"
-                       ".SH SYNOPSIS\n.B quorvelle\n.I command\n.RI [ arguments ]\n"
-                       ".RB [ \\-\\-json ]\n.SH COMMANDS\n";
-    for (const Command& command : table) {
-        if (!command.usage.empty()) {
-            text += ".SS " + forMan(std::string(command.words)) + '\n' +
-                    forMan(std::string(command.summary)) + ".\n.PP\n.nf\n" +
-                    forMan(std::string(command.usage)) + ".fi\n";
-        }
-    }
-    return text + kManualEnd;
+QString filledIn(QString script, Shell shell, const CompletionTree& tree) {
+    const Tables tables = tablesOf(tree);
+    return script.replace(QStringLiteral("@NEXT@"), entriesFor(shell, tables.next))
+        .replace(QStringLiteral("@PLACE@"), entriesFor(shell, tables.place))
+        .replace(QStringLiteral("@OPTIONS@"), entriesFor(shell, tables.options))
+        .replace(QStringLiteral("@VALUE@"), entriesFor(shell, tables.value))
+        .replace(QStringLiteral("@EXCLUDED@"), entriesFor(shell, tables.excluded))
+        .replace(QStringLiteral("@GLOBAL@"), globalsFor(shell));
 }
 
 }  // namespace quorvelle

@@ -1,23 +1,19 @@
 #pragma once
 
-#include <string>
+#include <QString>
 
-#include "next_words.h"
+#include "completion_tree.h"
 
-/// The files for the shells and for man, as text that ends with a line end.
+/// The completions. Each is a script with "@NEXT@" and other marks where the tree goes; the
+/// four walk it alike: options are offered behind a "-", and without one where no other word
+/// is due; names of subscriptions and servers come from "quorvelle subscriptions --json",
+/// which asks no network.
 
 namespace quorvelle {
 
-/// To be sourced, or put among bash's completions.
-std::string bashScript(const NextWords& words);
+enum class Shell { kBash, kZsh, kFish, kPowerShell };
 
-/// To be put into a folder of zsh's fpath as "_quorvelle".
-std::string zshScript(const NextWords& words);
-
-/// To be dot-sourced in a PowerShell profile.
-std::string powerShellScript(const NextWords& words);
-
-/// The manual page, section 1.
-std::string manualPage(CommandTable table, const std::string& version);
+/// The script for a shell with the tree in it.
+QString filledIn(QString script, Shell shell, const CompletionTree& tree);
 
 }  // namespace quorvelle
