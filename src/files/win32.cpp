@@ -81,4 +81,10 @@ DWORD moveEntry(const std::wstring& from, const std::wstring& to, Patience patie
                      isDirectory(to) ? Patience::kNone : patience);
 }
 
+std::wstring systemProgram(const std::wstring& relative) {
+    std::wstring folder(GetSystemDirectoryW(nullptr, 0), L'\0');
+    folder.resize(GetSystemDirectoryW(folder.data(), static_cast<UINT>(folder.size())));
+    return folder + L'\\' + relative;
+}
+
 }  // namespace files::win32

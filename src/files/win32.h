@@ -50,4 +50,8 @@ void clearReadOnly(const std::wstring& path);
 DWORD moveEntry(const std::wstring& from, const std::wstring& to,
                 Patience patience = Patience::kFull);
 
+/// The full path of a program of the system's, by its path below the system's folder
+/// ("cmd.exe"). By its name alone one in the current directory would be started.
+std::wstring systemProgram(const std::wstring& relative);
+
 }  // namespace files::win32
