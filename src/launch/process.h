@@ -11,19 +11,39 @@ class QProcess;
 
 namespace quorvelle {
 
-/// What startAndWait() returns for a process that gave no exit code.
-inline constexpr int kNoExitCode = -1;
+/// What came of a process: a number, or the reason why there is none, for people.
+struct ProcessResult {
+    std::optional<qint64> value = {};
+    QString reason = {};
+};
 
 /// Starts a process that lives on by itself, reads nothing and writes nowhere, so that
-/// whoever reads this program's output need not wait for it. Its process id, or nothing
-/// when it could not be executed or its working directory could not be entered.
-std::optional<qint64> startDetached(const ProcessStart& start);
+/// whoever reads this program's output need not wait for it; on Windows it also has no part
+/// in this console. The value is its process id; there is none when it could not be executed
+/// or its working directory could not be entered.
+ProcessResult startDetached(const ProcessStart& start);
 
 /// Starts a process with this one's standard streams and waits for its end, however long
-/// that takes. Its exit code, or kNoExitCode when it did not start within 10 s or crashed.
-int startAndWait(const ProcessStart& start);
+/// that takes; meanwhile a SignalRelay stands. The value is its exit code; there is none when
+/// it did not start within 10 s or crashed.
+ProcessResult startAndWait(const ProcessStart& start);
 
-/// Fills in everything but the streams; the platform's part of both.
+/// The rest is the platform's part.
+
+/// Why the process cannot be started as it is asked for, or an empty text.
+QString refusalOf(const ProcessStart& start);
+
+/// Fills in everything but the streams.
 void configure(QProcess& process, const ProcessStart& start);
+
+/// The same for a process that is started detached.
+void configureDetached(QProcess& process, const ProcessStart& start);
+
+/// How a process ended that gave no exit code.
+QString crashText(const QProcess& process);
+
+/// Gives the file the permission to be executed by its owner, where there is such a thing
+/// and it is missing. A failure shows when the file is started.
+void makeExecutable(const QString& file);
 
 }  // namespace quorvelle

@@ -40,6 +40,10 @@ InstalledMarker readInstalledMarker(const QString& dir) {
     return {object.value(u"build").toString(), object.value(u"channel").toString()};
 }
 
+bool isInstalled(const QString& dir) {
+    return hasStateFolder(dir) && !readInstalledMarker(dir).build.isEmpty();
+}
+
 StagedMarker readStagedMarker(const QString& dir) {
     const QJsonObject object = readObject(statePath(dir, kStagedMarkerSuffix));
     return {object.value(u"build").toString(), object.value(u"channel").toString(),

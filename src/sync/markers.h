@@ -24,6 +24,10 @@ struct StagedMarker {
 };
 
 InstalledMarker readInstalledMarker(const QString& dir);
+
+/// Whether an installed marker vouches for the directory. Makes no state folder.
+bool isInstalled(const QString& dir);
+
 StagedMarker readStagedMarker(const QString& dir);
 
 /// False when the marker could not be written; an older one then still stands.

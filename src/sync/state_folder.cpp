@@ -32,6 +32,10 @@ bool isWithin(const QString& inner, const QString& outer) {
            within(in.canonicalFilePath(), out.canonicalFilePath());
 }
 
+QDir stateFolderOf(const QFileInfo& install) {
+    return QDir(QDir(install.absolutePath()).absoluteFilePath(QStringLiteral(".quorvelle")));
+}
+
 void moveLegacy(const QString& dir, const char* suffix) {
     const QString current = statePath(dir, suffix);
     if (!entryExists(current)) {
@@ -43,9 +47,13 @@ void moveLegacy(const QString& dir, const char* suffix) {
 
 QString statePath(const QString& dir, const char* suffix) {
     const QFileInfo install(QDir::cleanPath(dir));
-    const QDir folder(QDir(install.absolutePath()).absoluteFilePath(QStringLiteral(".quorvelle")));
+    const QDir folder = stateFolderOf(install);
     folder.mkpath(QStringLiteral("."));
     return folder.absoluteFilePath(install.fileName() + QLatin1String(suffix));
+}
+
+bool hasStateFolder(const QString& dir) {
+    return stateFolderOf(QFileInfo(QDir::cleanPath(dir))).exists();
 }
 
 QString legacyPath(const QString& dir, const char* suffix) {

@@ -26,6 +26,9 @@ inline constexpr char kLockSuffix[] = ".lock";
 /// is used.
 QString statePath(const QString& dir, const char* suffix);
 
+/// Whether the state folder of `dir` stands already.
+bool hasStateFolder(const QString& dir);
+
 /// Where earlier releases kept that entry: directly beside the install directory.
 QString legacyPath(const QString& dir, const char* suffix);
 

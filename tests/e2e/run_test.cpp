@@ -1,11 +1,13 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <QDir>
 #include <QFile>
 
 #include "support/fake_server.h"
 #include "support/outcomes.h"
 #include "support/raw_server.h"
+#include "support/terminal_run.h"
 
 namespace quorvelle::testing {
 namespace {
@@ -51,6 +53,15 @@ protected:
                          {"subscriptions", QJsonArray{QJsonObject{{"name", "other"}}, app}}});
     }
 
+    /// Runs the words and, when the program has told that it runs, does what `then` says to
+    /// "$pid", in a process group of its own as a shell has it.
+    int waitAnd(const char* then) const {
+        const QString script = QString(R"(set -m; "$0" run app --wait & pid=$!
+                                          read -r program <"$SAID"; kill %1; wait $pid)")
+                                   .arg(then);
+        return box.runProgram("bash", {"-c", script, quorvelleProgram()}).code;
+    }
+
     /// The user's own targets alone.
     void own(const QByteArray& targets) { subscribe("{'launch_targets':" + targets + '}'); }
 
@@ -73,6 +84,42 @@ TEST_F(Run, WaitsAndPassesEverythingOn) {
     EXPECT_EQ(server.requests()[0].header("Authorization"), "Bearer own");
     box.environment.insert("CODE", "0");
     EXPECT_EQ(box.run(words).code, 0);
+}
+
+/// What a terminal sends to all of its foreground, and what is sent to the one that waits.
+TEST_F(Run, LeavesSignalsToTheProgramThatItWaitsFor) {
+    install("trap",
+            "for s in INT:7 QUIT:8 TERM:9 HUP:10; do trap \"exit ${s#*:}\" ${s%:*}; done; "
+            "echo $$ >\"$SAID\"; while :; do sleep 0.02; done");
+    own("[{'label':'t','exe':'trap'}]");
+    EXPECT_EQ(waitAnd("-INT -- -$pid"), 7);
+    EXPECT_EQ(waitAnd("-QUIT -- -$pid"), 8);
+    EXPECT_EQ(waitAnd("-TERM $pid"), 9);
+    EXPECT_EQ(waitAnd("-HUP $pid"), 10);
+}
+
+/// Builds come without permissions; what nobody vouches for is a person's.
+TEST_F(Run, LetsTheProgramsOfAnInstalledBuildStart) {
+    const QStringList words = args("run app --wait");
+    const QString plain = box.path("app/plain");
+    const QString outside = box.path("outside");
+    own("[{'label':'p','exe':'plain'}]");
+    for (const QString& file : {plain, outside}) {
+        box.write(QDir(box.path("")).relativeFilePath(file), "#!/bin/sh\nexit 5\n");
+        QFile::setPermissions(file, QFile::ReadOwner | QFile::ReadGroup);
+    }
+    EXPECT_EQ(box.run(words).code, 2);
+    EXPECT_FALSE(QFile::exists(box.path(".quorvelle")));
+    box.write(".quorvelle/app.installed.json", "{}");
+    EXPECT_EQ(box.run(words).code, 2);
+    box.write(".quorvelle/app.installed.json", R"({"build":"b"})");
+    EXPECT_EQ(box.run(words).code, 5);
+    struct stat found = {};
+    EXPECT_EQ(::stat(plain.toUtf8(), &found), 0);
+    EXPECT_EQ(found.st_mode & 07777, 0540U);
+    QFile::remove(plain);
+    QFile::link(outside, plain);
+    EXPECT_EQ(box.run(words).code, 2);
 }
 
 TEST_F(Run, StartsDetached) {
@@ -122,12 +169,20 @@ TEST_F(Run, StartsScriptsThroughTheirInterpreters) {
 TEST_F(Run, ReportsWhatDoesNotStart) {
     own("[{'label':'p','exe':'plain'},{'label':'w','exe':'tool','working_dir':'gone'},"
         "{'label':'c','exe':'crash'}]");
-    for (const char* line :
-         {"p plain", "p plain --wait", "w tool", "w tool --wait", "c crash --wait"}) {
-        SCOPED_TRACE(line);
-        const QStringList words = args(line);
-        expectError(box, QStringList{"run", "app", "--target", words[0]} + words.mid(2), 2,
-                    "could not start " + box.path("app/" + words[1]));
+    for (const QStringList& row : rows(R"(
+        p plain        | .*Permission denied
+        p plain --wait | .*Permission denied
+        w tool         | gone
+        w tool --wait  | gone
+        c crash --wait | ended by signal 6 .Aborted.)")) {
+        SCOPED_TRACE(row[0].toStdString());
+        const QStringList words = args(row[0]);
+        const QStringList typed = QStringList{"run", "app", "--target", words[0]} + words.mid(2);
+        const QString message = "could not start " + box.path("app/" + words[1]);
+        expectError(box, typed, 2, message);
+        const QString reason = row[1] == "gone" ? "no directory " + box.path("app/gone") : row[1];
+        EXPECT_THAT(runAtTerminal(box, typed).err.toStdString(),
+                    ::testing::MatchesRegex((message + ": " + reason + "\n").toStdString()));
     }
 }
 
@@ -153,9 +208,18 @@ TEST_F(Run, RefusesBeforeItStartsAnything) {
                     "app; the CLI does not");
 }
 
+TEST_F(Run, WaitsForASlowServer) {
+    server.on("GET", "/api/channels/a%2Fb", [](const httplib::Request&, httplib::Response& reply) {
+        std::this_thread::sleep_for(std::chrono::seconds(6));
+        reply.set_content(R"({"launch_targets":[{"label":"T","exe":"tool"}]})", "application/json");
+    });
+    EXPECT_EQ(box.run(args("run app --wait")).code, 3);
+}
+
 /// A server that refuses, is not there, answers nonsense or nothing at all.
 TEST_F(Run, GoesOnWithTheUsersTargetsWithoutAServer) {
     const RawServer silent({});
+    box.environment.insert("QUORVELLE_IDLE_TIMEOUT", "1");
     server.onJson("GET", "/api/channels/none", json("{'launch_targets':[{'label':'x'}]}"), 403);
     server.onBytes("GET", "/api/channels/text", "[{}]");
     server.onJson("GET", "/api/channels/wrong", json("{'launch_targets':{'x':{}}}"));
@@ -169,6 +233,11 @@ TEST_F(Run, GoesOnWithTheUsersTargetsWithoutAServer) {
                   "'launch_targets':[{'label':'T','exe':'tool'}]}");
         expectOutcome(box.run(args("run app --wait")), 3, box.path("app") + '\n', "to stderr\n");
     }
+    const QString note =
+        "reading the channel's launch targets failed%1 - going on with this "
+        "subscription's own\n";
+    EXPECT_EQ(runAtTerminal(box, args("run app --wait")).err,
+              note.arg(": no data for 1 s") + "to stderr\n");
 }
 
 }  // namespace
