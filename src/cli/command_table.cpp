@@ -4,7 +4,6 @@
 #include "account/reconcile_command.h"
 #include "admin/commands.h"
 #include "cli/commands.h"
-#include "launch/commands.h"
 #include "publish/commands.h"
 #include "sync/sync_command.h"
 

@@ -2,8 +2,8 @@
 
 #include <QStringList>
 
-/// The commands that talk to no server themselves: handlers of the command table. None
-/// touches installed files.
+/// The commands that talk to no server themselves, and those that join what two rooms do:
+/// handlers of the command table.
 
 namespace quorvelle {
 
@@ -35,6 +35,10 @@ int setServerTokenCommand(QStringList args);
 
 /// version, --version: prints the program's version. Ignores further arguments.
 int versionCommand(QStringList args);
+
+/// run <subscription> ...: starts a launch target, see runTargetCommand(). What a sync
+/// installed is made fit to be started.
+int runCommand(QStringList args);
 
 /// storage init|show|test|set|forget: the bucket that a server keeps the builds of its
 /// tide channels in. Finds the word wherever it stands between the options.

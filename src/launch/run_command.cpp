@@ -15,7 +15,6 @@
 #include "launch/launch_spec.h"
 #include "launch/launch_target.h"
 #include "launch/process.h"
-#include "sync/markers.h"
 
 namespace quorvelle {
 
@@ -53,7 +52,7 @@ QJsonArray offeredTargets(const QJsonObject& document, const QJsonObject& subscr
 
 /// The files of a build come without permissions. What the program installed is made fit to
 /// be started; nothing behind a link out of the install directory is touched.
-void allowStart(const QString& dir, const QString& program) {
+void allowStart(const QString& dir, const QString& program, IsInstalled isInstalled) {
     const QString install = QFileInfo(dir).canonicalFilePath();
     const QString file = QFileInfo(program).canonicalFilePath();
     if (!install.isEmpty() && file.startsWith(install + u'/') && isInstalled(install)) {
@@ -94,7 +93,7 @@ int runAndWait(const LaunchSpec& spec) {
 
 }  // namespace
 
-int runCommand(QStringList args) {
+int runTargetCommand(QStringList args, IsInstalled isInstalled) {
     // First: what follows "--" is the program's, however much it looks like an option.
     const QStringList extras = takeExtras(args);
     const auto wanted = takeGiven(args, QStringLiteral("--target"));
@@ -131,7 +130,7 @@ int runCommand(QStringList args) {
         return cannotRun(label, refusal);
     }
     if (spec.isProgram) {
-        allowStart(subscription.value(u"dir").toString(), spec.program);
+        allowStart(subscription.value(u"dir").toString(), spec.program, isInstalled);
     }
     return wait ? runAndWait(spec) : runDetached(label, spec);
 }

@@ -23,7 +23,7 @@ tide       | files/disk.h files/raw_file.h files/safe_path.h files/share_file.h 
 sync       | console files config server tide
 account    | console files config server
 publish    | console files config server
-launch     | console files config server sync/markers.h
+launch     | console files config server
 admin      | console files config server launch/launch_target.h launch/target_list.h
 onboarding | console files config server
 cli        | console files config server account publish launch admin onboarding sync tide/engine.h)";
