@@ -5,6 +5,7 @@
 #include <csignal>
 #include <future>
 
+#include "support/fake_builds.h"
 #include "support/fake_tide.h"
 #include "support/one_request.h"
 #include "support/terminal_run.h"
@@ -32,8 +33,6 @@ struct AtATerminal : ServerTest {
                 const std::vector<int>& streams = kBoth) const {
         return runAtTerminal(box, args(words), streams, there);
     }
-};
-}
 };
 
 /// The events of a run for a launcher, one a line; of several in a row that tell bytes the
