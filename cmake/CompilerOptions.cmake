@@ -14,7 +14,9 @@ target_compile_options(quorvelle_options INTERFACE
 target_compile_definitions(quorvelle_options INTERFACE
   QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING
   # Neither macros named min and max nor the old sockets with <windows.h>.
-  $<$<PLATFORM_ID:Windows>:NOMINMAX WIN32_LEAN_AND_MEAN>)
+  $<$<PLATFORM_ID:Windows>:NOMINMAX WIN32_LEAN_AND_MEAN>
+  # Its compiler warns of functions of the standard library, getenv among them.
+  $<$<CXX_COMPILER_ID:MSVC>:_CRT_SECURE_NO_WARNINGS>)
 
 # Distributions' compilers do this by themselves; the one for Windows does not.
 if(MINGW)
