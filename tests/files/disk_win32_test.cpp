@@ -10,7 +10,6 @@
 #include "files/win32.h"
 #include "sync/markers.h"
 #include "tide/assembly_fixture.h"
-#include "tide/chunks/local_index.h"
 #include "tide/part_file.h"
 
 namespace tide {
@@ -95,9 +94,6 @@ TEST(OddNames, AreEntriesLikeOthers) {
     }
     EXPECT_THAT(files::entriesOf(temp / "tree"), SizeIs(5));
     EXPECT_EQ(quorvelle::countFiles(QString::fromStdString(files::utf8Text(temp / "tree"))), 8);
-    LocalIndex index;
-    buildLocalIndex(temp / "tree", index);
-    EXPECT_THAT(index, IsEmpty());
     EXPECT_TRUE(files::removeTree(temp / "tree"));
     EXPECT_EQ(files::entryKind(temp / "tree"), files::EntryKind::kNothing);
 }
