@@ -2,6 +2,7 @@
 and a web server for the chunks."""
 
 import contextlib
+import json
 import os
 import random
 import shutil
@@ -53,24 +54,37 @@ def write_random(path, size, seed):
             file.write(source.randbytes(min(MIB, size - done)))
 
 
+# Runs a program and tells what it used. A process of its own, and a small one: the peak of a
+# program counts from what the process that starts it held.
+STARTER = """
+import json, os, subprocess, sys, time
+start = time.monotonic()
+process = subprocess.Popen(sys.argv[2:], close_fds=True)
+_, status, usage = os.wait4(process.pid, 0)
+told = [time.monotonic() - start, usage.ru_utime + usage.ru_stime, usage.ru_maxrss, status]
+os.write(int(sys.argv[1]), json.dumps(told).encode())
+"""
+
+
 class Run:
     """A finished program: its output, the seconds it took, by the clock and of the
     processor, and the most memory that it or one of its children held, in MiB."""
 
     def __init__(self, *words, **settings):
-        start = time.monotonic()
+        reader, writer = os.pipe()
+        command = [*PREFIX, *(str(word) for word in words)]
         with tempfile.TemporaryFile() as output:
-            process = subprocess.Popen([*PREFIX, *(str(word) for word in words)],
-                                       stdout=output, stderr=subprocess.STDOUT, **settings)
-            _, status, usage = os.wait4(process.pid, 0)
-            self.wall = time.monotonic() - start
-            process.returncode = os.waitstatus_to_exitcode(status)
+            subprocess.run([sys.executable, "-I", "-S", "-c", STARTER, str(writer), *command],
+                           stdout=output, stderr=subprocess.STDOUT, pass_fds=[writer], **settings)
+            os.close(writer)
+            with open(reader) as told:
+                self.wall, self.processor, kilobytes, status = json.loads(told.read())
             output.seek(0)
             self.output = output.read().decode()
-        self.processor = usage.ru_utime + usage.ru_stime
-        self.peak = usage.ru_maxrss / 1024
-        if process.returncode != 0:
-            fail(f"{' '.join(map(str, words))}: exit code {process.returncode}\n{self.output}")
+        self.peak = kilobytes / 1024
+        code = os.waitstatus_to_exitcode(status)
+        if code != 0:
+            fail(f"{' '.join(map(str, words))}: exit code {code}\n{self.output}")
 
 
 class WebServer:
