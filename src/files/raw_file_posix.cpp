@@ -61,7 +61,7 @@ bool RawFile::write(std::uint64_t offset, std::string_view bytes) const {
     while (!bytes.empty()) {
         const ssize_t size =
             ::pwrite(descriptorOf(handle), bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (size < 0 && errno != EINTR) {
+        if (size == 0 || (size < 0 && errno != EINTR)) {
             return false;
         }
         const std::size_t written = size > 0 ? static_cast<std::size_t>(size) : 0;

@@ -74,7 +74,8 @@ bool RawFile::write(std::uint64_t offset, std::string_view bytes) const {
     while (!bytes.empty()) {
         OVERLAPPED place = at(offset);
         DWORD size = 0;
-        if (WriteFile(handleOf(handle), bytes.data(), piece(bytes.size()), &size, &place) == 0) {
+        if (WriteFile(handleOf(handle), bytes.data(), piece(bytes.size()), &size, &place) == 0 ||
+            size == 0) {
             return false;
         }
         offset += size;
