@@ -64,6 +64,7 @@ void Syncer::start(const QJsonObject& subscription, bool forced) {
     }
     tideJob = {};
     assembled = {};
+    rewrites = 0;
     tideJob.source.publicKeys = tidePublicKeys(subscription);
     onlySigned = mustBeSigned(subscription);
     if (server.isEmpty() || channel.isEmpty() || givenDir.isEmpty()) {

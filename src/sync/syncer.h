@@ -138,6 +138,8 @@ private:
     bool onlySigned = false;
     /// What the worker told of the build in staging.
     tide::AssemblyOutcome assembled;
+    /// How often the build was put together once more for somebody who wrote into it.
+    int rewrites = 0;
     /// Why the file could not be stored; then the transfer was given up for it.
     QString storeFailure;
 };

@@ -138,8 +138,10 @@ void Syncer::onTideDownloaded(const TideResult& result) {
 }
 
 /// Somebody wrote into files that staging shares with the install, which thus may hold other
-/// bytes by now. They are judged once more; those in use are not shared then.
+/// bytes by now. They are judged once more; those in use are not shared then. Who writes again
+/// and again must not hold the update up, so that after that nothing is shared.
 void Syncer::writeAnew() {
+    tideJob.mayLink = rewrites++ == 0;
     runOnWorker([job = tideJob] { return assembleStaging(job, {}, {}); }, &Syncer::onWrittenAnew);
 }
 

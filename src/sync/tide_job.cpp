@@ -128,6 +128,7 @@ TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent,
                                            .onSize = onSize,
                                            .progress = progress,
                                            .maxReplaceAttempts = kReplaceAttempts,
+                                           .mayLink = job.mayLink,
                                            .outcome = &result.outcome},
                                           &error);
     result.text = QString::fromStdString(error);

@@ -25,6 +25,8 @@ struct TideJob {
     std::shared_ptr<const tide::ChunkUrls> chunkUrls = {};
     std::string stagingDir = {};
     std::string installDir = {};
+    /// Whether staging may share files with the install under second names.
+    bool mayLink = true;
 };
 
 /// What a worker comes back with: whether all is well, and a text for the message.

@@ -293,7 +293,7 @@ bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std:
             reuse, reuse.empty()
                        ? std::vector<IndexedFile>()
                        : indexFiles(reuse, job.known != nullptr ? *job.known : KnownCuts())};
-        unchanged = takeUnchanged(files, target, staged, installed);
+        unchanged = takeUnchanged(files, target, staged, installed, job.mayLink);
         if (!hasRoom(target.root(), bytesToWrite(files, unchanged, target, !staged.files.empty()),
                      outcome, err)) {
             return false;

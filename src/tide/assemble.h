@@ -50,6 +50,8 @@ struct AssemblyJob {
     InUseCallback inUse = {};
     /// How often, a second apart, a file in use is tried again.
     int maxReplaceAttempts = 0;
+    /// Whether files may become second names of those of the reuse directory.
+    bool mayLink = true;
     /// Assigned by the run. Borrowed; may be null.
     AssemblyOutcome* outcome = nullptr;
 };

@@ -77,8 +77,9 @@ struct Takeover {
 /// Takes files over; called on several threads.
 class Taker {
 public:
-    Taker(const std::vector<ManifestFile>& manifestFiles, const TargetTree& tree, fs::path from)
-        : files(manifestFiles), target(tree), source(std::move(from)) {}
+    Taker(const std::vector<ManifestFile>& manifestFiles, const TargetTree& tree, fs::path from,
+          bool mayLink)
+        : files(manifestFiles), target(tree), source(std::move(from)), linking(mayLink) {}
 
     void take(Takeover& takeover) {
         const ManifestFile& file = files[takeover.place];
@@ -103,9 +104,9 @@ private:
         return holdsFile(part, file) || giveUp(part);
     }
 
-    static bool link(const fs::path& from, const fs::path& part, const ManifestFile& file,
-                     Takeover& takeover) {
-        if (file.size < kMinLinkedBytes) {
+    bool link(const fs::path& from, const fs::path& part, const ManifestFile& file,
+              Takeover& takeover) const {
+        if (!linking || file.size < kMinLinkedBytes) {
             return false;
         }
         // The bytes that were hashed to build the index need not be read once more.
@@ -150,13 +151,15 @@ private:
     const std::vector<ManifestFile>& files;
     const TargetTree& target;
     const fs::path source;
+    const bool linking;
     std::atomic<bool> cloning = true;
 };
 
 }  // namespace
 
 UnchangedFiles takeUnchanged(const std::vector<ManifestFile>& files, const TargetTree& target,
-                             const IndexedDirectory& staged, const IndexedDirectory& installed) {
+                             const IndexedDirectory& staged, const IndexedDirectory& installed,
+                             bool mayLink) {
     UnchangedFiles result{std::vector<bool>(files.size()), {}};
     const Lookup inTarget(staged.files);
     const Lookup elsewhere(installed.files);
@@ -176,7 +179,7 @@ UnchangedFiles takeUnchanged(const std::vector<ManifestFile>& files, const Targe
             takeovers.push_back({place, from});
         }
     }
-    Taker taker(files, target, installed.root);
+    Taker taker(files, target, installed.root, mayLink);
     // The first one alone finds out what the file system can.
     const std::size_t first = std::min<std::size_t>(takeovers.size(), 1);
     if (first == 1) {

@@ -38,9 +38,11 @@ struct IndexedDirectory {
 /// A file is taken over by the cheapest way there is: as a clone, which is hashed; as a
 /// second name, if it is large and nobody has it open or mapped for writing, neither before
 /// it is hashed nor after; else, if it is small, as a copy of hashed bytes. What is not to be
-/// had so is left alone, also when something else is in its way.
+/// had so is left alone, also when something else is in its way. Without `mayLink` no file
+/// gets a second name.
 UnchangedFiles takeUnchanged(const std::vector<ManifestFile>& files, const TargetTree& target,
-                             const IndexedDirectory& staged, const IndexedDirectory& installed);
+                             const IndexedDirectory& staged, const IndexedDirectory& installed,
+                             bool mayLink);
 
 /// Whether these files of the target are what they were when they were hashed, and nobody is
 /// about to write into them: to be asked directly before they become the build.
