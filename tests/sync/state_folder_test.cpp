@@ -121,7 +121,7 @@ TEST(Markers, AreWrittenAsIndentedJson) {
 
 TEST(Markers, ReadAsEmptyWhenTheyHoldNoObject) {
     for (const char* bytes : {"", "{\"build\":\"b\"", "[{\"build\":\"b\"}]",
-                              "{\"build\":1,\"channel\":[],\"total_size\":\"5\"}"}) {
+                              "{\"build\":1,\"channel\":[],\"total_size\":\"five\"}"}) {
         SCOPED_TRACE(bytes);
         const Sandbox sandbox;
         sandbox.write(kInstalled, bytes);
