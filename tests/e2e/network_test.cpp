@@ -34,16 +34,16 @@ TEST_F(Network, IsReachedThroughTheSameProxyByEveryRequest) {
     const std::string app = "http://builds.test";
     const std::string store = "http://bucket.test/b/";
     FakeServer proxy;
-    FakeServer near;
+    FakeServer direct;
     proxy.onJson("GET", app + "/api/channels/stable", {{"engine", "tide"}});
     proxy.onJson("GET", app + "/api/tide/sync/stable",
                  {{"build", "b1"}, {"manifest_url", QString::fromStdString(app) + "/m"}});
     proxy.onJson("DELETE", app + "/api/builds/b0", {});
     proxy.onJson("POST", app + "/api/channels/stable/promote?build=b1", {});
     proxy.on("GET", app + "/m", [&](const auto&, httplib::Response& response) {
-        response.set_redirect(near.url().toStdString() + "/m");
+        response.set_redirect(direct.url().toStdString() + "/m");
     });
-    near.onBytes("GET", "/m", tideManifest("stable", kBuild));
+    direct.onBytes("GET", "/m", tideManifest("stable", kBuild));
     const std::string id = chunkId("one").toStdString();
     const std::string chunk = store + "chunks/" + id.substr(0, 2) + '/' + id;
     proxy.onBytes("GET", chunk, "one");
@@ -69,7 +69,7 @@ TEST_F(Network, IsReachedThroughTheSameProxyByEveryRequest) {
         // "me@x:p:w"
         EXPECT_EQ(request.header("Proxy-Authorization"), "Basic bWVAeDpwOnc=") << request.line();
     }
-    EXPECT_EQ(near.requests().at(0).header("Proxy-Authorization"), "(none)");
+    EXPECT_EQ(direct.requests().at(0).header("Proxy-Authorization"), "(none)");
 }
 
 TEST_F(Network, IsNotAskedWithoutTheProxyThatCannotBeUsed) {

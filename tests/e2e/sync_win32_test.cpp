@@ -1,8 +1,8 @@
 #include <windows.h>
 
+#include <QDir>
 #include <QFile>
 
-#include "files/disk.h"
 #include "support/fake_tide.h"
 #include "support/platform.h"
 #include "support/qt_printers.h"
@@ -51,8 +51,10 @@ TEST_P(WindowsSync, ReplacesBuildsInWhichSomebodyMadeOddNames) {
     publish(server, "stable", "b1", {{"a", "one"}});
     expectSync("synced", whole("b1", {"a"}), synced("b1", 1, 3));
     for (const char* name : {"nul", "foo.", "trail "}) {
-        const std::wstring path = files::openable(box.path("apps/app").toStdWString()).native() +
-                                  L'\\' + QString(name).toStdWString();
+        // As no path without this beginning can be written.
+        const std::wstring path =
+            L"\\\\?\\" +
+            (QDir::toNativeSeparators(box.path("apps/app")) + u'\\' + name).toStdWString();
         const HANDLE made = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                         FILE_ATTRIBUTE_NORMAL, nullptr);
         ASSERT_NE(made, INVALID_HANDLE_VALUE);

@@ -1,5 +1,6 @@
 #include "files/disk.h"
 
+#include <chrono>
 #include <functional>
 #include <thread>
 
@@ -7,6 +8,7 @@
 #include "files/file_tree.h"
 #include "files/raw_file.h"
 #include "files/safe_path.h"
+#include "files/share_file.h"
 #include "files/win32.h"
 #include "sync/markers.h"
 #include "tide/assembly_fixture.h"
@@ -218,6 +220,25 @@ TEST(ReadingAnInstall, KeepsNobodyFromChangingIt) {
     char byte = 0;
     EXPECT_EQ(reader.read(0, {&byte, 1}), 1U);
     EXPECT_EQ(byte, 'A');
+}
+
+/// What a build shares with the one before under a second name.
+TEST(SecondNames, AreForOldFilesThatNobodyWrites) {
+    const TempDir temp;
+    const fs::path file = temp / "old";
+    writeFile(file, "bytes");
+    EXPECT_FALSE(files::stampOfUnwritten(file)) << "changed a moment ago";
+    fs::last_write_time(file, fs::file_time_type::clock::now() - std::chrono::hours(1));
+    const auto stamp = files::stampOfUnwritten(file);
+    ASSERT_TRUE(stamp);
+    ASSERT_TRUE(files::linkFile(file, temp / "name"));
+    EXPECT_EQ(files::stampOfUnwritten(temp / "name"), stamp);
+    const HANDLE writer = CreateFileW(file.c_str(), GENERIC_WRITE, files::win32::kShareAll, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(writer, INVALID_HANDLE_VALUE);
+    EXPECT_FALSE(files::stampOfUnwritten(temp / "name"));
+    CloseHandle(writer);
+    EXPECT_EQ(files::stampOfUnwritten(temp / "name"), stamp);
 }
 
 TEST(InstallFolders, MeetWithoutCase) {
