@@ -52,13 +52,13 @@ std::string environmentVariable(const char* name) {
 }  // namespace
 
 std::optional<std::string> bucketEndpoint(std::string text) {
-    while (text.ends_with('/')) {
-        text.pop_back();
-    }
     if (text.find("://") == std::string::npos) {
         text.insert(0, "https://");
     }
     const std::size_t host = text.find("://") + 3;
+    while (text.size() > host && text.ends_with('/')) {
+        text.pop_back();
+    }
     if (host == text.size() || text.find_first_of("/?#@\\", host) != std::string::npos) {
         return std::nullopt;
     }
