@@ -17,7 +17,7 @@ namespace {
 
 using SecretFileTest = OnboardingTest;
 
-std::string modeOf(const QString& path) {
+std::string permissionsOf(const QString& path) {
     struct stat status = {};
     return ::stat(path.toUtf8().constData(), &status) == 0
                ? QString::number(status.st_mode & 07777, 8).toStdString()
@@ -33,7 +33,7 @@ TEST_F(SecretFileTest, KeepsTheCiFileForItsOwnerAlone) {
     EXPECT_THAT(run(line + path).out,
                 HasSubstr("\nCI credential written to " + path.toStdString() +
                           " (owner-only). Quorvelle does not keep a copy.\n"));
-    EXPECT_EQ(modeOf(path), "600");
+    EXPECT_EQ(permissionsOf(path), "600");
     EXPECT_THAT(sandbox.read("ci.env").toStdString(), HasSubstr("TIDE_S3_SECRET=ee511b42dcae"));
 
     // Refused before anything is created: no folder, a pipe that nobody reads (which would
