@@ -8,7 +8,6 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -70,7 +69,8 @@ private:
     mutable std::mutex mutex;
     std::map<std::pair<std::string, std::string>, Answer> answers;
     std::vector<SeenRequest> seen;
-    std::set<std::string> complaints;
+    /// Of the API, also those that were forgotten.
+    std::vector<SeenRequest> asked;
 };
 
 }  // namespace quorvelle::testing
