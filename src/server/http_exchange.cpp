@@ -178,7 +178,13 @@ void HttpExchange::send() {
         outgoing.setRawHeader(name, value);
     }
     findWay(manager, outgoing);
-    if (request.bodyDevice != nullptr) {
+    const bool hasBody =
+        request.bodyDevice != nullptr ? request.bodyDevice->size() > 0 : !request.body.isEmpty();
+    if (request.method == "PUT" && !hasBody) {
+        // With an empty body at hand, the network layer would not tell when the request left.
+        outgoing.setHeader(QNetworkRequest::ContentLengthHeader, 0);
+        reply = manager.sendCustomRequest(outgoing, request.method);
+    } else if (request.bodyDevice != nullptr) {
         request.bodyDevice->seek(0);
         reply = manager.sendCustomRequest(outgoing, request.method, request.bodyDevice);
     } else if (request.method == "POST") {
@@ -197,7 +203,8 @@ void HttpExchange::send() {
     body.clear();
     inflater.reset();
     reply->setReadBufferSize(kReadBufferBytes);
-    idleWatch.watch(*reply, request.method != "GET");
+    idleWatch.watch(*reply, {.changes = request.method != "GET",
+                             .leavesUnseen = request.method == "POST" && !hasBody});
     connect(reply, &QNetworkReply::uploadProgress, this,
             [this](qint64 bytes, qint64) { Q_EMIT sent(bytes); });
     connect(reply, &QNetworkReply::readyRead, this, &HttpExchange::readAvailable);

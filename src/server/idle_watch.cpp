@@ -33,24 +33,33 @@ IdleWatch::IdleWatch(const IdleLimits& wanted, QObject* parent) : QObject(parent
     connect(&timer, &QTimer::timeout, this, [this] { Q_EMIT expired(text); });
 }
 
-void IdleWatch::watch(const QNetworkReply& reply, bool changes) {
+void IdleWatch::watch(const QNetworkReply& reply, const WatchedRequest& request) {
     answered = false;
+    const auto limit = request.changes ? limits.answer : limits.idle;
+    const auto onSent = [this, limit] { waitForBytes(answered ? limits.idle : limit); };
     const auto onBytes = [this] {
         answered = true;
         waitForBytes(limits.idle);
     };
-    connect(&reply, &QNetworkReply::requestSent, this,
-            [this, changes] { waitForBytes(changes && !answered ? limits.answer : limits.idle); });
-    connect(&reply, &QNetworkReply::uploadProgress, this, [this, changes](qint64 sent, qint64 all) {
+    connect(&reply, &QNetworkReply::requestSent, this, onSent);
+    connect(&reply, &QNetworkReply::uploadProgress, this, [this, limit](qint64 sent, qint64 all) {
         // The last report comes with the whole answer once more.
         if (!answered) {
-            waitForBytes(changes && sent == all ? limits.answer : limits.idle);
+            waitForBytes(sent == all ? limit : limits.idle);
         }
     });
     connect(&reply, &QNetworkReply::metaDataChanged, this, onBytes);
     connect(&reply, &QNetworkReply::readyRead, this, onBytes);
     connect(&reply, &QNetworkReply::downloadProgress, this, onBytes);
     connect(&reply, &QNetworkReply::finished, this, &IdleWatch::stop);
+    if (request.leavesUnseen) {
+        connect(&reply, &QNetworkReply::encrypted, this, onSent);
+        if (reply.url().scheme() == QLatin1String("http")) {
+            // The network layer itself gives up a connection after half a minute.
+            onSent();
+            return;
+        }
+    }
     wait(limits.connect,
          QStringLiteral("no connection within %1 s").arg(inSeconds(limits.connect)));
 }

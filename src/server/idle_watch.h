@@ -24,6 +24,14 @@ struct IdleLimits {
 /// of `idle` and `answer`, and `connect` is never longer. Any other text counts as unset.
 IdleLimits idleLimits();
 
+/// What matters of a request.
+struct WatchedRequest {
+    /// It changes something, and may take long to answer.
+    bool changes = false;
+    /// The network layer does not tell when it left, only that a secure connection was made.
+    bool leavesUnseen = false;
+};
+
 /// Notices a request that no longer moves. Whatever still moves, however slowly, goes on:
 /// the network layer alone would wait for ever, and a sync that waits holds its directory's
 /// lock.
@@ -33,9 +41,9 @@ class IdleWatch : public QObject {
 public:
     explicit IdleWatch(const IdleLimits& wanted, QObject* parent = nullptr);
 
-    /// Watches a reply that was just asked for, from its first phase on; `changes` says that
-    /// the request may take long to answer. Ends with the reply, or with the next call.
-    void watch(const QNetworkReply& reply, bool changes);
+    /// Watches a reply that was just asked for, from its first phase on. Ends with the reply,
+    /// or with the next call.
+    void watch(const QNetworkReply& reply, const WatchedRequest& request);
 
     void stop() { timer.stop(); }
 
