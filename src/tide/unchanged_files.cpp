@@ -180,13 +180,12 @@ UnchangedFiles takeUnchanged(const std::vector<ManifestFile>& files, const Targe
         }
     }
     Taker taker(files, target, installed.root, mayLink);
-    // The first one alone finds out what the file system can.
-    const std::size_t first = std::min<std::size_t>(takeovers.size(), 1);
-    if (first == 1) {
-        taker.take(takeovers.front());
+    orderForCores(takeovers, [&](const Takeover& takeover) { return files[takeover.place].size; });
+    if (!takeovers.empty()) {
+        // A small one finds out, alone, what the file system can.
+        taker.take(takeovers.back());
+        workOnCores(takeovers.size() - 1, [&](std::size_t at) { taker.take(takeovers[at]); });
     }
-    workOnCores(takeovers.size() - first,
-                [&](std::size_t at) { taker.take(takeovers[first + at]); });
     for (const Takeover& takeover : takeovers) {
         result.inPlace[takeover.place] = takeover.done;
         if (takeover.done && takeover.shared) {

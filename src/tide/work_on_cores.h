@@ -1,7 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <vector>
 
 namespace tide {
 
@@ -10,5 +13,16 @@ namespace tide {
 /// ended. `work` must not throw.
 void workOnCores(std::size_t count, const std::function<void(std::size_t)>& work,
                  unsigned threads = 0);
+
+/// Puts what takes long before the rest: begun last, it would keep one thread at work after all
+/// others have ended. `bytesOf` tells what is to be read for an item. Small ones stay in their
+/// order, in which they may lie on the disk.
+template <typename Item, typename BytesOf>
+void orderForCores(std::vector<Item>& items, const BytesOf& bytesOf) {
+    constexpr std::uint64_t kSmall = std::uint64_t{4} << 20;
+    std::stable_sort(items.begin(), items.end(), [&](const Item& left, const Item& right) {
+        return std::max(bytesOf(left), kSmall) > std::max(bytesOf(right), kSmall);
+    });
+}
 
 }  // namespace tide

@@ -1,6 +1,5 @@
 #include "tide/chunks/local_index.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -64,10 +63,7 @@ std::vector<IndexedFile> indexFiles(const std::filesystem::path& directory, cons
             unknown.push_back(at);
         }
     }
-    // A large one begun last would keep one thread at work after all others have ended.
-    std::stable_sort(unknown.begin(), unknown.end(), [&](std::size_t left, std::size_t right) {
-        return found[left].stamp.size > found[right].stamp.size;
-    });
+    orderForCores(unknown, [&](std::size_t at) { return found[at].stamp.size; });
     workOnCores(
         unknown.size(),
         [&](std::size_t at) {
