@@ -127,6 +127,9 @@ private:
             if (!source.find(file.chunks[i], part.size(), seeds, bytes, err)) {
                 return false;
             }
+            if (i + 1 < file.chunks.size()) {
+                source.expect(file.chunks[i + 1]);
+            }
             if (!part.append(bytes)) {
                 return fail(err, "write failed for ", files::utf8Text(target.destination(file)));
             }

@@ -49,8 +49,18 @@ bool ChunkSource::find(const ManifestChunk& chunk, std::uint64_t offset,
     return bytes.size() == chunk.length || fail(err, "chunk size mismatch for ", chunk.id);
 }
 
+void ChunkSource::expect(const ManifestChunk& chunk) {
+    const auto known = index.find(chunk.id);
+    if (known != index.end() && !cache.contains(chunk.id)) {
+        ahead.begin(chunk, known->second);
+    }
+}
+
 bool ChunkSource::readFromDisk(const ManifestChunk& chunk, std::uint64_t offset,
                                const std::vector<std::filesystem::path>& seeds) {
+    if (ahead.take(chunk, buffer)) {
+        return true;
+    }
     // The index is a claim about files that may have changed since; read() hashes.
     const auto known = index.find(chunk.id);
     if (known != index.end() && known->second.length == chunk.length &&

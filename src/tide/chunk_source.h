@@ -11,6 +11,7 @@
 #include "tide/chunks/chunk.h"
 #include "tide/manifest/descriptor.h"
 #include "tide/manifest/manifest.h"
+#include "tide/read_ahead.h"
 #include "tide/store/http.h"
 #include "tide/store/storage_provider.h"
 
@@ -32,10 +33,15 @@ public:
     /// Finds a chunk that belongs at `offset` of a file. `seeds` are other versions
     /// of that file: a chunk that the index does not know may well stand at the same
     /// offset there, however it was cut. On success `bytes` is valid until the next
-    /// call of any member; on failure `err`, unless null, is assigned the reason.
+    /// call of find(), markUsed() or fileWritten(); on failure `err`, unless null, is assigned the
+    /// reason.
     bool find(const ManifestChunk& chunk, std::uint64_t offset,
               const std::vector<std::filesystem::path>& seeds, std::string_view& bytes,
               std::string* err);
+
+    /// Says which chunk is asked for next: one that a file of this machine holds is read while
+    /// the bytes found last are written. They stay valid.
+    void expect(const ManifestChunk& chunk);
 
     /// Says that one of the uses of a chunk that the manifest lists is over. Memory
     /// holds chunks that will be asked for again, and no others.
@@ -65,6 +71,7 @@ private:
     std::uint64_t cachedBytes = 0;
     /// The chunk handed out last, unless the cache holds it.
     std::string buffer;
+    ReadAhead ahead;
 };
 
 }  // namespace tide
