@@ -38,30 +38,46 @@ TEST(ChunkSourceTest, MemoryHoldsAtMost256MiB) {
 
 TEST(ChunkSourceTest, APlaceOnDiskIsBelievedOnlyWhenItsBytesHash) {
     const TempDir temp;
-    writeFile(temp / "f", "..wanted..");
-    const ManifestChunk chunk{blake3Hex("wanted"), 6};
+    // Long enough to be read ahead.
+    const std::string wanted(std::size_t{1} << 20, 'w');
+    const std::uint64_t size = wanted.size();
+    writeFile(temp / "f", ".." + wanted + "..");
+    const ManifestChunk chunk{blake3Hex(wanted), size};
     struct Row {
         const char* name;
         ChunkRef place;
         std::size_t fetches;
     };
     const Row rows[] = {
-        {"right", {temp / "f", 2, 6}, 0},        {"wrong offset", {temp / "f", 3, 6}, 1},
-        {"wrong length", {temp / "f", 2, 5}, 1}, {"beyond the end", {temp / "f", 1000, 6}, 1},
-        {"no such file", {temp / "g", 2, 6}, 1},
+        {"right", {temp / "f", 2, size}, 0},
+        {"wrong offset", {temp / "f", 3, size}, 1},
+        {"wrong length", {temp / "f", 2, size - 1}, 1},
+        {"beyond the end", {temp / "f", 2 * size, size}, 1},
+        {"no such file", {temp / "g", 2, size}, 1},
     };
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        MemoryBucket bucket;
-        bucket.objects[bucket.chunkKey(chunk.id)] = "wanted";
-        const ChunkUrls noUrls;
-        ConnectionCache connections;
-        ChunkSource source(bucket, noUrls, connections, {{chunk.id, row.place}},
-                           {{"x", 6, {chunk}}});
-        std::string_view bytes;
-        ASSERT_TRUE(source.find(chunk, 0, {}, bytes, nullptr));
-        EXPECT_EQ(bytes, "wanted");
-        EXPECT_EQ(bucket.fetched.size(), row.fetches);
+        for (const bool expected : {false, true}) {
+            SCOPED_TRACE(row.name);
+            MemoryBucket bucket;
+            bucket.objects[bucket.chunkKey(chunk.id)] = wanted;
+            bucket.objects[bucket.chunkKey(blake3Hex("other"))] = "other";
+            const ChunkUrls noUrls;
+            ConnectionCache connections;
+            ChunkSource source(bucket, noUrls, connections, {{chunk.id, row.place}},
+                               {{"x", size, {chunk}}});
+            std::string_view bytes;
+            if (expected) {
+                // Another one is asked for all the same.
+                source.expect(chunk);
+                ASSERT_TRUE(source.find({blake3Hex("other"), 5}, 0, {}, bytes, nullptr));
+                EXPECT_EQ(bytes, "other");
+                bucket.fetched.clear();
+                source.expect(chunk);
+            }
+            ASSERT_TRUE(source.find(chunk, 0, {}, bytes, nullptr));
+            EXPECT_EQ(bytes, wanted);
+            EXPECT_EQ(bucket.fetched.size(), row.fetches);
+        }
     }
 }
 
