@@ -115,22 +115,22 @@ TideResult assembleStaging(const TideJob& job, const PercentCallback& onPercent,
         lastPercent = percent;
         telling.done(bytes);
     };
-    const tide::KnownCuts known = loadCuts(QString::fromStdString(job.installDir));
     TideResult result;
     std::string error;
-    result.ok = tide::downloadAndAssemble(*bucket,
-                                          {.source = job.source,
-                                           .chunkUrls = *job.chunkUrls,
-                                           .targetDirectory = job.stagingDir,
-                                           .reuseDirectory = job.installDir,
-                                           .known = &known,
-                                           .connections = &connections,
-                                           .onSize = onSize,
-                                           .progress = progress,
-                                           .maxReplaceAttempts = kReplaceAttempts,
-                                           .mayLink = job.mayLink,
-                                           .outcome = &result.outcome},
-                                          &error);
+    result.ok = tide::downloadAndAssemble(
+        *bucket,
+        {.source = job.source,
+         .chunkUrls = *job.chunkUrls,
+         .targetDirectory = job.stagingDir,
+         .reuseDirectory = job.installDir,
+         .known = [&] { return loadCuts(QString::fromStdString(job.installDir)); },
+         .connections = &connections,
+         .onSize = onSize,
+         .progress = progress,
+         .maxReplaceAttempts = kReplaceAttempts,
+         .mayLink = job.mayLink,
+         .outcome = &result.outcome},
+        &error);
     result.text = QString::fromStdString(error);
     if (result.ok && lastPercent < 0 && onPercent) {
         onPercent(0, 0);  // A build of empty files has no chunk to report.

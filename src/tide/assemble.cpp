@@ -270,13 +270,10 @@ LocalIndex indexOfWanted(const std::vector<ManifestFile>& files, const std::vect
 bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std::string* err) {
     ConnectionCache own;
     ConnectionCache& connections = job.connections != nullptr ? *job.connections : own;
-    Json::Value manifest;
     std::vector<ManifestFile> files;
-    if (!fetchManifest(provider, job.source, manifest, err, &connections) ||
-        !readManifestFiles(manifest, files, err)) {
+    if (!fetchManifestFiles(provider, job.source, files, err, &connections)) {
         return false;
     }
-    manifest = {};
     if (job.onSize) {
         job.onSize(std::accumulate(
             files.begin(), files.end(), std::uint64_t{0},
@@ -293,9 +290,8 @@ bool downloadAndAssemble(StorageProvider& provider, const AssemblyJob& job, std:
     {
         const IndexedDirectory staged{target.root(), indexFiles(target.root())};
         const IndexedDirectory installed{
-            reuse, reuse.empty()
-                       ? std::vector<IndexedFile>()
-                       : indexFiles(reuse, job.known != nullptr ? *job.known : KnownCuts())};
+            reuse, reuse.empty() ? std::vector<IndexedFile>()
+                                 : indexFiles(reuse, job.known ? job.known() : KnownCuts())};
         unchanged = takeUnchanged(files, target, staged, installed, job.mayLink);
         if (!hasRoom(target.root(), bytesToWrite(files, unchanged, target, !staged.files.empty()),
                      outcome, err)) {

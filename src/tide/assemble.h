@@ -39,8 +39,9 @@ struct AssemblyJob {
     /// only read and may be empty. UTF-8.
     std::string targetDirectory = {};
     std::string reuseDirectory = {};
-    /// How files of that directory were cut before. Borrowed; may be null.
-    const KnownCuts* known = nullptr;
+    /// Tells how files of that directory were cut before; called once at most, when the
+    /// manifest is known. May be empty.
+    std::function<KnownCuts()> known = {};
     /// Used for every transfer of the run; null stands for one of its own. Borrowed; that of
     /// the provider, where that has one.
     ConnectionCache* connections = nullptr;

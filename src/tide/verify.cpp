@@ -59,6 +59,12 @@ bool verifyFiles(const std::string& installDirectory, const Json::Value& manifes
     if (!readManifestFiles(manifest, files, err)) {
         return false;
     }
+    verifyFiles(installDirectory, files, progress, issue, quick);
+    return true;
+}
+
+void verifyFiles(const std::string& installDirectory, const std::vector<ManifestFile>& files,
+                 const CheckProgress& progress, const IssueCallback& issue, bool quick) {
     const std::filesystem::path directory = files::utf8Path(installDirectory);
     std::uint64_t done = 0;
     std::uint64_t bytes = 0;
@@ -72,16 +78,18 @@ bool verifyFiles(const std::string& installDirectory, const Json::Value& manifes
             progress(++done, files.size(), static_cast<std::int64_t>(bytes));
         }
     }
-    return true;
 }
 
 bool verifyInstall(StorageProvider& provider, const ManifestSource& source,
                    const std::string& installDirectory, const CheckProgress& progress,
                    const IssueCallback& issue, std::string* err, bool quick,
                    ConnectionCache* connections) {
-    Json::Value manifest;
-    return fetchManifest(provider, source, manifest, err, connections) &&
-           verifyFiles(installDirectory, manifest, progress, issue, err, quick);
+    std::vector<ManifestFile> files;
+    if (!fetchManifestFiles(provider, source, files, err, connections)) {
+        return false;
+    }
+    verifyFiles(installDirectory, files, progress, issue, quick);
+    return true;
 }
 
 bool verifyInstall(StorageProvider& provider, const std::string& channel,

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "tide/manifest/manifest.h"
 #include "tide/store/storage_provider.h"
@@ -32,6 +33,10 @@ using IssueCallback = std::function<void(const std::string& path, const std::str
 bool verifyFiles(const std::string& installDirectory, const Json::Value& manifest,
                  const CheckProgress& progress, const IssueCallback& issue, std::string* err,
                  bool quick);
+
+/// The same with a list that was read.
+void verifyFiles(const std::string& installDirectory, const std::vector<ManifestFile>& files,
+                 const CheckProgress& progress, const IssueCallback& issue, bool quick);
 
 /// Fetches the manifest and compares the install directory with it. False, with nothing
 /// compared, when the manifest cannot be had or is refused. `connections` is borrowed and

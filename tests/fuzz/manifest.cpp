@@ -1,5 +1,6 @@
 #include "tide/manifest/manifest.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 
@@ -32,6 +33,28 @@ void expectSafeNames(const std::vector<ManifestFile>& files) {
     expect(!files.empty(), "an accepted manifest lists files");
 }
 
+/// What is read entry by entry is what the text means as a whole.
+void expectSameAsWhole(StorageProvider& bucket, const ManifestSource& source,
+                       const std::vector<ManifestFile>& files, const std::string& err) {
+    Json::Value manifest;
+    std::vector<ManifestFile> whole;
+    std::string reason = "untouched";
+    if (fetchManifest(bucket, source, manifest, &reason)) {
+        readManifestFiles(manifest, whole, &reason);
+    }
+    expect(reason == err, "one reason, in pieces and as a whole");
+    const auto sameChunk = [](const ManifestChunk& left, const ManifestChunk& right) {
+        return left.id == right.id && left.length == right.length;
+    };
+    expect(std::equal(files.begin(), files.end(), whole.begin(), whole.end(),
+                      [&](const ManifestFile& left, const ManifestFile& right) {
+                          return left.path == right.path && left.size == right.size &&
+                                 std::equal(left.chunks.begin(), left.chunks.end(),
+                                            right.chunks.begin(), right.chunks.end(), sameChunk);
+                      }),
+           "the same files, in pieces and as a whole");
+}
+
 }  // namespace
 
 int runManifest(const std::uint8_t* bytes, std::size_t size) {
@@ -41,13 +64,12 @@ int runManifest(const std::uint8_t* bytes, std::size_t size) {
     if (isSigned) {
         bucket.objects[manifestKey("app") + ".sig"] = takeLine(text).substr(kSigned.size());
     }
-    Json::Value manifest;
+    const ManifestSource source{"app", std::string(isSigned ? kPublicKey : "")};
     std::vector<ManifestFile> files;
     std::string err = "untouched";
-    const bool accepted =
-        fetchManifest(bucket, "app", "", isSigned ? kPublicKey : "", "", manifest, &err) &&
-        readManifestFiles(manifest, files, &err);
+    const bool accepted = fetchManifestFiles(bucket, source, files, &err);
     expectReason(accepted, err, "");
+    expectSameAsWhole(bucket, source, files, err);
     if (accepted) {
         expectSafeNames(files);
     } else {

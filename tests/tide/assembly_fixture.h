@@ -28,7 +28,7 @@ protected:
                                              .chunkUrls = urls,
                                              .targetDirectory = files::utf8Text(staging()),
                                              .reuseDirectory = files::utf8Text(temp / "install"),
-                                             .known = &known,
+                                             .known = [this] { return known; },
                                              .progress = noteProgress,
                                              .outcome = &outcome},
                                             &err);

@@ -50,7 +50,7 @@ void cut(const std::filesystem::path& path, IndexedFile& file) {
 
 }  // namespace
 
-std::vector<IndexedFile> indexFiles(const std::filesystem::path& directory, const KnownCuts& known,
+std::vector<IndexedFile> indexFiles(const std::filesystem::path& directory, KnownCuts known,
                                     unsigned threads) {
     std::vector<IndexedFile> found;
     findFilesBelow(directory, {}, found);
@@ -58,7 +58,7 @@ std::vector<IndexedFile> indexFiles(const std::filesystem::path& directory, cons
     for (std::size_t at = 0; at < found.size(); ++at) {
         const auto cutBefore = known.find(found[at].path);
         if (cutBefore != known.end() && cutBefore->second.stamp == found[at].stamp) {
-            found[at].chunks = cutBefore->second.chunks;
+            found[at].chunks = std::move(cutBefore->second.chunks);
         } else {
             unknown.push_back(at);
         }

@@ -39,8 +39,8 @@ inline constexpr std::uint64_t kMinLinkedBytes = std::uint64_t{64} << 10;
 /// threads, the caller's among them; 0 means as many as the machine runs at once. The result
 /// does not depend on their number. Each takes about 1 MiB. A file that cannot be read has no
 /// chunks.
-std::vector<IndexedFile> indexFiles(const std::filesystem::path& directory,
-                                    const KnownCuts& known = {}, unsigned threads = 0);
+std::vector<IndexedFile> indexFiles(const std::filesystem::path& directory, KnownCuts known = {},
+                                    unsigned threads = 0);
 
 /// Adds the chunks of these files below `directory` that `wanted` asks for (an empty function
 /// asks for all); a chunk that the index holds already keeps its place, and of several files

@@ -4,9 +4,12 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "tide/error.h"
+#include "tide/manifest/manifest_file_list.h"
+#include "tide/manifest/manifest_pieces.h"
 #include "tide/manifest/signature.h"
 
 namespace tide {
@@ -71,6 +74,61 @@ std::size_t countValues(std::string_view json) {
            }));
 }
 
+bool isVerified(const ManifestSource& source) {
+    return !source.publicKeys.empty();
+}
+
+/// The manifest's text, vouched for where it has to be.
+bool fetchText(StorageProvider& provider, const ManifestSource& source,
+               ConnectionCache* connections, std::string& body, std::string* err) {
+    const bool verified = isVerified(source);
+    // A signature says more than the way that the bytes took.
+    const HttpOptions options{.connections = connections,
+                              .httpsOnly = source.httpsOnly && !verified};
+    if (!fetchBody(provider, source, options, body, err)) {
+        return false;
+    }
+    // Before anything is read from it: a parser is not for bytes that nobody vouches for.
+    if (verified) {
+        std::string signature;
+        if (!fetchSignature(provider, source, options, signature)) {
+            return fail(err, "channel '", source.channel,
+                        "' has no signature but verification is required");
+        }
+        if (!verifyEd25519(source.publicKeys, body, signature, err)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Reads a text entry by entry; false where it has to be read as a whole, be it for the reason
+/// why it is refused.
+bool readInPieces(std::string_view text, Json::Value& head, ManifestFileList& list) {
+    if (countValues(text) > kMaxManifestValues) {
+        return false;
+    }
+    const std::optional<ManifestPieces> pieces = takeApart(text);
+    if (!pieces || pieces->files.empty() || !parseManifest(pieces->head, head, nullptr)) {
+        return false;
+    }
+    // An entry must be all of its piece, as it would have to be between two commas.
+    Json::CharReaderBuilder builder;
+    builder["failIfExtra"] = true;
+    builder["strictRoot"] = true;
+    builder["skipBom"] = false;
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    list.reserve(pieces->files.size());
+    return std::all_of(pieces->files.begin(), pieces->files.end(), [&](std::string_view piece) {
+        Json::Value entry;
+        if (!reader->parse(piece.data(), piece.data() + piece.size(), &entry, nullptr)) {
+            return false;
+        }
+        list.add(entry);
+        return true;
+    });
+}
+
 }  // namespace
 
 std::string manifestKey(const std::string& channel) {
@@ -98,32 +156,33 @@ bool parseManifest(std::string_view body, Json::Value& out, std::string* err,
 
 bool fetchManifest(StorageProvider& provider, const ManifestSource& source, Json::Value& out,
                    std::string* err, ConnectionCache* connections) {
-    const bool verified = !source.publicKeys.empty();
-    // A signature says more than the way that the bytes took.
-    const HttpOptions options{.connections = connections,
-                              .httpsOnly = source.httpsOnly && !verified};
     std::string body;
-    if (!fetchBody(provider, source, options, body, err)) {
-        return false;
-    }
-    // Before anything is read from it: a parser is not for bytes that nobody vouches for.
-    if (verified) {
-        std::string signature;
-        if (!fetchSignature(provider, source, options, signature)) {
-            return fail(err, "channel '", source.channel,
-                        "' has no signature but verification is required");
-        }
-        if (!verifyEd25519(source.publicKeys, body, signature, err)) {
-            return false;
-        }
-    }
     Json::Value manifest;
-    if (!parseManifest(body, manifest, err) ||
-        !checkManifest(manifest, source.channel, verified, err)) {
+    if (!fetchText(provider, source, connections, body, err) ||
+        !parseManifest(body, manifest, err) ||
+        !checkManifest(manifest, source.channel, isVerified(source), err)) {
         return false;
     }
     out = std::move(manifest);
     return true;
+}
+
+bool fetchManifestFiles(StorageProvider& provider, const ManifestSource& source,
+                        std::vector<ManifestFile>& files, std::string* err,
+                        ConnectionCache* connections) {
+    std::string body;
+    if (!fetchText(provider, source, connections, body, err)) {
+        return false;
+    }
+    const bool verified = isVerified(source);
+    Json::Value manifest;
+    ManifestFileList list;
+    if (readInPieces(body, manifest, list)) {
+        return checkManifest(manifest, source.channel, verified, err) && list.take(files, err);
+    }
+    return parseManifest(body, manifest, err) &&
+           checkManifest(manifest, source.channel, verified, err) &&
+           readManifestFiles(manifest, files, err);
 }
 
 bool fetchManifest(StorageProvider& provider, const std::string& channel,

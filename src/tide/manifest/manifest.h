@@ -81,4 +81,11 @@ struct ManifestFile {
 bool readManifestFiles(const Json::Value& manifest, std::vector<ManifestFile>& files,
                        std::string* err);
 
+/// fetchManifest() and readManifestFiles() in one, with the same outcome and reasons, but
+/// without a tree of all values: it takes little more memory than the manifest's text and the
+/// files read from it.
+bool fetchManifestFiles(StorageProvider& provider, const ManifestSource& source,
+                        std::vector<ManifestFile>& files, std::string* err,
+                        ConnectionCache* connections = nullptr);
+
 }  // namespace tide

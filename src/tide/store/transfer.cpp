@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <new>
 
@@ -35,12 +36,20 @@ constexpr long kKeepAliveSeconds = 60;
 
 // What goes through libcurl's callbacks.
 struct Streams {
+    CURL* easy = nullptr;
     std::string* body = nullptr;
     std::uint64_t maxBody = 0;
     std::uint64_t headerBytes = 0;
     const std::string* payload = nullptr;
     std::size_t sent = 0;
 };
+
+/// As far as the headers tell it; else 0.
+std::uint64_t lengthOf(CURL* easy) {
+    curl_off_t length = -1;
+    curl_easy_getinfo(easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+    return length < 0 ? 0 : static_cast<std::uint64_t>(length);
+}
 
 // Any return value but the number of bytes ends the transfer as failed.
 std::size_t receive(const char* bytes, std::size_t, std::size_t count, void* context) noexcept {
@@ -49,6 +58,11 @@ std::size_t receive(const char* bytes, std::size_t, std::size_t count, void* con
         return 0;
     }
     try {
+        if (streams.body->empty()) {
+            // Grown step by step, a large body would take up to twice its size for a while.
+            streams.body->reserve(
+                static_cast<std::size_t>(std::min(lengthOf(streams.easy), streams.maxBody)));
+        }
         streams.body->append(bytes, count);
     } catch (const std::bad_alloc&) {
         return 0;
@@ -124,6 +138,7 @@ Transfer::Transfer(const std::string& url, std::uint64_t maxBody, ConnectionCach
     if (easy == nullptr) {
         return;
     }
+    handle->streams.easy = easy;
     handle->streams.body = &body;
     handle->streams.maxBody = maxBody;
     handle->url = url;
@@ -303,9 +318,7 @@ std::optional<std::chrono::seconds> Transfer::retryAfter() const {
 }
 
 std::uint64_t Transfer::declaredLength() const {
-    curl_off_t length = -1;
-    curl_easy_getinfo(handle->easy, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
-    return length < 0 ? 0 : static_cast<std::uint64_t>(length);
+    return lengthOf(handle->easy);
 }
 
 }  // namespace tide
