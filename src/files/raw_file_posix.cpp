@@ -34,13 +34,6 @@ int descriptorOf(std::intptr_t handle) {
 RawFile::RawFile(const std::filesystem::path& path, For purpose)
     : handle(::open(path.c_str(), flagsFor(purpose) | O_CLOEXEC, kUnmasked)) {}
 
-RawFile::~RawFile() {
-    close();
-}
-
-RawFile::RawFile(RawFile&& other) noexcept
-    : handle(std::exchange(other.handle, kNone)), heldByOthers(other.heldByOthers) {}
-
 std::optional<std::size_t> RawFile::read(std::uint64_t offset, std::span<char> space) {
     std::size_t done = 0;
     while (done < space.size()) {

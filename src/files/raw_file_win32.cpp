@@ -44,13 +44,6 @@ RawFile::RawFile(const std::filesystem::path& path, For purpose) {
     heldByOthers = refused == ERROR_SHARING_VIOLATION;
 }
 
-RawFile::~RawFile() {
-    close();
-}
-
-RawFile::RawFile(RawFile&& other) noexcept
-    : handle(std::exchange(other.handle, kNone)), heldByOthers(other.heldByOthers) {}
-
 std::optional<std::size_t> RawFile::read(std::uint64_t offset, std::span<char> space) {
     std::size_t done = 0;
     while (done < space.size()) {
