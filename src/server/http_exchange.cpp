@@ -1,7 +1,6 @@
 #include "server/http_exchange.h"
 
 #include <QIODevice>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QSslConfiguration>
@@ -17,17 +16,6 @@ namespace quorvelle {
 
 namespace {
 
-constexpr qint64 kMaxKeptBytes = 256LL * 1024 * 1024;
-constexpr qint64 kAnyRatioBytes = 1024 * 1024;
-constexpr qint64 kMaxExpansion = 200;
-// What a compressed reply may come to in memory once it is read: of its first MiB on the
-// wire, and of each byte that follows.
-constexpr qint64 kMaxMemory = 160LL * 1024 * 1024;
-constexpr qint64 kMaxMemoryExpansion = 2000;
-// What a byte and a value of a JSON text come to, copies included.
-constexpr qint64 kMemoryOfByte = 5;
-constexpr qint64 kMemoryOfValue = 100;
-constexpr qint64 kMaxErrorBytes = 16LL * 1024 * 1024;
 constexpr qint64 kReadBufferBytes = 1024 * 1024;
 constexpr int kMaxRedirects = 10;
 
@@ -116,18 +104,11 @@ bool isRefusedRewind(const QNetworkReply& reply) {
     return reply.error() == QNetworkReply::ContentReSendError && statusOf(reply) >= 300;
 }
 
-/// Empty for a body that is sent as it is.
-QByteArray contentCoding(const QNetworkReply& reply) {
-    const QByteArray coding = reply.rawHeader("Content-Encoding").trimmed().toLower();
-    return coding == "identity" ? QByteArray() : coding;
-}
-
-/// Whether a body that is said to be JSON begins as a document and does not end as one.
-bool isUnfinishedJson(const QNetworkReply& reply, const QByteArray& body) {
-    const QByteArray type = reply.rawHeader("Content-Type").trimmed().toLower();
-    const QByteArray text = body.trimmed();
-    return type.startsWith("application/json") && (text.startsWith('{') || text.startsWith('[')) &&
-           QJsonDocument::fromJson(text).isNull();
+ReplyHead headOf(const QNetworkReply& reply) {
+    return {.status = statusOf(reply),
+            .coding = reply.rawHeader("Content-Encoding"),
+            .type = reply.rawHeader("Content-Type"),
+            .tellsLength = reply.hasRawHeader("Content-Length")};
 }
 
 }  // namespace
@@ -144,12 +125,10 @@ HttpExchange::~HttpExchange() {
     }
 }
 
-void HttpExchange::streamTo(Sink newSink) {
-    sink = std::move(newSink);
-}
-
-void HttpExchange::expectLength(std::optional<qint64> bytes) {
-    expectedLength = bytes;
+void HttpExchange::streamTo(Sink sink) {
+    body.streamTo([this, sink = std::move(sink)](const QByteArray& bytes) {
+        return sink(bytes) && abortReason.isEmpty();
+    });
 }
 
 void HttpExchange::start() {
@@ -197,11 +176,7 @@ void HttpExchange::send() {
         reply = manager.put(outgoing, request.body);
     }
     status = 0;
-    taken = 0;
-    received = 0;
-    values = 0;
-    body.clear();
-    inflater.reset();
+    body.begin();
     reply->setReadBufferSize(kReadBufferBytes);
     idleWatch.watch(*reply, {.changes = request.method != "GET",
                              .leavesUnseen = request.method == "POST" && !hasBody});
@@ -240,63 +215,10 @@ void HttpExchange::readAvailable() {
         return;
     }
     status = statusOf(*reply);
-    received += bytes.size();
-    if (!decode(bytes)) {
-        if (abortReason.isEmpty()) {
-            abortReason = QStringLiteral("the compressed reply is damaged");
-        }
+    if (const QString problem = body.take(headOf(*reply), bytes); !problem.isEmpty()) {
+        abortReason = problem;
         reply->abort();
     }
-}
-
-bool HttpExchange::decode(const QByteArray& bytes) {
-    const QByteArray coding = contentCoding(*reply);
-    if (coding.isEmpty()) {
-        return take(bytes);
-    }
-    if (coding != "gzip" && coding != "x-gzip" && coding != "deflate") {
-        abortReason = QStringLiteral("the reply has the unknown content coding \"%1\"")
-                          .arg(QString::fromLatin1(coding));
-        return false;
-    }
-    if (!inflater) {
-        inflater.emplace();
-    }
-    return inflater->feed(bytes, [this](const QByteArray& piece) { return take(piece); });
-}
-
-bool HttpExchange::take(const QByteArray& bytes) {
-    taken += bytes.size();
-    const bool isError = status >= 300;
-    if (sink && !isError) {
-        if (!sink(bytes)) {
-            abortReason = QStringLiteral("the reply could not be stored");
-        }
-        return abortReason.isEmpty();
-    }
-    values += std::count_if(bytes.begin(), bytes.end(),
-                            [](char c) { return c == ',' || c == ':' || c == '[' || c == '{'; });
-    if (!mayKeep(bytes.size())) {
-        abortReason = QStringLiteral("the compressed reply is damaged");
-        return false;
-    }
-    const qint64 most = isError ? kMaxErrorBytes : kMaxKeptBytes;
-    if (body.size() + bytes.size() > most) {
-        abortReason = QStringLiteral("the reply is larger than %1 MiB").arg(most / (1024 * 1024));
-        return false;
-    }
-    body += bytes;
-    return true;
-}
-
-/// A few KiB that unfold to gigabytes are no document.
-bool HttpExchange::mayKeep(qsizetype more) const {
-    const qint64 size = body.size() + more;
-    const qint64 memory = kMemoryOfByte * size + kMemoryOfValue * values;
-    const qint64 furtherBytes = std::max<qint64>(received - kAnyRatioBytes, 0);
-    return !inflater || size <= kAnyRatioBytes ||
-           (size / kMaxExpansion <= received &&
-            memory <= kMaxMemory + kMaxMemoryExpansion * furtherBytes);
 }
 
 void HttpExchange::onReplyFinished() {
@@ -319,7 +241,7 @@ void HttpExchange::onReplyFinished() {
         }
     } else if (status < 200) {
         conclude(QStringLiteral("the server sent no final answer"));
-    } else if (isCutShort()) {
+    } else if (body.isCutShort(headOf(*reply))) {
         conclude(QStringLiteral("the reply is cut short"));
     } else {
         conclude({});
@@ -348,32 +270,10 @@ bool HttpExchange::followRedirect(const QUrl& target) {
     return true;
 }
 
-bool HttpExchange::isCutShort() const {
-    if (inflater) {
-        return !inflater->isComplete();
-    }
-    if (reply->hasRawHeader("Content-Length")) {
-        return false;
-    }
-    if (!contentCoding(*reply).isEmpty()) {
-        return true;  // Even an empty body is some bytes of a compressed stream.
-    }
-    // The network layer takes a chunked body without its end for a whole one, now and then.
-    return sink ? expectedLength && *expectedLength != taken : isUnfinishedJson(*reply, body);
-}
-
 void HttpExchange::conclude(const QString& reason) {
     failure = reason;
     failed = failed || !reason.isEmpty();
     Q_EMIT finished();
-}
-
-QJsonObject HttpExchange::object() const {
-    return QJsonDocument::fromJson(body).object();
-}
-
-bool HttpExchange::isOtherThanObject() const {
-    return !body.isEmpty() && !QJsonDocument::fromJson(body).isObject();
 }
 
 QString HttpExchange::failureReason() const {

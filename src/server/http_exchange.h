@@ -14,7 +14,7 @@
 #include <optional>
 
 #include "server/idle_watch.h"
-#include "server/inflater.h"
+#include "server/reply_body.h"
 
 class QIODevice;
 class QNetworkAccessManager;
@@ -57,23 +57,21 @@ class HttpExchange : public QObject {
 public:
     /// Takes the next bytes of a successful reply's body; false ends the exchange as
     /// failed.
-    using Sink = std::function<bool(const QByteArray& bytes)>;
+    using Sink = ReplyBody::Sink;
 
     /// The manager must outlive the exchange.
     HttpExchange(QNetworkAccessManager& network, HttpRequest outgoing, QObject* parent = nullptr);
     ~HttpExchange() override;
 
     /// Hands a successful reply's body to `sink` as it arrives, so that memory does
-    /// not grow with it; without one the body is kept, up to 256 MiB, and of a compressed
-    /// one past its first MiB up to 200 times what came over the wire, and no more than what
-    /// 160 MiB of memory hold once it is read, if at most 1 MiB came over the wire. To be
+    /// not grow with it; without one the body is kept, within the bounds of ReplyBody. To be
     /// called before start().
     void streamTo(Sink sink);
 
     /// The length in bytes that a successful body has by another source, or nothing. A
     /// reply that tells no length of its own fails when it has another: the network layer
     /// may take a chunked body that was cut short for a whole one.
-    void expectLength(std::optional<qint64> bytes);
+    void expectLength(std::optional<qint64> bytes) { body.expectLength(bytes); }
 
     void start();
 
@@ -87,13 +85,13 @@ public:
     bool succeeded() const { return !failed; }
 
     /// The body of a reply that was not streamed.
-    const QByteArray& bytes() const { return body; }
+    const QByteArray& bytes() const { return body.bytes(); }
 
     /// The same as a JSON object; empty when it is none.
-    QJsonObject object() const;
+    QJsonObject object() const { return body.object(); }
 
     /// Whether there is a body and it is no JSON object.
-    bool isOtherThanObject() const;
+    bool isOtherThanObject() const { return body.isOtherThanObject(); }
 
     /// The HTTP status of the reply, 0 when none arrived.
     int statusCode() const { return status; }
@@ -120,25 +118,13 @@ private:
     void onReplyFinished();
     void conclude(const QString& reason);
     bool followRedirect(const QUrl& target);
-    bool decode(const QByteArray& bytes);
-    bool take(const QByteArray& bytes);
-    bool isCutShort() const;
-    bool mayKeep(qsizetype more) const;
 
     QNetworkAccessManager& manager;
     HttpRequest request;
-    Sink sink;
     /// Owned by the manager, which may end before this object.
     QPointer<QNetworkReply> reply;
-    /// Of the current reply, when its body is compressed.
-    std::optional<Inflater> inflater;
-    QByteArray body;
-    std::optional<qint64> expectedLength;
-    qint64 taken = 0;
-    /// Bytes of the body as they came, still compressed.
-    qint64 received = 0;
-    /// At least as many as the kept body has JSON values.
-    qint64 values = 0;
+    /// Of the current reply.
+    ReplyBody body;
     int status = 0;
     int redirects = 0;
     /// Why the exchange failed where the network layer does not say so itself.
