@@ -195,19 +195,14 @@ Reply schedule(const Call& call, Service& s) {
 }  // namespace
 
 void addBackupEndpoints(Router& router, Service& s) {
-    const auto add = [&](const char* method, QStringView path, auto endpoint) {
-        router.add(method, path, endpoint, Router::Access::kAdmin);
-    };
-    add("POST", u"api/backup", [&s](const Call&) { return makeBackup(s); });
-    add("GET", u"api/backups", [&s](const Call&) { return showBackups(s); });
-    add("POST", u"api/backup/init", [&s](const Call& call) { return initBackups(call, s); });
-    add("PUT", u"api/backup/config", [&s](const Call& call) { return schedule(call, s); });
-    add("DELETE", u"api/backup/config", [&s](const Call&) {
-        return s.settings.with([](QJsonObject& settings) -> Reply {
-            settings.remove(u"backups");
-            return QJsonObject();
-        });
-    });
+    router.addForAdmins("POST", u"api/backup", [&s](const Call&) { return makeBackup(s); });
+    router.addForAdmins("GET", u"api/backups", [&s](const Call&) { return showBackups(s); });
+    router.addForAdmins("POST", u"api/backup/init",
+                        [&s](const Call& call) { return initBackups(call, s); });
+    router.addForAdmins("PUT", u"api/backup/config",
+                        [&s](const Call& call) { return schedule(call, s); });
+    router.addForAdmins("DELETE", u"api/backup/config",
+                        [&s](const Call&) { return s.settings.remove(QStringLiteral("backups")); });
 }
 
 }  // namespace quorvelle::devserver

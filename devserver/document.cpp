@@ -37,4 +37,18 @@ Reply Document::with(const std::function<Reply(QJsonObject&)>& work) {
     return reply;
 }
 
+Reply Document::set(const QString& name, const QJsonObject& value, const QJsonObject& reply) {
+    return with([&](QJsonObject& whole) -> Reply {
+        whole[name] = value;
+        return reply;
+    });
+}
+
+Reply Document::remove(const QString& name) {
+    return with([&](QJsonObject& whole) -> Reply {
+        whole.remove(name);
+        return QJsonObject();
+    });
+}
+
 }  // namespace quorvelle::devserver

@@ -23,6 +23,12 @@ public:
     /// Lets `work` read or change the object. What it changed is kept unless it refuses.
     Reply with(const std::function<Reply(QJsonObject&)>& work);
 
+    /// Sets one member, and answers with `reply` once that is kept.
+    Reply set(const QString& name, const QJsonObject& value, const QJsonObject& reply);
+
+    /// Takes one member out, if it is there; answers with an empty object.
+    Reply remove(const QString& name);
+
 private:
     const QString file;
     mutable std::mutex mutex;

@@ -40,10 +40,7 @@ Reply install(const Call& call, Service& s) {
         return Refusal{400, QStringLiteral("a license names its tier, its licensee and the day "
                                            "it expires on")};
     }
-    const Reply reply = s.settings.with([&](QJsonObject& settings) -> Reply {
-        settings[u"license"] = license;
-        return QJsonObject();
-    });
+    const Reply reply = s.settings.set(QStringLiteral("license"), license, {});
     return std::holds_alternative<Refusal>(reply) ? reply : showLicense(s);
 }
 
@@ -78,20 +75,16 @@ Reply showPortal(const Call& call, const Service& s) {
 }  // namespace
 
 void addLicenseEndpoints(Router& router, Service& s) {
-    using Access = Router::Access;
-    router.add(
-        "GET", u"api/license", [&s](const Call&) { return showLicense(s); }, Access::kAdmin);
-    router.add(
-        "POST", u"api/license", [&s](const Call& call) { return install(call, s); },
-        Access::kAdmin);
+    router.addForAdmins("GET", u"api/license", [&s](const Call&) { return showLicense(s); });
+    router.addForAdmins("POST", u"api/license",
+                        [&s](const Call& call) { return install(call, s); });
     // A licensing service knows its clients, not this server's users.
-    router.add("POST", u"api/trial", giveTrial, Access::kOpen);
-    router.add(
-        "GET", u"api/cloud/portal", [&s](const Call& call) { return linkToPortal(call, s); },
-        Access::kAdmin);
+    router.add("POST", u"api/trial", giveTrial, Router::Access::kOpen);
+    router.addForAdmins("GET", u"api/cloud/portal",
+                        [&s](const Call& call) { return linkToPortal(call, s); });
     router.add(
         "GET", u"cloud/portal", [&s](const Call& call) { return showPortal(call, s); },
-        Access::kOpen);
+        Router::Access::kOpen);
 }
 
 }  // namespace quorvelle::devserver

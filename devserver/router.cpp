@@ -65,6 +65,18 @@ QJsonObject jsonBody(const Call& call) {
                                                      : QJsonObject();
 }
 
+std::optional<Refusal> takeTexts(const QJsonObject& given, const QStringList& names,
+                                 const QString& what, QJsonObject& taken) {
+    for (const QString& name : names) {
+        const QString text = given[name].toString();
+        if (text.isEmpty()) {
+            return Refusal{400, QStringLiteral("%1 needs '%2'").arg(what, name)};
+        }
+        taken[name] = text;
+    }
+    return std::nullopt;
+}
+
 Reply withFlag(const Call& call, QStringView item, const std::function<Reply(bool)>& work,
                const QString& missing) {
     const QString value = call.item(item, missing);

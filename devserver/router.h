@@ -69,6 +69,11 @@ struct Call {
 /// The JSON object in a request's body; empty when it holds none, or more than 64 KiB.
 QJsonObject jsonBody(const Call& call);
 
+/// Copies these texts from what was given into `taken`. The refusal "<what> needs '<name>'" where
+/// one is missing or empty.
+std::optional<Refusal> takeTexts(const QJsonObject& given, const QStringList& names,
+                                 const QString& what, QJsonObject& taken);
+
 /// Answers with what `work` makes of a query item that is "true" or "false". Any other text
 /// is refused; where the item is missing, `missing` stands for it.
 Reply withFlag(const Call& call, QStringView item, const std::function<Reply(bool)>& work,
@@ -91,6 +96,11 @@ public:
     /// a time.
     void add(const std::string& method, QStringView pattern, Endpoint endpoint,
              Access access = Access::kWithToken);
+
+    /// Adds one for administrators.
+    void addForAdmins(const std::string& method, QStringView pattern, Endpoint endpoint) {
+        add(method, pattern, std::move(endpoint), Access::kAdmin);
+    }
 
     /// Begins to append one line per answered request to a file, or to none when the path is
     /// empty: method, path as sent (without the query), status, and the reply's body in

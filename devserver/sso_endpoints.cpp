@@ -30,17 +30,14 @@ Reply setConfig(const Call& call, Service& s) {
     if (config[u"scopes"].toString().isEmpty()) {
         config[u"scopes"] = QStringLiteral("openid profile email");
     }
-    for (const QString& key :
-         {QStringLiteral("issuer"), QStringLiteral("client_id"), QStringLiteral("client_secret")}) {
-        config[key] = given[key].toString();
-        if (config[key].toString().isEmpty()) {
-            return Refusal{400, QStringLiteral("a single sign-on needs '%1'").arg(key)};
-        }
+    if (const auto refusal = takeTexts(given,
+                                       {QStringLiteral("issuer"), QStringLiteral("client_id"),
+                                        QStringLiteral("client_secret")},
+                                       QStringLiteral("a single sign-on"), config)) {
+        return *refusal;
     }
-    return s.settings.with([&](QJsonObject& settings) -> Reply {
-        settings[u"sso"] = config;
-        return QJsonObject{{QStringLiteral("issuer"), config[u"issuer"]}};
-    });
+    return s.settings.set(QStringLiteral("sso"), config,
+                          {{QStringLiteral("issuer"), config[u"issuer"]}});
 }
 
 /// Asks the provider for its description of itself.
@@ -120,29 +117,23 @@ Reply setMapping(const Call& call, Service& s) {
     if (!isRole(byDefault)) {
         return noRole(byDefault);
     }
-    return s.settings.with([&](QJsonObject& settings) -> Reply {
-        settings[u"sso_mapping"] = mapping;
-        return QJsonObject{{QStringLiteral("mapping"), mapping}};
-    });
+    return s.settings.set(QStringLiteral("sso_mapping"), mapping,
+                          {{QStringLiteral("mapping"), mapping}});
 }
 
 }  // namespace
 
 void addSsoEndpoints(Router& router, Service& s) {
-    const auto add = [&](const char* method, QStringView path, auto endpoint) {
-        router.add(method, path, endpoint, Router::Access::kAdmin);
-    };
-    add("GET", u"api/sso/config", [&s](const Call&) { return showConfig(s); });
-    add("PUT", u"api/sso/config", [&s](const Call& call) { return setConfig(call, s); });
-    add("POST", u"api/sso/config/test", [&s](const Call&) { return testConfig(s); });
-    add("DELETE", u"api/sso/config", [&s](const Call&) {
-        return s.settings.with([](QJsonObject& settings) -> Reply {
-            settings.remove(u"sso");
-            return QJsonObject();
-        });
-    });
-    add("GET", u"api/sso/mapping", [&s](const Call&) { return showMapping(s); });
-    add("PUT", u"api/sso/mapping", [&s](const Call& call) { return setMapping(call, s); });
+    router.addForAdmins("GET", u"api/sso/config", [&s](const Call&) { return showConfig(s); });
+    router.addForAdmins("PUT", u"api/sso/config",
+                        [&s](const Call& call) { return setConfig(call, s); });
+    router.addForAdmins("POST", u"api/sso/config/test",
+                        [&s](const Call&) { return testConfig(s); });
+    router.addForAdmins("DELETE", u"api/sso/config",
+                        [&s](const Call&) { return s.settings.remove(QStringLiteral("sso")); });
+    router.addForAdmins("GET", u"api/sso/mapping", [&s](const Call&) { return showMapping(s); });
+    router.addForAdmins("PUT", u"api/sso/mapping",
+                        [&s](const Call& call) { return setMapping(call, s); });
     router.add("GET", QString(kDiscovery).mid(1), describe, Router::Access::kOpen);
 }
 

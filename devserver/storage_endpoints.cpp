@@ -26,20 +26,16 @@ Reply showStorage(const Service& s) {
 }
 
 Reply setStorage(const Call& call, Service& s) {
-    const QJsonObject given = jsonBody(call);
     QJsonObject storage;
-    for (const QString& key :
-         {QStringLiteral("endpoint"), QStringLiteral("region"), QStringLiteral("bucket"),
-          QStringLiteral("access_key"), QStringLiteral("secret_key")}) {
-        storage[key] = given[key].toString();
-        if (storage[key].toString().isEmpty()) {
-            return Refusal{400, QStringLiteral("build storage needs '%1'").arg(key)};
-        }
+    if (const auto refusal = takeTexts(
+            jsonBody(call),
+            {QStringLiteral("endpoint"), QStringLiteral("region"), QStringLiteral("bucket"),
+             QStringLiteral("access_key"), QStringLiteral("secret_key")},
+            QStringLiteral("build storage"), storage)) {
+        return *refusal;
     }
-    return s.settings.with([&](QJsonObject& settings) -> Reply {
-        settings[u"storage"] = storage;
-        return QJsonObject{{QStringLiteral("bucket"), storage[u"bucket"]}};
-    });
+    return s.settings.set(QStringLiteral("storage"), storage,
+                          {{QStringLiteral("bucket"), storage[u"bucket"]}});
 }
 
 Reply testStorage(const Service& s) {
@@ -70,18 +66,12 @@ Reply testStorage(const Service& s) {
 }  // namespace
 
 void addStorageEndpoints(Router& router, Service& s) {
-    const auto add = [&](const char* method, QStringView path, auto endpoint) {
-        router.add(method, path, endpoint, Router::Access::kAdmin);
-    };
-    add("GET", u"api/storage", [&s](const Call&) { return showStorage(s); });
-    add("PUT", u"api/storage", [&s](const Call& call) { return setStorage(call, s); });
-    add("POST", u"api/storage/test", [&s](const Call&) { return testStorage(s); });
-    add("DELETE", u"api/storage", [&s](const Call&) {
-        return s.settings.with([](QJsonObject& settings) -> Reply {
-            settings.remove(u"storage");
-            return QJsonObject();
-        });
-    });
+    router.addForAdmins("GET", u"api/storage", [&s](const Call&) { return showStorage(s); });
+    router.addForAdmins("PUT", u"api/storage",
+                        [&s](const Call& call) { return setStorage(call, s); });
+    router.addForAdmins("POST", u"api/storage/test", [&s](const Call&) { return testStorage(s); });
+    router.addForAdmins("DELETE", u"api/storage",
+                        [&s](const Call&) { return s.settings.remove(QStringLiteral("storage")); });
 }
 
 }  // namespace quorvelle::devserver
