@@ -14,40 +14,20 @@ namespace fs = std::filesystem;
 /// What Windows takes at most, in characters.
 constexpr DWORD kLongestPath = 32768;
 
-/// An open file or directory; nothing where it could not be opened.
-class Opened {
-public:
-    Opened(const fs::path& path, DWORD access, DWORD flags = 0,
-           win32::Patience patience = win32::Patience::kNone) {
-        const fs::path name = openable(path);
-        win32::patiently(
-            [&] {
-                handle = CreateFileW(name.c_str(), access, win32::kShareAll, nullptr, OPEN_EXISTING,
-                                     FILE_ATTRIBUTE_NORMAL | flags, nullptr);
-                return isOpen();
-            },
-            patience);
-    }
-    ~Opened() {
-        if (isOpen()) {
-            CloseHandle(handle);
-        }
-    }
-    Opened(const Opened&) = delete;
-    Opened& operator=(const Opened&) = delete;
-
-    bool isOpen() const { return handle != INVALID_HANDLE_VALUE; }
-    HANDLE get() const { return handle; }
-
-    std::optional<BY_HANDLE_FILE_INFORMATION> information() const {
-        BY_HANDLE_FILE_INFORMATION found = {};
-        return isOpen() && GetFileInformationByHandle(handle, &found) != 0 ? std::optional(found)
-                                                                           : std::nullopt;
-    }
-
-private:
+/// The file or directory opened without keeping anybody from it.
+win32::Handle opened(const fs::path& path, DWORD access, DWORD flags = 0,
+                     win32::Patience patience = win32::Patience::kNone) {
+    const fs::path name = openable(path);
     HANDLE handle = INVALID_HANDLE_VALUE;
-};
+    win32::patiently(
+        [&] {
+            handle = CreateFileW(name.c_str(), access, win32::kShareAll, nullptr, OPEN_EXISTING,
+                                 FILE_ATTRIBUTE_NORMAL | flags, nullptr);
+            return handle != INVALID_HANDLE_VALUE;
+        },
+        patience);
+    return win32::Handle(handle);
+}
 
 bool removeOne(const std::wstring& path, bool directory) {
     const DWORD error = win32::patiently([&] {
@@ -72,8 +52,8 @@ EntryKind entryKind(const fs::path& path) {
     if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
         return windowsEntryKind(attributes, 0);
     }
-    const Opened entry(path, FILE_READ_ATTRIBUTES,
-                       FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS);
+    const win32::Handle entry = opened(path, FILE_READ_ATTRIBUTES,
+                                       FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS);
     return win32::kindOf(entry.get(), attributes);
 }
 
@@ -81,7 +61,7 @@ fs::path behindLink(const fs::path& path) {
     if (entryKind(path) != EntryKind::kOther || !win32::isDirectory(openable(path))) {
         return path;
     }
-    const Opened target(path, 0, FILE_FLAG_BACKUP_SEMANTICS);
+    const win32::Handle target = opened(path, 0, FILE_FLAG_BACKUP_SEMANTICS);
     std::wstring name(kLongestPath, L'\0');
     const DWORD length =
         target.isOpen() ? GetFinalPathNameByHandleW(target.get(), name.data(), kLongestPath, 0) : 0;
@@ -110,12 +90,12 @@ bool isMountPoint(const fs::path& directory) {
 }
 
 bool isUnsharedFile(const fs::path& path) {
-    const auto found = Opened(path, 0).information();
+    const auto found = opened(path, 0).information();
     return entryKind(path) == EntryKind::kFile && found && found->nNumberOfLinks == 1;
 }
 
 std::optional<std::uint64_t> fileSize(const fs::path& path) {
-    const auto found = Opened(path, 0).information();
+    const auto found = opened(path, 0).information();
     if (!found || (found->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         return std::nullopt;
     }
@@ -192,14 +172,15 @@ bool removeTree(const fs::path& path) {
 }
 
 bool flushToDisk(const fs::path& path) {
-    const Opened file(path, GENERIC_WRITE, FILE_FLAG_OPEN_REPARSE_POINT, win32::Patience::kFull);
+    const win32::Handle file =
+        opened(path, GENERIC_WRITE, FILE_FLAG_OPEN_REPARSE_POINT, win32::Patience::kFull);
     return file.isOpen() && FlushFileBuffers(file.get()) != 0;
 }
 
 bool flushFolder(const fs::path& folder) {
-    const Opened opened(folder, GENERIC_WRITE, FILE_FLAG_BACKUP_SEMANTICS);
-    if (opened.isOpen()) {
-        FlushFileBuffers(opened.get());
+    const win32::Handle names = opened(folder, GENERIC_WRITE, FILE_FLAG_BACKUP_SEMANTICS);
+    if (names.isOpen()) {
+        FlushFileBuffers(names.get());
     }
     return true;
 }

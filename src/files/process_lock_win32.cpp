@@ -8,13 +8,8 @@
 
 namespace quorvelle {
 
-struct ProcessLock::Holding {
-    HANDLE handle;
-
-    explicit Holding(HANDLE held) : handle(held) {}
-    ~Holding() { CloseHandle(handle); }
-    Holding(const Holding&) = delete;
-    Holding& operator=(const Holding&) = delete;
+struct ProcessLock::Holding : files::win32::Handle {
+    using Handle::Handle;
 };
 
 namespace {

@@ -34,50 +34,34 @@ constexpr DWORD kDuplicateExtents =
     CTL_CODE(FILE_DEVICE_FILE_SYSTEM, 209, METHOD_BUFFERED, FILE_WRITE_DATA);
 constexpr DWORD kBlockCloning = 0x08000000;
 
-class SharedHandle {
-public:
-    SharedHandle(const fs::path& path, DWORD access, DWORD share, DWORD creation)
-        : handle(CreateFileW(win32::extendedPath(path.native()).c_str(), access, share, nullptr,
-                             creation, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT,
-                             nullptr)) {}
-    ~SharedHandle() {
-        if (isOpen()) {
-            CloseHandle(handle);
-        }
-    }
-    SharedHandle(const SharedHandle&) = delete;
-    SharedHandle& operator=(const SharedHandle&) = delete;
-
-    bool isOpen() const { return handle != INVALID_HANDLE_VALUE; }
-    HANDLE get() const { return handle; }
-
-private:
-    const HANDLE handle;
-};
+win32::Handle openShared(const fs::path& path, DWORD access, DWORD share, DWORD creation) {
+    return win32::Handle(
+        CreateFileW(win32::extendedPath(path.native()).c_str(), access, share, nullptr, creation,
+                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+}
 
 std::int64_t ticks(const FILETIME& time) {
     return std::int64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
 }
 
-std::optional<FileStamp> stampFrom(const SharedHandle& file) {
-    BY_HANDLE_FILE_INFORMATION about = {};
-    if (!file.isOpen() || GetFileInformationByHandle(file.get(), &about) == 0 ||
-        win32::kindOf(file.get(), about.dwFileAttributes) != EntryKind::kFile) {
+std::optional<FileStamp> stampFrom(const win32::Handle& file) {
+    const auto about = file.information();
+    if (!about || win32::kindOf(file.get(), about->dwFileAttributes) != EntryKind::kFile) {
         return std::nullopt;
     }
-    return FileStamp{std::uint64_t{about.nFileSizeHigh} << 32 | about.nFileSizeLow,
-                     ticks(about.ftLastWriteTime),
-                     std::uint64_t{about.nFileIndexHigh} << 32 | about.nFileIndexLow};
+    return FileStamp{std::uint64_t{about->nFileSizeHigh} << 32 | about->nFileSizeLow,
+                     ticks(about->ftLastWriteTime),
+                     std::uint64_t{about->nFileIndexHigh} << 32 | about->nFileIndexLow};
 }
 
-bool volumeClones(const SharedHandle& file) {
+bool volumeClones(const win32::Handle& file) {
     DWORD flags = 0;
     return GetVolumeInformationByHandleW(file.get(), nullptr, 0, nullptr, nullptr, &flags, nullptr,
                                          0) != 0 &&
            (flags & kBlockCloning) != 0;
 }
 
-bool cloneAll(const SharedHandle& from, const SharedHandle& to, std::int64_t size) {
+bool cloneAll(const win32::Handle& from, const win32::Handle& to, std::int64_t size) {
     LARGE_INTEGER end = {};
     end.QuadPart = size;
     if (SetFilePointerEx(to.get(), end, nullptr, FILE_BEGIN) == 0 || SetEndOfFile(to.get()) == 0) {
@@ -100,12 +84,12 @@ bool cloneAll(const SharedHandle& from, const SharedHandle& to, std::int64_t siz
 }  // namespace
 
 std::optional<FileStamp> stampOf(const fs::path& path) {
-    return stampFrom(SharedHandle(path, FILE_READ_ATTRIBUTES, kShareForAll, OPEN_EXISTING));
+    return stampFrom(openShared(path, FILE_READ_ATTRIBUTES, kShareForAll, OPEN_EXISTING));
 }
 
 std::optional<FileStamp> stampOfUnwritten(const fs::path& path) {
     // Whoever has the file open for writing makes this fail.
-    const SharedHandle file(path, GENERIC_READ, kShareForReading, OPEN_EXISTING);
+    const win32::Handle file = openShared(path, GENERIC_READ, kShareForReading, OPEN_EXISTING);
     const std::optional<FileStamp> stamp = stampFrom(file);
     FILETIME now = {};
     GetSystemTimeAsFileTime(&now);
@@ -113,15 +97,15 @@ std::optional<FileStamp> stampOfUnwritten(const fs::path& path) {
 }
 
 bool cloneFile(const fs::path& file, const fs::path& name) {
-    const SharedHandle from(file, GENERIC_READ, kShareForAll, OPEN_EXISTING);
+    const win32::Handle from = openShared(file, GENERIC_READ, kShareForAll, OPEN_EXISTING);
     const std::optional<FileStamp> stamp = stampFrom(from);
     if (!stamp || !volumeClones(from)) {
         return false;
     }
     bool done = false;
     {
-        const SharedHandle to(name, GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_DELETE,
-                              CREATE_NEW);
+        const win32::Handle to =
+            openShared(name, GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_DELETE, CREATE_NEW);
         if (!to.isOpen()) {
             return false;
         }

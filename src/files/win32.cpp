@@ -21,6 +21,12 @@ bool passes(DWORD error) {
 
 }  // namespace
 
+std::optional<BY_HANDLE_FILE_INFORMATION> Handle::information() const {
+    BY_HANDLE_FILE_INFORMATION found = {};
+    return isOpen() && GetFileInformationByHandle(handle, &found) != 0 ? std::optional(found)
+                                                                       : std::nullopt;
+}
+
 std::wstring extendedPath(const std::wstring& path) {
     if (path.starts_with(LR"(\\?\)") || path.starts_with(LR"(\\.\)")) {
         return path;

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "files/disk.h"
@@ -19,6 +20,28 @@ inline constexpr std::array<DWORD, 8> kWaits{10, 20, 40, 80, 160, 320, 640, 730}
 
 /// For handles that keep nobody else from anything.
 inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+/// An open file or directory, closed when it goes; nothing where it could not be opened.
+class Handle {
+public:
+    explicit Handle(HANDLE opened) : handle(opened) {}
+    ~Handle() {
+        if (isOpen()) {
+            CloseHandle(handle);
+        }
+    }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    bool isOpen() const { return handle != INVALID_HANDLE_VALUE; }
+    HANDLE get() const { return handle; }
+
+    /// Size, times, attributes and identity, as the system tells them.
+    std::optional<BY_HANDLE_FILE_INFORMATION> information() const;
+
+private:
+    const HANDLE handle;
+};
 
 enum class Patience {
     kNone,  ///< one attempt
