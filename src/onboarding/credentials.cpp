@@ -1,6 +1,8 @@
 #include "onboarding/credentials.h"
 
 #include <QCryptographicHash>
+#include <QList>
+#include <QPair>
 
 #include "server/addresses.h"
 
@@ -10,6 +12,15 @@ namespace {
 
 /// R2 knows no regions; this is what S3 clients have to name.
 constexpr QLatin1String kRegion("auto");
+
+QList<QPair<QString, QString>> variables(const QString& endpoint, const QString& bucket,
+                                         const S3Credential& credential) {
+    return {{QStringLiteral("TIDE_S3_ENDPOINT"), endpoint},
+            {QStringLiteral("TIDE_S3_REGION"), kRegion},
+            {QStringLiteral("TIDE_S3_BUCKET"), bucket},
+            {QStringLiteral("TIDE_S3_KEY"), credential.accessKey},
+            {QStringLiteral("TIDE_S3_SECRET"), credential.secretKey}};
+}
 
 }  // namespace
 
@@ -35,19 +46,20 @@ QJsonObject storageSettings(const QString& endpoint, const QString& bucket,
 
 QJsonObject ciVariables(const QString& endpoint, const QString& bucket,
                         const S3Credential& credential) {
-    return {{QStringLiteral("TIDE_S3_ENDPOINT"), endpoint},
-            {QStringLiteral("TIDE_S3_REGION"), kRegion},
-            {QStringLiteral("TIDE_S3_BUCKET"), bucket},
-            {QStringLiteral("TIDE_S3_KEY"), credential.accessKey},
-            {QStringLiteral("TIDE_S3_SECRET"), credential.secretKey}};
+    QJsonObject object;
+    for (const auto& [name, value] : variables(endpoint, bucket, credential)) {
+        object.insert(name, value);
+    }
+    return object;
 }
 
 QStringList ciLines(const QString& endpoint, const QString& bucket,
                     const S3Credential& credential) {
-    return {QStringLiteral("TIDE_S3_ENDPOINT=") + endpoint,
-            QStringLiteral("TIDE_S3_REGION=") + kRegion, QStringLiteral("TIDE_S3_BUCKET=") + bucket,
-            QStringLiteral("TIDE_S3_KEY=") + credential.accessKey,
-            QStringLiteral("TIDE_S3_SECRET=") + credential.secretKey};
+    QStringList lines;
+    for (const auto& [name, value] : variables(endpoint, bucket, credential)) {
+        lines << name + u'=' + value;
+    }
+    return lines;
 }
 
 }  // namespace quorvelle::onboarding
