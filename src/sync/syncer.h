@@ -100,7 +100,7 @@ private:
     bool prepareTideStaging();
     void onTideDownloaded(const TideResult& result);
     void onWrittenAnew(const TideResult& result);
-    void endNotAssembled(const TideResult& result);
+    bool takeAssembled(const TideResult& result);
     void runOnWorker(std::function<TideResult()> job, void (Syncer::*onResult)(const TideResult&));
 
     // syncer_activation.cpp: staging into place

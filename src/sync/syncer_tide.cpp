@@ -129,12 +129,9 @@ bool Syncer::prepareTideStaging() {
 }
 
 void Syncer::onTideDownloaded(const TideResult& result) {
-    if (!result.ok) {
-        endNotAssembled(result);
-        return;
+    if (takeAssembled(result)) {
+        activateStaged();
     }
-    assembled = result.outcome;
-    activateStaged();
 }
 
 /// Somebody wrote into files that staging shares with the install, which thus may hold other
@@ -146,17 +143,20 @@ void Syncer::writeAnew() {
 }
 
 void Syncer::onWrittenAnew(const TideResult& result) {
-    if (!result.ok) {
-        endNotAssembled(result);
-        return;
+    if (takeAssembled(result)) {
+        swapStaged();
     }
-    assembled = result.outcome;
-    swapStaged();
 }
 
-void Syncer::endNotAssembled(const TideResult& result) {
-    endFailed(named(result.outcome.lacksSpace ? result.text
-                                              : QStringLiteral("Tide sync: %1").arg(result.text)));
+bool Syncer::takeAssembled(const TideResult& result) {
+    if (result.ok) {
+        assembled = result.outcome;
+    } else {
+        endFailed(named(result.outcome.lacksSpace
+                            ? result.text
+                            : QStringLiteral("Tide sync: %1").arg(result.text)));
+    }
+    return result.ok;
 }
 
 void Syncer::runOnWorker(std::function<TideResult()> job,
