@@ -218,7 +218,7 @@ TEST_F(Run, WaitsForASlowServer) {
 
 /// A server that refuses, is not there, answers nonsense or nothing at all.
 TEST_F(Run, GoesOnWithTheUsersTargetsWithoutAServer) {
-    const RawServer silent({});
+    const RawServer silent({}, RawServer::Ending::kSilence);
     box.environment.insert("QUORVELLE_IDLE_TIMEOUT", "1");
     server.onJson("GET", "/api/channels/none", json("{'launch_targets':[{'label':'x'}]}"), 403);
     server.onBytes("GET", "/api/channels/text", "[{}]");

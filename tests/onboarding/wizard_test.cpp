@@ -55,7 +55,7 @@ TEST_F(WizardTest, WaitsHalfAMinuteForTheCredential) {
 }
 
 TEST_F(WizardTest, GivesUpACallThatTakesTooLong) {
-    const RawServer silent({});
+    const RawServer silent({}, RawServer::Ending::kSilence);
     api.set(silent.url().toUtf8());
     callLimit = 20;
     EXPECT_EQ(run(usual).err, "Cloudflare: Cloudflare did not answer within 0 seconds\n");

@@ -56,10 +56,9 @@ FakeServer::Answer answer(int status, const std::string& body, const char* type 
     };
 }
 
-/// A reply with "~" for its line ends, as often as the network layer asks: again when it got
-/// nothing.
-std::vector<std::string> replies(const QString& reply) {
-    return std::vector(8, QString(reply).replace("~", "\r\n").toStdString());
+/// A reply with "~" for its line ends.
+std::string reply(QString text) {
+    return text.replace("~", "\r\n").toStdString();
 }
 
 /// 11 MiB that compress well, but not as a bomb does.
@@ -149,7 +148,7 @@ TEST(HttpExchange, TellsAWholeReplyFromOneCutShort) {
                                                               | ctx failed:
         220 smtp ready~~                                      | ctx failed)")) {
         SCOPED_TRACE(row[0].toStdString());
-        const RawServer server(replies(row[0]));
+        const RawServer server(reply(row[0]));
         const Exchanged ran = get(server.url() + "/x");
         EXPECT_EQ(ran.ok, row[1].isEmpty()) << ran.failure;
         EXPECT_THAT(ran.failure, StartsWith(row[1].toStdString()));
@@ -157,11 +156,11 @@ TEST(HttpExchange, TellsAWholeReplyFromOneCutShort) {
 }
 
 TEST(HttpExchange, FailsWhenTheConnectionIsReset) {
-    for (const char* reply :
+    for (const char* bytes :
          {"HTTP/1.1 200 OK~Content-Length: 8~~{\"a\":1}", "HTTP/1.1 200 OK~Content-Encoding: br~~x",
           "HTTP/1.1 200 OK~Content-Le", "220 smtp ready~~", ""}) {
-        SCOPED_TRACE(reply);
-        const RawServer server(replies(reply), RawServer::Ending::kReset);
+        SCOPED_TRACE(bytes);
+        const RawServer server(reply(bytes), RawServer::Ending::kReset);
         const Exchanged ran = get(server.url() + "/x");
         EXPECT_FALSE(ran.ok);
         EXPECT_THAT(ran.failure, StartsWith("ctx failed"));
@@ -171,7 +170,7 @@ TEST(HttpExchange, FailsWhenTheConnectionIsReset) {
 /// A repeated creation would leave a second invite or token that nobody was told of.
 TEST(HttpExchange, SendsACreationOnceWhenTheAnswerIsLost) {
     for (const QByteArray& body : {QByteArray(), QByteArray("{}")}) {
-        const RawServer server(replies(""));
+        const RawServer server(std::string{});
         const QUrl url(server.url() + "/x");
         EXPECT_EQ(run({.method = "POST", .url = url, .body = body}).failure,
                   "ctx failed: Connection closed");
@@ -185,25 +184,25 @@ TEST(HttpExchange, NoticesThatACompressedStreamIsCutShortOrDamaged) {
     const std::string packed = deflated();
     std::string damaged = packed;
     damaged[damaged.size() - 1] ^= 1;  // the checksum
-    for (const std::string& reply :
+    for (const std::string& tail :
          {"\r\n" + packed.substr(0, packed.size() / 2),
           "\r\n" + packed.substr(0, packed.size() - 1), "\r\n" + damaged, std::string("\r\nplain"),
           "Content-Length: 99999\r\n\r\n" + packed}) {
-        const RawServer server(std::vector(8, kDeflated + reply));
+        const RawServer server(kDeflated + tail);
         std::string got;
         const Exchanged ran = get(server.url() + "/x", into(got));
         EXPECT_FALSE(ran.ok);
         EXPECT_THAT(ran.failure, StartsWith("ctx failed (HTTP 200): "));
     }
-    const RawServer server(std::vector(8, kDeflated + "\r\n" + damaged));
+    const RawServer server(kDeflated + "\r\n" + damaged);
     EXPECT_EQ(get(server.url() + "/x").failure,
               "ctx failed (HTTP 200): the compressed reply is damaged");
-    const RawServer cutting(std::vector(8, kDeflated + "\r\n" + packed.substr(0, 99)));
+    const RawServer cutting(kDeflated + "\r\n" + packed.substr(0, 99));
     EXPECT_EQ(get(cutting.url() + "/x").failure, "ctx failed (HTTP 200): the reply is cut short");
 }
 
 TEST(HttpExchange, UnpacksWhatAServerPackedUnasked) {
-    const RawServer server(std::vector(8, kDeflated + "\r\n" + deflated()));
+    const RawServer server(kDeflated + "\r\n" + deflated());
     std::string got;
     EXPECT_TRUE(get(server.url() + "/x", into(got)).ok);
     EXPECT_TRUE(got == kLargeObject) << got.size();

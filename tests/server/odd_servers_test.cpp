@@ -51,7 +51,7 @@ TEST(OddServers, AreNotTakenForSuccess) {
         200 OK~~{"a":1                                                             | done)")) {
         SCOPED_TRACE(row[0].toStdString());
         const std::string reply = "HTTP/1.1 " + QString(row[0]).replace("~", "\r\n").toStdString();
-        const RawServer server(std::vector(8, reply));
+        const RawServer server(reply);
         const std::string came = outcome({.method = "GET", .url = QUrl(server.url())});
         if (row[1] == "*") {
             EXPECT_THAT(came, StartsWith("ctx failed"));
@@ -68,7 +68,7 @@ TEST(OddServers, MayPackInSeveralStreamsWithPadding) {
          {std::pair{gzip("{}") + zeros, "done"},
           {gzip("{") + gzip("}") + zeros, "done"},
           {gzip("{}") + zeros + "x", "ctx failed (HTTP 200): the compressed reply is damaged"}}) {
-        const RawServer server(std::vector(8, head + packed));
+        const RawServer server(head + packed);
         EXPECT_EQ(outcome({.method = "GET", .url = QUrl(server.url())}), expected);
     }
 }
@@ -76,8 +76,7 @@ TEST(OddServers, MayPackInSeveralStreamsWithPadding) {
 TEST(OddServers, CannotFillMemoryWithAFewBytes) {
     const std::string bomb = gzip(QByteArray(64 << 20, ' '));
     ASSERT_LT(bomb.size(), 100'000U);
-    const RawServer server(
-        std::vector(8, "HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\n\r\n" + bomb));
+    const RawServer server("HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\n\r\n" + bomb);
     EXPECT_EQ(outcome({.method = "GET", .url = QUrl(server.url())}),
               "ctx failed (HTTP 200): the compressed reply is damaged");
 }

@@ -1,11 +1,5 @@
 #include "support/hostile_server_posix.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -15,10 +9,25 @@ namespace quorvelle::testing {
 
 namespace {
 
-enum Ending { kClose, kReset, kSilence };
-
 /// What a reply on the wire may have at most, for the bound on memory speaks of that.
 constexpr qsizetype kMostOnTheWire = 1 << 20;
+
+// Lists to choose from, the choices between "|"; "~" stands for a line end.
+constexpr char kCodes[] =
+    "000 X|100 C|101 S|103 E|201 C|204 N|205 R|206 P|304 N|400 B|401 U|403 F|404 N|407 P|409 C|"
+    "429 T|500 I|503 S|600 X|999 X|-1 X|20 OK|2000 X|abc|";
+constexpr char kTargets[] = "/again?x=1|//||file:///etc/passwd|http://[::|ftp://127.0.0.1/|";
+constexpr char kHeaders[] =
+    "Content-Length: 3~|Content-Length: -1~|Content-Length: 99999999999999999999~|"
+    "Content-Type: text/html~Content-Type: x~|No colon~|: no name~|X: a~  folded~|"
+    "WWW-Authenticate: Basic realm=\"x\"~|Connection: upgrade~Upgrade: h2c~|"
+    "Set-Cookie: a=b~Content-Disposition: attachment; filename=../x~|";
+constexpr char kNoObjects[] = R"(|[]|null|{|<html>|{}|"|7|{"a":1}x|{"build":"7",}|)";
+/// Where a list of values goes on with one of these, it becomes long.
+constexpr char kUnits[] = R"(0,|{},|[],|"",|{"a":0},)";
+constexpr char kValues[] = R"([null, true, -1, 0, 1.5, 1e300, 9.3e18, "", "7", "../../outside",
+    "/outside", "a/../b", "\u001b[2J\r\nX: y", "http://127.0.0.1:1/", "file:///etc/passwd", [],
+    [[], {}, 1, "../x", "x", "x"], {}, {"path": "../outside", "size": -5, "h": 1, "n": 1e19}])";
 
 /// Compressed as zlib does, which servers call "deflate".
 QByteArray deflated(const QByteArray& bytes) {
@@ -27,6 +36,11 @@ QByteArray deflated(const QByteArray& bytes) {
 
 QByteArray repeated(const QByteArray& unit, qsizetype bytes) {
     return unit.repeated(std::max<qsizetype>(1, bytes / unit.size()));
+}
+
+/// The object with one more member that is a long list, or ends otherwise.
+QByteArray withMore(const QByteArray& object, const QByteArray& member) {
+    return object.chopped(1) + ',' + member + '}';
 }
 
 /// Changes the value that is `at` in the order of a walk, and counts on.
@@ -48,252 +62,136 @@ QJsonValue withOneChanged(const QJsonValue& value, int& at, const QJsonValue& in
     return value.isObject() ? QJsonValue(object) : value;
 }
 
-void sendAll(int connection, const QByteArray& bytes) {
-    for (qsizetype sent = 0; sent < bytes.size();) {
-        const auto more = ::send(connection, bytes.constData() + sent,
-                                 static_cast<std::size_t>(bytes.size() - sent), MSG_NOSIGNAL);
-        if (more <= 0) {
-            return;
-        }
-        sent += more;
-    }
-}
-
 }  // namespace
 
 HostileServer::HostileServer(Answer good, QByteArray other)
-    : answer(std::move(good)), elsewhere(std::move(other)) {
-    listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    ::bind(listener, reinterpret_cast<sockaddr*>(&address), length);
-    ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
-    ::listen(listener, 16);
-    port = ntohs(address.sin_port);
-    acceptor = std::thread([this] { accept(); });
+    : answer(std::move(good)),
+      elsewhere(std::move(other)),
+      server([this](const std::string& request) { return reply(request); }) {}
+
+RawServer::Reply HostileServer::reply(const std::string& request) {
+    const std::size_t begin = request.find(' ') + 1;
+    const GoodReply good = answer(request.substr(begin, request.find(' ', begin) - begin));
+    const std::lock_guard guard(mutex);
+    seen += request;
+    return spoilt(good, done.emplace_back());
 }
 
-HostileServer::~HostileServer() {
-    ends = true;
-    acceptor.join();
-    while (connections > 0) {
-        std::this_thread::yield();
-    }
-    ::close(listener);
+qsizetype HostileServer::pick(qsizetype size) {
+    return static_cast<qsizetype>(random() % static_cast<unsigned>(size));
 }
 
-void HostileServer::accept() {
-    pollfd waiting{listener, POLLIN, 0};
-    while (!ends) {
-        if (::poll(&waiting, 1, 50) > 0) {
-            const int connection = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-            ++connections;
-            std::thread([this, connection] {
-                serve(connection);
-                ::close(connection);
-                --connections;
-            }).detach();
-        }
-    }
-}
-
-void HostileServer::serve(int connection) {
-    std::string head;
-    pollfd waiting{connection, POLLIN, 0};
-    const auto readSome = [&] {
-        char buffer[4096];
-        const auto count = ::recv(connection, buffer, sizeof buffer, 0);
-        if (count > 0) {
-            const std::lock_guard guard(mutex);
-            head.append(buffer, static_cast<std::size_t>(count));
-            seen.append(buffer, static_cast<std::size_t>(count));
-        }
-        return count > 0;
-    };
-    while (head.find("\r\n\r\n") == std::string::npos) {
-        if (ends || (::poll(&waiting, 1, 50) > 0 && !readSome())) {
-            return;
-        }
-    }
-    // A body, as far as it comes at once.
-    while (::poll(&waiting, 1, 5) > 0 && readSome()) {
-    }
-    const std::size_t begin = head.find(' ') + 1;
-    const GoodReply good = answer(head.substr(begin, head.find(' ', begin) - begin));
-    std::string deed;
-    int ending = kClose;
-    QByteArray reply;
-    {
-        const std::lock_guard guard(mutex);
-        reply = spoilt(good, deed, ending);
-        done.push_back(deed);
-    }
-    sendAll(connection, reply);
-    while (ending == kSilence && !ends && (::poll(&waiting, 1, 50) <= 0 || readSome())) {
-    }
-    const linger hard{1, 0};
-    if (ending == kReset) {
-        ::setsockopt(connection, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
-    } else {
-        ::shutdown(connection, SHUT_WR);
-        for (int i = 0; i < 4 && ::poll(&waiting, 1, 50) > 0 && readSome(); ++i) {
-        }
-    }
+QByteArray HostileServer::oneOf(const QByteArray& list) {
+    const QByteArrayList choices = list.split('|');
+    return QByteArray(choices[pick(choices.size())]).replace("~", "\r\n");
 }
 
 QByteArray HostileServer::spoiltJson(const QByteArray& body, std::string& deed) {
-    const QByteArray deep = repeated("[", 5000);
-    static const QList<QJsonValue> instead{
-        QJsonValue(),
-        true,
-        -1,
-        0,
-        1.5,
-        1e300,
-        9.3e18,
-        "",
-        "../../outside",
-        "/outside",
-        "a/../b",
-        "\x1b[2J\r\nX: y",
-        QString(300, u'x'),
-        QString(100000, u'y'),
-        QStringLiteral("7"),
-        QString(QChar(0xD800)),
-        QJsonArray(),
-        QJsonArray{QJsonArray{}, QJsonObject{}, 1, "../x", "x", "x"},
-        QJsonObject(),
-        QJsonObject{{"path", "../outside"}, {"size", -5}, {"h", 1}, {"n", 1e19}},
-        QStringLiteral("http://127.0.0.1:1/"),
-        QStringLiteral("file:///etc/passwd")};
-    const auto pick = [this](qsizetype size) {
-        return static_cast<qsizetype>(random() % static_cast<unsigned>(size));
-    };
-    switch (pick(8)) {
-        case 0: {
-            deed = "json no object";
-            const QByteArrayList others{"",       "[]",         "null", "{",
-                                        "<html>", "{}",         "\xff", "\"",
-                                        "7",      "{\"a\":1}x", deep,   "{\"build\":\"7\",}"};
-            return others[pick(others.size())];
-        }
-        case 1: {
-            deed = "json many values";
-            const QByteArrayList units{"0,", "{},", "[],", "\"\",", "{\"a\":0},"};
-            return body.chopped(1) + ",\"x\":[" + repeated(units[pick(units.size())], 900'000) +
-                   "0]}";
-        }
-        default: {
-            deed = "json value";
-            QJsonValue changed(QJsonDocument::fromJson(body).object());
-            for (qsizetype i = 0; i <= pick(3); ++i) {
-                int at = 1 + static_cast<int>(pick(60));
-                changed = withOneChanged(changed, at, instead[pick(instead.size())]);
-            }
-            return QJsonDocument(changed.toObject()).toJson(QJsonDocument::Compact);
-        }
+    const auto way = pick(8);
+    if (way == 0) {
+        deed = "json no object";
+        return oneOf(kNoObjects + QByteArray("\xff|") + QByteArray(5000, '['));
     }
+    if (way == 1) {
+        deed = "json many values";
+        return withMore(body, "\"x\":[" + repeated(oneOf(kUnits), 900'000) + "0]");
+    }
+    deed = "json value";
+    QJsonArray instead = QJsonDocument::fromJson(kValues).array();
+    for (const QString& text : {QString(300, u'x'), QString(100'000, u'y'), QString(u'\xD800')}) {
+        instead.append(text);
+    }
+    QJsonValue changed(QJsonDocument::fromJson(body).object());
+    for (qsizetype i = 0; i <= pick(3); ++i) {
+        int at = 1 + static_cast<int>(pick(60));
+        changed = withOneChanged(changed, at, instead[pick(instead.size())]);
+    }
+    return QJsonDocument(changed.toObject()).toJson(QJsonDocument::Compact);
 }
 
-QByteArray HostileServer::spoilt(const GoodReply& good, std::string& deed, int& ending) {
-    const auto pick = [this](qsizetype size) {
-        return static_cast<qsizetype>(random() % static_cast<unsigned>(size));
-    };
+RawServer::Reply HostileServer::spoilt(const GoodReply& good, std::string& deed) {
     QByteArray body = good.body;
     QByteArray status = "200 OK";
     QByteArray headers = good.isJson ? "Content-Type: application/json\r\n" : "";
     bool hasLength = true;
     deed = "good";
-    const auto kind =
-        elsewhere.isEmpty() || pick(3) == 0 ? qsizetype(-1) : pick(good.isJson ? 9 : 7);
-    if (kind == 0) {
-        deed = "status";
-        const QByteArrayList codes{"000 X", "100 C",  "101 S", "103 E", "201 C", "204 N", "205 R",
-                                   "206 P", "304 N",  "400 B", "401 U", "403 F", "404 N", "407 P",
-                                   "409 C", "429 T",  "500 I", "503 S", "600 X", "999 X", "-1 X",
-                                   "20 OK", "2000 X", "abc",   ""};
-        status = codes[pick(codes.size())];
-        headers += pick(2) == 0 ? "Retry-After: 0\r\n" : "";
-    } else if (kind == 1) {
-        deed = "redirect";
-        const QByteArrayList codes{"301 M", "302 F", "303 S", "307 T", "308 P"};
-        const QByteArrayList targets{
-            elsewhere + "/there", elsewhere,    "/again?x=1",      "//", "",
-            "file:///etc/passwd", "http://[::", "ftp://127.0.0.1/"};
-        status = codes[pick(codes.size())];
-        headers += "Location: " + targets[pick(targets.size())] + "\r\n";
-    } else if (kind == 2) {
-        deed = "headers";
-        const QByteArrayList more{
-            "Content-Length: 3\r\n",
-            "Content-Length: -1\r\n",
-            "Content-Length: 99999999999999999999\r\n",
-            "Content-Type: text/html\r\nContent-Type: x\r\n",
-            "No colon\r\n",
-            ": no name\r\n",
-            "X: a\r\n  folded\r\n",
-            "WWW-Authenticate: Basic realm=\"x\"\r\n",
-            "Set-Cookie: a=b\r\nContent-Disposition: attachment; filename=../x\r\n",
-            "Connection: upgrade\r\nUpgrade: h2c\r\n",
-            "X: " + QByteArray(1, '\0') + "\x1b\r\n",
-            "X: " + QByteArray(500'000, 'x') + "\r\n",
-            repeated("X: y\r\n", 900'000)};
-        headers += more[pick(more.size())];
-    } else if (kind == 3) {
-        deed = "encoding";
-        const QByteArrayList names{"gzip", "deflate", "br", "x", "gzip, gzip", ""};
-        headers += "Content-Encoding: " + names[pick(names.size())] + "\r\n";
-        body = pick(2) == 0 ? deflated(body) : body;
-    } else if (kind == 4) {
-        deed = "chunked";
-        hasLength = false;
-        headers += "Transfer-Encoding: chunked\r\n";
-        const QByteArrayList tails{"\r\n0\r\n\r\n",
-                                   "\r\n",
-                                   "\r\n0\r\n" + repeated("X: y\r\n", 900'000),
-                                   "\r\nzz\r\n",
-                                   "\r\nffffffffffffffff\r\n",
-                                   "",
-                                   "\r\n0;" + QByteArray(9999, 'x')};
-        body = QByteArray::number(body.size(), 16) + "\r\n" + body + tails[pick(tails.size())];
-    } else if (kind == 5) {
-        deed = "length";
-        hasLength = false;
-        const qsizetype wrong = body.size() + pick(9) - 4;
-        headers +=
-            pick(3) == 0 ? QByteArray() : "Content-Length: " + QByteArray::number(wrong) + "\r\n";
-    } else if (kind == 6) {
-        deed = "bytes";
-        for (qsizetype i = 0; i <= pick(4) && !body.isEmpty(); ++i) {
-            body[pick(body.size())] = static_cast<char>(pick(256));
+    const bool isGood = elsewhere.isEmpty() || pick(3) == 0;
+    switch (isGood ? -1 : pick(good.isJson ? 9 : 7)) {
+        case 0:
+            deed = "status";
+            status = oneOf(kCodes);
+            headers += oneOf("Retry-After: 0~|");
+            break;
+        case 1:
+            deed = "redirect";
+            status = oneOf("301 M|302 F|303 S|307 T|308 P");
+            headers += "Location: " + oneOf(kTargets + elsewhere + "/there|" + elsewhere) + "\r\n";
+            break;
+        case 2:
+            deed = "headers";
+            headers += oneOf(kHeaders + ("X: " + QByteArray(1, '\0')) + "\x1b~|X: " +
+                             QByteArray(500'000, 'x') + "~|" + repeated("X: y~", 900'000));
+            break;
+        case 3:
+            deed = "encoding";
+            headers += "Content-Encoding: " + oneOf("gzip|deflate|br|x|gzip, gzip|") + "\r\n";
+            body = pick(2) == 0 ? deflated(body) : body;
+            break;
+        case 4:
+            deed = "chunked";
+            hasLength = false;
+            headers += "Transfer-Encoding: chunked\r\n";
+            body = QByteArray::number(body.size(), 16) + "\r\n" + body +
+                   oneOf("~0~~|~|~zz~|~ffffffffffffffff~||~0;" + QByteArray(9999, 'x') + "|~0~" +
+                         repeated("X: y~", 900'000));
+            break;
+        case 5:
+            deed = "length";
+            hasLength = false;
+            if (pick(3) > 0) {
+                headers +=
+                    "Content-Length: " + QByteArray::number(body.size() + pick(9) - 4) + "\r\n";
+            }
+            break;
+        case 6:
+            deed = "bytes";
+            for (qsizetype i = 0; i <= pick(4) && !body.isEmpty(); ++i) {
+                body[pick(body.size())] = static_cast<char>(pick(256));
+            }
+            break;
+        case 7:
+            body = spoiltJson(body, deed);
+            break;
+        case 8: {
+            deed = "bomb";
+            const qsizetype unfolded = qsizetype{1} << (20 + pick(5));
+            const QByteArray list =
+                "\"x\":[" + repeated(oneOf(kUnits + QByteArray("|        ")), unfolded) + "0]";
+            const QByteArray error = "\"error\":\"" + QByteArray(unfolded, 'e') + '"';
+            body = deflated(withMore(body, pick(2) == 0 ? list : error));
+            headers += "Content-Encoding: deflate\r\n";
+            status = oneOf("500 I|200 OK|200 OK|200 OK");
+            break;
         }
-    } else if (kind == 7) {
-        body = spoiltJson(body, deed);
-    } else if (kind == 8) {
-        deed = "bomb";
-        const QByteArrayList units{"0,", "{},", "\"\",", "{\"a\":0},", "        "};
-        const qsizetype unfolded = qsizetype{1} << (20 + pick(5));
-        const QByteArray unit = units[pick(units.size())];
-        body = deflated(body.chopped(1) +
-                        (pick(2) == 0 ? ",\"x\":[" + repeated(unit, unfolded) + "0]}"
-                                      : ",\"error\":\"" + QByteArray(unfolded, 'e') + "\"}"));
-        headers += "Content-Encoding: deflate\r\n";
-        status = pick(4) == 0 ? "500 I" : "200 OK";
+        default:
+            break;
     }
     if (hasLength) {
         headers += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
     }
     QByteArray reply = "HTTP/1.1 " + status + "\r\n" + headers + "\r\n" + body;
     reply.truncate(kMostOnTheWire);
+    auto ending = RawServer::Ending::kClose;
     if (!elsewhere.isEmpty() && pick(8) == 0) {
         reply.truncate(pick(reply.size() + 1));
         // Rarely silence: it takes as long as the client waits.
-        ending = pick(6) == 0 ? kSilence : static_cast<int>(pick(2));
-        deed += ending == kSilence ? ", silence" : ending == kReset ? ", reset" : ", cut";
+        ending = pick(6) == 0   ? RawServer::Ending::kSilence
+                 : pick(2) == 0 ? RawServer::Ending::kReset
+                                : RawServer::Ending::kClose;
+        const char* const names[] = {", cut", ", reset", ", silence"};
+        deed += names[static_cast<int>(ending)];
     }
-    return reply;
+    return {reply.toStdString(), ending};
 }
 
 void HostileServer::reseed(unsigned seed) {
