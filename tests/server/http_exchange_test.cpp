@@ -61,23 +61,6 @@ std::string reply(QString text) {
     return text.replace("~", "\r\n").toStdString();
 }
 
-/// 11 MiB that compress well, but not as a bomb does.
-std::string largeText() {
-    std::string text;
-    for (int i = 0; text.size() < (11 << 20); ++i) {
-        text += std::to_string(i) + std::string(99, 'x');
-    }
-    return text.substr(0, 11 << 20);
-}
-
-const std::string kLargeObject = "{\"a\":\"" + largeText() + "\"}";
-
-std::string deflated() {
-    return qCompress(QByteArray::fromStdString(kLargeObject)).mid(4).toStdString();
-}
-
-const std::string kDeflated = "HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\n";
-
 /// A sink that keeps what it is given.
 HttpExchange::Sink into(std::string& got) {
     got.clear();
@@ -88,22 +71,6 @@ HttpExchange::Sink into(std::string& got) {
 }
 
 }  // namespace
-
-TEST(HttpExchange, TakesAnyBodyOfASuccess) {
-    FakeServer server;
-    for (const QStringList& row : rows(R"(
-        {"a": [1]}     | {'a':[1]}
-        hello          | {}
-        [{"a":1}]      | {}
-        {"a":1         | {}
-        {"error":"no"} | {'error':'no'})")) {
-        SCOPED_TRACE(row[0].toStdString());
-        server.on("GET", "/x", answer(299, row[0].toStdString()));
-        const Exchanged ran = get(server.url() + "/x");
-        EXPECT_TRUE(ran.ok) << ran.failure;
-        EXPECT_EQ(text(ran.object), row[1].toStdString());
-    }
-}
 
 /// "..." stands for the network layer's own words.
 TEST(HttpExchange, SaysWhatTheServerSaidOfAFailure) {
@@ -135,79 +102,52 @@ TEST(HttpExchange, SaysThatNobodyListens) {
     EXPECT_EQ(get(nobody + "/x").failure, "ctx failed: Connection refused");
 }
 
-/// Each row: the reply's head and body, and how the failure's text begins.
+/// Each row: the reply's head and body, "done" or how the failure's text goes on. A reset in
+/// the place of the ordinary end makes no failure a success.
 TEST(HttpExchange, TellsAWholeReplyFromOneCutShort) {
     for (const QStringList& row : rows(R"(
-        HTTP/1.1 200 OK~Content-Length: 7~~{"a":1}            |
-        HTTP/1.1 200 OK~~{"a":1}                              |
-        HTTP/1.0 200 OK~~{"a":1}                              |
-        HTTP/1.1 200 OK~Transfer-Encoding: chunked~~2~{}~0~~  |
-        HTTP/1.1 200 OK~Content-Encoding: br~~x               | ctx failed (HTTP 200): the reply has the unknown content coding "br"
-        HTTP/1.1 200 OK~Content-Length: 8~~{"a":1}            | ctx failed (HTTP 200):
-        HTTP/1.1 200 OK~Content-Le                            | ctx failed
-                                                              | ctx failed:
-        220 smtp ready~~                                      | ctx failed)")) {
+        200 OK~Content-Length: 7~~{"a":1}              | done
+        299 OK~~{"a":1}                                | done
+        200 OK~~{"a":1                                 | done
+        200 OK~Transfer-Encoding: chunked~~2~{}~0~~    | done
+        200 OK~Content-Type: application/json~~<html>  | done
+        200 OK~Content-Type: application/json~Content-Length: 6~~{"a":1 | done
+        200 OK~Content-Type: application/json~~{"a":1  | (HTTP 200): the reply is cut short
+        200 OK~Content-Type: application/json~Transfer-Encoding: chunked~~7~{"a":1 |
+        200 OK~Content-Encoding: gzip~~                | (HTTP 200): the reply is cut short
+        200 OK~Content-Encoding: deflate~~plain        | (HTTP 200): the compressed reply is damaged
+        200 OK~Content-Encoding: br~~x                 | (HTTP 200): the reply has the unknown content coding "br"
+        200 OK~Content-Length: 8~~{"a":1}              | (HTTP 200):
+        200 OK~Content-Le                              |
+        103 Early Hints~~HTTP/1.1 200 OK~Content-Length: 2~~{} | (HTTP 103): the server sent no final answer
+        102 Processing~~                               | (HTTP 102): the server sent no final answer
+        000 Nothing~Content-Length: 2~~{}              |)")) {
         SCOPED_TRACE(row[0].toStdString());
-        const RawServer server(reply(row[0]));
-        const Exchanged ran = get(server.url() + "/x");
-        EXPECT_EQ(ran.ok, row[1].isEmpty()) << ran.failure;
-        EXPECT_THAT(ran.failure, StartsWith(row[1].toStdString()));
+        const std::string bytes = reply("HTTP/1.1 " + row[0]);
+        const Exchanged ran = get(RawServer(bytes).url() + "/x");
+        EXPECT_EQ(ran.ok, row[1] == "done") << ran.failure;
+        const QString failure = QString("ctx failed " + row[1]).trimmed();
+        EXPECT_TRUE(ran.ok || ran.failure.starts_with(failure.toStdString())) << ran.failure;
+        const RawServer resetting(bytes, RawServer::Ending::kReset);
+        EXPECT_TRUE(ran.ok || !get(resetting.url() + "/x").ok);
     }
-}
-
-TEST(HttpExchange, FailsWhenTheConnectionIsReset) {
-    for (const char* bytes :
-         {"HTTP/1.1 200 OK~Content-Length: 8~~{\"a\":1}", "HTTP/1.1 200 OK~Content-Encoding: br~~x",
-          "HTTP/1.1 200 OK~Content-Le", "220 smtp ready~~", ""}) {
-        SCOPED_TRACE(bytes);
-        const RawServer server(reply(bytes), RawServer::Ending::kReset);
-        const Exchanged ran = get(server.url() + "/x");
-        EXPECT_FALSE(ran.ok);
-        EXPECT_THAT(ran.failure, StartsWith("ctx failed"));
+    for (const char* bytes : {"220 smtp ready\r\n\r\n", ""}) {
+        for (const auto ending : {RawServer::Ending::kClose, RawServer::Ending::kReset}) {
+            const RawServer server(bytes, ending);
+            EXPECT_THAT(get(server.url() + "/x").failure, StartsWith("ctx failed")) << bytes;
+        }
     }
 }
 
 /// A repeated creation would leave a second invite or token that nobody was told of.
 TEST(HttpExchange, SendsACreationOnceWhenTheAnswerIsLost) {
     for (const QByteArray& body : {QByteArray(), QByteArray("{}")}) {
-        const RawServer server(std::string{});
+        const RawServer server("");
         const QUrl url(server.url() + "/x");
         EXPECT_EQ(run({.method = "POST", .url = url, .body = body}).failure,
                   "ctx failed: Connection closed");
         EXPECT_EQ(server.served(), 1);
     }
-}
-
-/// Such a file would otherwise be installed as if it were whole: without a length only the
-/// compressed stream itself knows where it ends.
-TEST(HttpExchange, NoticesThatACompressedStreamIsCutShortOrDamaged) {
-    const std::string packed = deflated();
-    std::string damaged = packed;
-    damaged[damaged.size() - 1] ^= 1;  // the checksum
-    for (const std::string& tail :
-         {"\r\n" + packed.substr(0, packed.size() / 2),
-          "\r\n" + packed.substr(0, packed.size() - 1), "\r\n" + damaged, std::string("\r\nplain"),
-          "Content-Length: 99999\r\n\r\n" + packed}) {
-        const RawServer server(kDeflated + tail);
-        std::string got;
-        const Exchanged ran = get(server.url() + "/x", into(got));
-        EXPECT_FALSE(ran.ok);
-        EXPECT_THAT(ran.failure, StartsWith("ctx failed (HTTP 200): "));
-    }
-    const RawServer server(kDeflated + "\r\n" + damaged);
-    EXPECT_EQ(get(server.url() + "/x").failure,
-              "ctx failed (HTTP 200): the compressed reply is damaged");
-    const RawServer cutting(kDeflated + "\r\n" + packed.substr(0, 99));
-    EXPECT_EQ(get(cutting.url() + "/x").failure, "ctx failed (HTTP 200): the reply is cut short");
-}
-
-TEST(HttpExchange, UnpacksWhatAServerPackedUnasked) {
-    const RawServer server(kDeflated + "\r\n" + deflated());
-    std::string got;
-    EXPECT_TRUE(get(server.url() + "/x", into(got)).ok);
-    EXPECT_TRUE(got == kLargeObject) << got.size();
-    const Exchanged ran = get(server.url() + "/x");
-    EXPECT_EQ(ran.object["a"].toString().size(), 11 << 20) << ran.failure;
 }
 
 TEST(HttpExchange, FollowsAReadWithinItsOrigin) {
@@ -307,13 +247,10 @@ TEST(HttpExchange, StreamsTheBodyOfASuccess) {
     FakeServer server;
     server.on("GET", "/old", redirectTo("/large", 302));
     server.onBytes("GET", "/large", large);
-    server.on("GET", "/packed", answer(200, kLargeObject, "application/json"));
     server.onBytes("GET", "/empty", "");
     std::string got;
     EXPECT_TRUE(get(server.url() + "/old", into(got)).ok);
     EXPECT_TRUE(got == large) << got.size();
-    EXPECT_TRUE(get(server.url() + "/packed", into(got)).ok);
-    EXPECT_TRUE(got == kLargeObject) << got.size();
     EXPECT_TRUE(get(server.url() + "/empty", into(got)).ok);
     EXPECT_EQ(got, "");
 }

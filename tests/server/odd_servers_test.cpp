@@ -6,8 +6,6 @@
 #include "server/await_exchange.h"
 #include "server/http_exchange.h"
 #include "support/fake_server.h"
-#include "support/notation.h"
-#include "support/raw_server.h"
 
 /// Servers, proxies and portals that are slow, broken or hostile.
 
@@ -15,7 +13,6 @@ namespace quorvelle::testing {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 namespace {
 
@@ -30,56 +27,7 @@ std::string outcome(HttpRequest request) {
     return outcome(network, std::move(request));
 }
 
-std::string gzip(const QByteArray& bytes) {
-    // The same compressed bytes as zlib's own format, which servers call "deflate".
-    return qCompress(bytes).mid(4).toStdString();
-}
-
 }  // namespace
-
-/// "*" stands for words that differ from run to run: the network layer notices some of these.
-TEST(OddServers, AreNotTakenForSuccess) {
-    for (const QStringList& row : rows(R"(
-        103 Early Hints~~HTTP/1.1 200 OK~Content-Length: 2~~{}                     | (HTTP 103): the server sent no final answer
-        102 Processing~~                                                           | (HTTP 102): the server sent no final answer
-        000 Nothing~Content-Length: 2~~{}                                          | *
-        200 OK~Content-Type: application/json~~{"a":1                              | (HTTP 200): the reply is cut short
-        200 OK~Content-Type: application/json~Transfer-Encoding: chunked~~7~{"a":1 | *
-        200 OK~Content-Encoding: gzip~~                                            | (HTTP 200): the reply is cut short
-        200 OK~Content-Type: application/json~~<html>                              | done
-        200 OK~Content-Type: application/json~Content-Length: 6~~{"a":1            | done
-        200 OK~~{"a":1                                                             | done)")) {
-        SCOPED_TRACE(row[0].toStdString());
-        const std::string reply = "HTTP/1.1 " + QString(row[0]).replace("~", "\r\n").toStdString();
-        const RawServer server(reply);
-        const std::string came = outcome({.method = "GET", .url = QUrl(server.url())});
-        if (row[1] == "*") {
-            EXPECT_THAT(came, StartsWith("ctx failed"));
-        } else {
-            EXPECT_EQ(came, row[1] == "done" ? "done" : "ctx failed " + row[1].toStdString());
-        }
-    }
-}
-
-TEST(OddServers, MayPackInSeveralStreamsWithPadding) {
-    const std::string head = "HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\n\r\n";
-    const std::string zeros(600, '\0');
-    for (const auto& [packed, expected] :
-         {std::pair{gzip("{}") + zeros, "done"},
-          {gzip("{") + gzip("}") + zeros, "done"},
-          {gzip("{}") + zeros + "x", "ctx failed (HTTP 200): the compressed reply is damaged"}}) {
-        const RawServer server(head + packed);
-        EXPECT_EQ(outcome({.method = "GET", .url = QUrl(server.url())}), expected);
-    }
-}
-
-TEST(OddServers, CannotFillMemoryWithAFewBytes) {
-    const std::string bomb = gzip(QByteArray(64 << 20, ' '));
-    ASSERT_LT(bomb.size(), 100'000U);
-    const RawServer server("HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\n\r\n" + bomb);
-    EXPECT_EQ(outcome({.method = "GET", .url = QUrl(server.url())}),
-              "ctx failed (HTTP 200): the compressed reply is damaged");
-}
 
 /// Nobody accepts here, but the system does: a connection stands and nothing comes.
 TEST(OddServers, AreNotWaitedForForEver) {
