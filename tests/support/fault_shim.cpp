@@ -248,20 +248,12 @@ int open(const char* path, int flags, mode_t mode) {
     return opened("open", flags, AT_FDCWD, path, path, flags, mode);
 }
 
-int open64(const char* path, int flags, mode_t mode) {
-    return opened("open64", flags, AT_FDCWD, path, path, flags, mode);
-}
-
 int openat(int folder, const char* path, int flags, mode_t mode) {
     return opened("openat", flags, folder, path, folder, path, flags, mode);
 }
 
 std::FILE* fopen(const char* path, const char* mode) {
     return openStream("fopen", path, mode);
-}
-
-std::FILE* fopen64(const char* path, const char* mode) {
-    return openStream("fopen64", path, mode);
 }
 
 ssize_t write(int file, const void* bytes, std::size_t size) {
@@ -316,16 +308,8 @@ int ftruncate(int file, off_t size) noexcept {
     return counted("ftruncate", file, size);
 }
 
-int ftruncate64(int file, off64_t size) noexcept {
-    return counted("ftruncate64", file, size);
-}
-
 int truncate(const char* path, off_t size) noexcept {
     return counted("truncate", path, size);
-}
-
-int truncate64(const char* path, off64_t size) noexcept {
-    return counted("truncate64", path, size);
 }
 
 int rename(const char* from, const char* to) noexcept {
@@ -384,5 +368,11 @@ int getpwuid_r(uid_t user, passwd* entry, char* texts, std::size_t size, passwd*
     return real<int(uid_t, passwd*, char*, std::size_t, passwd**)>("getpwuid_r")(user, entry, texts,
                                                                                  size, found);
 }
+
+// The same where files may be large, which they may here anyway.
+int open64(const char*, int, mode_t) __attribute__((alias("open")));
+std::FILE* fopen64(const char*, const char*) __attribute__((alias("fopen")));
+int ftruncate64(int, off64_t) noexcept __attribute__((alias("ftruncate")));
+int truncate64(const char*, off64_t) noexcept __attribute__((alias("truncate")));
 
 }  // extern "C"
