@@ -35,8 +35,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Modes, Activation, ::testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+INSTANTIATE_TEST_SUITE_P(Modes, Activation, ::testing::Bool(), modeName);
 
 const QStringList kBoth{"a=two", "b=two"};
 

@@ -34,8 +34,7 @@ Outcome runMounted(const Sandbox& box, const QString& folder, const QString& ove
 
 using Staging = SyncTest;
 
-INSTANTIATE_TEST_SUITE_P(Modes, Staging, ::testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+INSTANTIATE_TEST_SUITE_P(Modes, Staging, ::testing::Bool(), modeName);
 
 TEST_P(Staging, ThatIsTamperedWithDuringTheDownloadIsNotInstalled) {
     const QString state = box.path("apps/.quorvelle");
@@ -79,8 +78,7 @@ TEST_P(Staging, ThatIsTamperedWithDuringTheDownloadIsNotInstalled) {
 
 using InstallDirectory = SyncTest;
 
-INSTANTIATE_TEST_SUITE_P(Modes, InstallDirectory, ::testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+INSTANTIATE_TEST_SUITE_P(Modes, InstallDirectory, ::testing::Bool(), modeName);
 
 TEST_P(InstallDirectory, ThatIsALinkIsUpdatedBehindIt) {
     box.write("big disk/games/app/a", "0");
@@ -137,8 +135,7 @@ TEST_P(InstallDirectory, ThatIsAMountPointIsRefusedBeforeTheDownload) {
 
 using LockEntry = SyncTest;
 
-INSTANTIATE_TEST_SUITE_P(Modes, LockEntry, ::testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+INSTANTIATE_TEST_SUITE_P(Modes, LockEntry, ::testing::Bool(), modeName);
 
 TEST_P(LockEntry, ThatCannotBeLockedEndsTheSync) {
     writeState(".lock/in the way", "");
@@ -160,8 +157,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Modes, OldBuild, ::testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+INSTANTIATE_TEST_SUITE_P(Modes, OldBuild, ::testing::Bool(), modeName);
 
 TEST_P(OldBuild, GoesWithDirectoriesThatAreNotWritable) {
     update(1);

@@ -21,8 +21,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Modes, Sync, ::testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+INSTANTIATE_TEST_SUITE_P(Modes, Sync, ::testing::Bool(), modeName);
 
 TEST_P(Sync, InstallsOnceAndAgainWhenForced) {
     const QStringList paths{"b.txt", "bin/deep/tool", "empty", "a+b &c%d", "日本/ü#"};
@@ -299,8 +298,7 @@ protected:
     FakeServer second;
 };
 
-INSTANTIATE_TEST_SUITE_P(Modes, SyncCommand, ::testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+INSTANTIATE_TEST_SUITE_P(Modes, SyncCommand, ::testing::Bool(), modeName);
 
 TEST_P(SyncCommand, ReturnsTheLargestCodeOfTheChosenSubscriptions) {
     QJsonObject other = subscription("%1", "c");

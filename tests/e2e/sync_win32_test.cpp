@@ -1,8 +1,3 @@
-#include <windows.h>
-
-#include <QDir>
-#include <QFile>
-
 #include "support/fake_tide.h"
 #include "support/platform.h"
 #include "support/qt_printers.h"
@@ -13,18 +8,7 @@ namespace {
 
 using WindowsSync = SyncTest;
 
-INSTANTIATE_TEST_SUITE_P(Modes, WindowsSync, ::testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "json" : "text"; });
-
-TEST_P(WindowsSync, RefusesNamesThatWindowsReadsOtherwise) {
-    for (const char* name : {"C:a", "C:/a", "a:stream", "nul", "d/COM1.txt", "a.", "d /a", "a?"}) {
-        SCOPED_TRACE(name);
-        publish(server, "stable", "b", {{"good", "g"}, {name, "x"}});
-        expectSync("failed", fetching("b", {"good"}, 2),
-                   QString("'app': manifest contains an unsafe path: ") + name);
-        EXPECT_EQ(installed(), QStringList("(missing)"));
-    }
-}
+INSTANTIATE_TEST_SUITE_P(Modes, WindowsSync, ::testing::Bool(), modeName);
 
 TEST_P(WindowsSync, RefusesPathsThatDifferInCaseAlone) {
     publish(server, "stable", "b", {{"Readme.txt", "R"}, {"bin/a", "a"}, {"readme.txt", "r"}});
@@ -45,33 +29,6 @@ TEST_P(WindowsSync, DownloadsNothingForAFileThatNobodyCanRead) {
                             : got.out.section('\n', -2, -2)) == message)
         << got.out.toStdString() << got.err.toStdString();
     EXPECT_EQ(got.code, 0);
-}
-
-TEST_P(WindowsSync, ReplacesBuildsInWhichSomebodyMadeOddNames) {
-    publish(server, "stable", "b1", {{"a", "one"}});
-    expectSync("synced", whole("b1", {"a"}), synced("b1", 1, 3));
-    for (const char* name : {"nul", "foo.", "trail "}) {
-        // As no path without this beginning can be written.
-        const std::wstring path =
-            L"\\\\?\\" +
-            (QDir::toNativeSeparators(box.path("apps/app")) + u'\\' + name).toStdWString();
-        const HANDLE made = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                        FILE_ATTRIBUTE_NORMAL, nullptr);
-        ASSERT_NE(made, INVALID_HANDLE_VALUE);
-        CloseHandle(made);
-    }
-    publish(server, "stable", "b2", {{"a", "two"}});
-    expectSync("synced", whole("b2", {"a"}), synced("b2", 1, 3));
-    EXPECT_EQ(state(), QStringList("app.installed.json"));
-}
-
-TEST_P(WindowsSync, IsNotStoppedByReadOnlyFiles) {
-    publish(server, "stable", "b1", {{"a", "one"}, {"d/b", "one"}});
-    expectSync("synced", whole("b1", {"a", "d/b"}), synced("b1", 2, 6));
-    ASSERT_TRUE(QFile::setPermissions(box.path("apps/app/d/b"), QFile::ReadOwner));
-    publish(server, "stable", "b2", {{"a", "two"}});
-    expectSync("synced", whole("b2", {"a"}), synced("b2", 1, 3));
-    EXPECT_EQ(state(), QStringList("app.installed.json"));
 }
 
 TEST_P(WindowsSync, TakesShortcutsForFiles) {

@@ -16,8 +16,7 @@ using ::testing::StartsWith;
 
 class TideSync : public TideTest {};
 
-INSTANTIATE_TEST_SUITE_P(Modes, TideSync, ::testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+INSTANTIATE_TEST_SUITE_P(Modes, TideSync, ::testing::Bool(), modeName);
 
 TEST_P(TideSync, InstallsUpdatesAndFetchesOnlyWhatChanged) {
     box.environment.insert("QUORVELLE_TOKEN", "secret");

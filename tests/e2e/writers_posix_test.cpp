@@ -67,8 +67,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Modes, Writers, ::testing::Bool(),
-                         [](const auto& mode) { return mode.param ? "json" : "text"; });
+INSTANTIATE_TEST_SUITE_P(Modes, Writers, ::testing::Bool(), modeName);
 
 struct InPlace {
     const char* name;

@@ -54,6 +54,10 @@ protected:
     Sandbox box;
 };
 
+inline std::string modeName(const ::testing::TestParamInfo<bool>& mode) {
+    return mode.param ? "json" : "text";
+}
+
 /// The line that begins every sync of "app".
 inline const QString kChecking = QStringLiteral("'app': checking channel 'stable' ...");
 

@@ -90,7 +90,7 @@ TEST(ManifestFiles, RefusesUnsafePaths) {
 
 TEST(ManifestFiles, KnowsTheNamesThatWindowsReserves) {
     for (const char* path :
-         {"C:a", "a:stream", "d/a.", "d /a", "NUL", "d/nul.txt", "con", "com1", "LPT9.log",
+         {"C:a", "C:/a", "a:stream", "d/a.", "d /a", "NUL", "d/nul.txt", "con", "com1", "LPT9.log",
           "COM\u00b9", "aux .txt", "CONOUT$", "a\tb", "a|b", "a?", "d/\x7f/prn/x"}) {
         EXPECT_FALSE(files::isWindowsSafePath(path)) << path;
     }
