@@ -29,9 +29,7 @@ TEST(Authorities, OfTheEnvironmentCountForEveryRequest) {
     QDir().mkpath(box.path("folder"));
     QFile::copy(authorityData("authority.pem"), box.path("folder/any name"));
     box.write("folder/other", "no certificate");
-    const QJsonObject app{
-        {"name", "app"}, {"server", server.url()}, {"channel", "stable"}, {"dir", box.path("app")}};
-    box.writeConfig({{"schema_version", 2}, {"subscriptions", QJsonArray{app}}});
+    box.follow(server.url());
     const auto sync = [&](const QString& file, const QString& folders) {
         box.environment.insert("SSL_CERT_FILE", file);
         box.environment.insert("SSL_CERT_DIR", folders);

@@ -43,10 +43,7 @@ TEST_F(FailedOutput, TurnsASuccessIntoAFailureWhenTheWorkIsDone) {
 
 /// Each row: a command and what a server tells it once.
 TEST_F(FailedOutput, SendsWhatIsToldOnceToStandardError) {
-    server.onAnythingElse([](const httplib::Request&, httplib::Response& response) {
-        response.set_content(R"({"token":"T1","code":"C1","encryption_key":"K1"})",
-                             "application/json");
-    });
+    server.onAnythingElse(answering(R"({"token":"T1","code":"C1","encryption_key":"K1"})"));
     for (const QStringList& row : rows(R"(
         token create t --user u | T1
         invite create u         | C1

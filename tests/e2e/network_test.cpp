@@ -14,23 +14,10 @@ namespace {
 
 const TideFiles kBuild{{"a", {"one"}}};
 
-/// A channel "stable" of a server whose addresses lead elsewhere.
-class Network : public ::testing::Test {
-protected:
-    void subscribe(const QString& server) {
-        const QJsonObject app{
-            {"name", "app"}, {"server", server}, {"channel", "stable"}, {"dir", box.path("app")}};
-        box.writeConfig(
-            {{"schema_version", 2}, {"token", "tok"}, {"subscriptions", QJsonArray{app}}});
-    }
-
-    Sandbox box;
-};
-
 }  // namespace
 
 /// Neither server is there: the proxy answers for them.
-TEST_F(Network, IsReachedThroughTheSameProxyByEveryRequest) {
+TEST(Network, IsReachedThroughTheSameProxyByEveryRequest) {
     const std::string app = "http://builds.test";
     const std::string store = "http://bucket.test/b/";
     FakeServer proxy;
@@ -40,14 +27,13 @@ TEST_F(Network, IsReachedThroughTheSameProxyByEveryRequest) {
                  {{"build", "b1"}, {"manifest_url", QString::fromStdString(app) + "/m"}});
     proxy.onJson("DELETE", app + "/api/builds/b0", {});
     proxy.onJson("POST", app + "/api/channels/stable/promote?build=b1", {});
-    proxy.on("GET", app + "/m", [&](const auto&, httplib::Response& response) {
-        response.set_redirect(direct.url().toStdString() + "/m");
-    });
+    proxy.on("GET", app + "/m", redirectTo(direct.url() + "/m"));
     direct.onBytes("GET", "/m", tideManifest("stable", kBuild));
     const std::string id = chunkId("one").toStdString();
     const std::string chunk = store + "chunks/" + id.substr(0, 2) + '/' + id;
     proxy.onBytes("GET", chunk, "one");
-    subscribe(QString::fromStdString(app));
+    Sandbox box;
+    box.follow(QString::fromStdString(app));
     for (const auto& [name, value] :
          std::map<QString, QString>{{"http_proxy", proxy.url().replace("://", "://me%40x:p%3Aw@")},
                                     {"TIDE_S3_ENDPOINT", "http://bucket.test"},
@@ -72,8 +58,9 @@ TEST_F(Network, IsReachedThroughTheSameProxyByEveryRequest) {
     EXPECT_EQ(direct.requests().at(0).header("Proxy-Authorization"), "(none)");
 }
 
-TEST_F(Network, IsNotAskedWithoutTheProxyThatCannotBeUsed) {
-    subscribe("http://builds.test");
+TEST(Network, IsNotAskedWithoutTheProxyThatCannotBeUsed) {
+    Sandbox box;
+    box.follow("http://builds.test");
     box.environment.insert("all_proxy", "https://u:secret@p");
     const Outcome got = box.run({"sync"});
     EXPECT_EQ(got.code, 2);

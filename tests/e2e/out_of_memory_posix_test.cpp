@@ -18,9 +18,7 @@ TEST(OutOfMemory, EndsTheCommandAndSaysSo) {
     many += "0]}";
     FakeServer server;
     Sandbox box;
-    const QJsonObject app{
-        {"name", "app"}, {"server", server.url()}, {"channel", "c"}, {"dir", box.path("app")}};
-    box.writeConfig({{"schema_version", 2}, {"subscriptions", QJsonArray{app}}});
+    box.follow(server.url(), "c");
     server.onJson("GET", "/api/channels/c", {{"engine", "tide"}});
     server.onBytes("GET", "/store/m", many);
     const QString limited = "ulimit -v 700000; exec '" + quorvelleProgram() + "' \"$@\"";

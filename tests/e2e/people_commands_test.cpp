@@ -63,9 +63,7 @@ backup init --shared    | manager now:\n\n\n)")) {
                                   R"("encryption_key":{"k":"K"}})",
                                   ""}) {
             SCOPED_TRACE(row[0].toStdString() + ' ' + reply);
-            server.onAnythingElse([reply](const httplib::Request&, httplib::Response& response) {
-                response.set_content(reply, "application/json");
-            });
+            server.onAnythingElse(answering(reply));
             const Outcome got = box.run(words);
             EXPECT_EQ(got.code, 0);
             EXPECT_TRUE(got.out.contains(QString(row[1]).replace("\\n", "\n")))

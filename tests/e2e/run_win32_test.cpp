@@ -21,11 +21,7 @@ TEST(RunOnWindows, HandsWholeArgumentsToABatchFileAndWhatItStarts) {
               "@\"" + program.toUtf8() + "\" config set token %*\r\n@exit /b 3\r\n");
     server.onJson("GET", "/api/channels/c",
                   json("{'launch_targets':[{'label':'T','exe':'my tool.bat'}]}"));
-    box.writeConfig({{"schema_version", 2},
-                     {"subscriptions", QJsonArray{QJsonObject{{"name", "app"},
-                                                              {"server", server.url()},
-                                                              {"channel", "c"},
-                                                              {"dir", box.path("my app")}}}}});
+    box.follow(server.url(), "c", "my app");
     for (const char* argument :
          {"plain", "a b", "c&d", "<|>^", R"(")", R"(C:\a b\)", R"(a\\"b\")", "größe=日本"}) {
         SCOPED_TRACE(argument);

@@ -96,9 +96,7 @@ TEST_F(ServiceWords, PrintTheRepliesOfThePage) {
     int shown = 0;
     for (const auto& match : example.globalMatch(section)) {
         SCOPED_TRACE(match.captured(1).toStdString());
-        server.onAnythingElse([&](const httplib::Request&, httplib::Response& response) {
-            response.set_content(match.captured(2).toStdString(), "application/json");
-        });
+        server.onAnythingElse(answering(match.captured(2).toStdString()));
         expectOutcome(box.run(args(match.captured(1))), 0, match.captured(2) + '\n');
         ++shown;
     }
@@ -201,10 +199,7 @@ TEST_F(TrialLicense, IsNotInstalledWhenTheServiceGaveNone) {
 200 | {"error":7} | the licensing service sent no license
 )")) {
         SCOPED_TRACE(cells.join(u'|').toStdString());
-        service.on("POST", "/api/trial", [&](const httplib::Request&, httplib::Response& response) {
-            response.status = cells[0].toInt();
-            response.set_content(cells[1].toStdString(), "application/json");
-        });
+        service.on("POST", "/api/trial", answering(cells[1].toStdString(), cells[0].toInt()));
         expectError(box, kRequest, 2, cells[2]);
     }
     EXPECT_THAT(server.lines(), ElementsAre());

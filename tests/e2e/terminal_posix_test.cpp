@@ -19,15 +19,7 @@ const std::vector<int> kAll{STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
 
 /// A person at a terminal of 80 columns, with a subscription "app" of the channel "stable".
 struct AtATerminal : ServerTest {
-    AtATerminal() {
-        box.writeConfig({{"schema_version", 2},
-                         {"server", server.url()},
-                         {"token", "t"},
-                         {"subscriptions", QJsonArray{QJsonObject{{"name", "app"},
-                                                                  {"server", server.url()},
-                                                                  {"channel", "stable"},
-                                                                  {"dir", box.path("app")}}}}});
-    }
+    AtATerminal() { box.follow(server.url()); }
 
     Outcome run(const QString& words, const AtTerminal& there = {"xterm"},
                 const std::vector<int>& streams = kBoth) const {
@@ -101,9 +93,7 @@ TEST_F(AtATerminal, NothingIsLeftOfTheLineAfterAFailureOrCtrlC) {
 }
 
 TEST_F(AtATerminal, APushKeepsALineToo) {
-    server.onAnythingElse([](const auto&, httplib::Response& response) {
-        response.set_content(R"({"file_count":1,"total_size":5000})", "application/json");
-    });
+    server.onAnythingElse(answering(R"({"file_count":1,"total_size":5000})"));
     box.write("build/a", QByteArray(5000, 'x'));
     const Outcome pushed = run("push build --channel stable --build b1");
     EXPECT_THAT(pushed.err.toStdString(), ::testing::HasSubstr(" of 4.9 KiB"));

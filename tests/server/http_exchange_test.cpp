@@ -41,21 +41,6 @@ Exchanged get(const QString& url, HttpExchange::Sink sink = {}) {
     return run({.method = "GET", .url = QUrl(url), .token = "t"}, std::move(sink));
 }
 
-FakeServer::Answer redirectTo(const QString& target, int status) {
-    return [target = target.toStdString(), status](const auto&, httplib::Response& response) {
-        response.status = status;
-        response.set_header("Location", target);
-        response.set_content("{\"from\":\"redirect\"}", "application/json");
-    };
-}
-
-FakeServer::Answer answer(int status, const std::string& body, const char* type = "text/plain") {
-    return [=](const auto&, httplib::Response& response) {
-        response.status = status;
-        response.set_content(body, type);
-    };
-}
-
 /// A reply with "~" for its line ends.
 std::string reply(QString text) {
     return text.replace("~", "\r\n").toStdString();
@@ -85,7 +70,7 @@ TEST(HttpExchange, SaysWhatTheServerSaidOfAFailure) {
         400 | ["error"]                       | ...
         500 |                                 | ...)")) {
         SCOPED_TRACE(row[1].toStdString());
-        server.on("GET", "/x", answer(row[0].toInt(), row[1].toStdString()));
+        server.on("GET", "/x", answering(row[1].toStdString(), row[0].toInt()));
         const Exchanged ran = get(server.url() + "/x");
         EXPECT_FALSE(ran.ok);
         const std::string start = "ctx failed (HTTP " + row[0].toStdString() + "): ";

@@ -52,10 +52,7 @@ TEST(OddServers, GetNoSecretsThatWereForOthers) {
     for (const char* method : {"PUT", "POST", "DELETE"}) {
         FakeServer home;
         FakeServer other;
-        home.on(method, "/x", [&](const auto&, httplib::Response& response) {
-            response.status = 307;
-            response.set_header("Location", other.url().toStdString() + "/y");
-        });
+        home.on(method, "/x", redirectTo(other.url() + "/y", 307));
         EXPECT_EQ(outcome({.method = method, .url = QUrl(home.url() + "/x"), .body = "secret"}),
                   "ctx failed (HTTP 307): the server redirects to \"" + other.url().toStdString() +
                       "/y\"");

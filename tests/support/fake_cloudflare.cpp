@@ -96,9 +96,7 @@ void FakeCloudflare::failAt(std::size_t number, ReplyFault fault) {
 void FakeCloudflare::setPages(const std::string& path, const std::vector<std::string>& pages) {
     for (std::size_t i = 0; i < pages.size(); ++i) {
         server.on("GET", path + (i == 0 ? "" : "?cursor=c%2F" + std::to_string(i)),
-                  [page = pages[i]](const httplib::Request&, httplib::Response& response) {
-                      response.set_content(page, "application/json");
-                  });
+                  answering(pages[i]));
     }
 }
 
@@ -143,8 +141,7 @@ void FakeCloudflare::answer(const Work& work, const httplib::Request& request,
         response.set_content(work(request), "application/json");
     } else if (isRefused || found->second == ReplyFault::kRefuse) {
         refused.insert(line);
-        response.status = 403;
-        response.set_content(kRefusal, "application/json");
+        answering(kRefusal, 403)(request, response);
     } else {
         leaveInDoubt(found->second, work, request);
         found->second == ReplyFault::kGarbage ? response.set_content("<html>", "text/html")

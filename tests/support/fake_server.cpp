@@ -68,11 +68,8 @@ void FakeServer::on(const std::string& method, const std::string& target, Answer
 
 void FakeServer::onJson(const std::string& method, const std::string& target,
                         const QJsonObject& body, int status) {
-    const std::string text = QJsonDocument(body).toJson(QJsonDocument::Compact).toStdString();
-    on(method, target, [text, status](const httplib::Request&, httplib::Response& response) {
-        response.status = status;
-        response.set_content(text, "application/json");
-    });
+    on(method, target,
+       answering(QJsonDocument(body).toJson(QJsonDocument::Compact).toStdString(), status));
 }
 
 void FakeServer::onBytes(const std::string& method, const std::string& target,
@@ -123,6 +120,21 @@ void FakeServer::answer(const httplib::Request& request, httplib::Response& resp
         found = at == answers.end() ? answers[{}] : at->second;
     }
     found(request, response);
+}
+
+FakeServer::Answer answering(const std::string& body, int status) {
+    return [=](const httplib::Request&, httplib::Response& response) {
+        response.status = status;
+        response.set_content(body, "application/json");
+    };
+}
+
+FakeServer::Answer redirectTo(const QString& target, int status) {
+    return [=](const httplib::Request&, httplib::Response& response) {
+        response.status = status;
+        response.set_header("Location", target.toStdString());
+        response.set_content("{\"from\":\"redirect\"}", "application/json");
+    };
 }
 
 }  // namespace quorvelle::testing

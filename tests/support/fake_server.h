@@ -73,4 +73,9 @@ private:
     std::vector<SeenRequest> asked;
 };
 
+/// Says this to everybody, as JSON, whatever it is.
+FakeServer::Answer answering(const std::string& body, int status = 200);
+
+FakeServer::Answer redirectTo(const QString& target, int status = 302);
+
 }  // namespace quorvelle::testing

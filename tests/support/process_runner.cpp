@@ -6,6 +6,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
 
@@ -98,6 +99,15 @@ QJsonObject Sandbox::config() const {
 
 void Sandbox::writeConfig(const QJsonObject& document) const {
     write(QStringLiteral("config/config.json"), QJsonDocument(document).toJson());
+}
+
+void Sandbox::follow(const QString& server, const QString& channel, const QString& place) const {
+    const QJsonObject app{
+        {"name", "app"}, {"server", server}, {"channel", channel}, {"dir", path(place)}};
+    writeConfig({{"schema_version", 2},
+                 {"server", server},
+                 {"token", "t"},
+                 {"subscriptions", QJsonArray{app}}});
 }
 
 }  // namespace quorvelle::testing

@@ -38,6 +38,9 @@ public:
     QStringList tree(const QString& relative) const;
     QJsonObject config() const;
     void writeConfig(const QJsonObject& document) const;
+    /// Writes a configuration with the server, the token "t" and the subscription "app".
+    void follow(const QString& server, const QString& channel = QStringLiteral("stable"),
+                const QString& place = QStringLiteral("app")) const;
 
     QProcessEnvironment environment;
 

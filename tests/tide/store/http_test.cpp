@@ -32,12 +32,6 @@ void expectFailure(const Got& got, const std::string& err) {
     EXPECT_EQ(got.status, -1);
 }
 
-FakeServer::Answer redirectTo(const std::string& url) {
-    return [url](const httplib::Request&, httplib::Response& response) {
-        response.set_redirect(url, 302);
-    };
-}
-
 class HttpGetTest : public ::testing::Test {
 protected:
     std::string url(const std::string& target) const { return server.url().toStdString() + target; }
@@ -64,7 +58,7 @@ TEST_F(HttpGetTest, ReturnsBodyAndStatusWhateverTheStatus) {
 TEST_F(HttpGetTest, SendsTheTokenToTheFirstOriginAlone) {
     FakeServer other;
     server.on("GET", "/start", redirectTo("/same"));
-    server.on("GET", "/same", redirectTo((other.url() + "/other").toStdString()));
+    server.on("GET", "/same", redirectTo(other.url() + "/other"));
     other.onBytes("GET", "/other", "there");
     const Got got = get(url("/start"), "t0ken");
     EXPECT_EQ(got.body, "there") << got.err;
