@@ -59,13 +59,6 @@ TEST_P(Activation, OfFilesInUseIsRetriedWithoutADownload) {
     expectSync("current", {kChecking}, upToDate("b2"));
 }
 
-TEST_P(Activation, OfAStagedBuildIsRetriedWhenForced) {
-    blockBuildTwo();
-    expectSync("synced", retrying("b2"), retried("b2"), args("sync --force"));
-    expectOnlyChannelRequests();
-    EXPECT_EQ(installed(), kBoth);
-}
-
 TEST_P(Activation, IsBlockedByAFileInTheDirectorysPlace) {
     publish(server, "stable", "b1", {{"a", "one"}});
     box.write("apps/app", "a file");

@@ -83,39 +83,25 @@ TEST_P(Sync, TakesEveryEngineButTideForCargo) {
     }
 }
 
+/// Each row: the replies for the channel and the build ("-" where none is asked for), and the
+/// message.
 TEST_P(Sync, EndsBeforeTheDownload) {
-    struct Row {
-        const char* name;
-        const char* channel;
-        const char* build;
-        const char* result;
-        QString message;
-        bool asksForBuild;
-    };
-    const QString newer = "was %1 by a newer Quorvelle - please update";
-    const QString notJson = "'app': sync failed (HTTP 200): the reply is not JSON";
-    for (const Row& row :
-         {Row{"no build", R"({"engine":"cargo"})", "{}", "current", "'app' has no build yet",
-              false},
-          Row{"empty build", R"({"build":""})", "{}", "current", "'app' has no build yet", false},
-          Row{"no body", "", "{}", "current", "'app' has no build yet", false},
-          Row{"no JSON", "fine", "{}", "failed", notJson, false},
-          Row{"no object", R"([{"build":"b"}])", "{}", "failed", notJson, false},
-          Row{"newer channel", R"({"build":"b","schema_version":"2"})", "{}", "failed",
-              "'app': this channel " + newer.arg("written"), false},
-          Row{"newer, no build", R"({"schema_version":"3000000000"})", "{}", "failed",
-              "'app': this channel " + newer.arg("written"), false},
-          Row{"newer build", R"({"build":"b"})", R"({"schema_version":2.5,"files":[{"path":"a"}]})",
-              "failed", "'app': this build " + newer.arg("made"), true},
-          Row{"no files", R"({"build":"b"})", R"({"files":[]})", "failed",
-              "'app': build b has an empty manifest", true},
-          Row{"no manifest", R"({"build":"b"})", "fine", "failed",
-              "'app': build b has an empty manifest", true}}) {
-        SCOPED_TRACE(row.name);
-        server.onBytes("GET", "/api/channels/stable", row.channel);
-        server.onBytes("GET", "/api/builds/b", row.build);
-        expectSync(row.result, row.asksForBuild ? fetching("b", {}) : QStringList(kChecking),
-                   row.message);
+    for (const QStringList& row : rows(R"(
+        {"engine":"cargo"}                  | - | 'app' has no build yet
+        {"build":""}                        | - | 'app' has no build yet
+                                            | - | 'app' has no build yet
+        fine                                | - | 'app': sync failed (HTTP 200): the reply is not JSON
+        [{"build":"b"}]                     | - | 'app': sync failed (HTTP 200): the reply is not JSON
+        {"build":"b","schema_version":"2"}  | - | 'app': this channel was written by a newer Quorvelle - please update
+        {"schema_version":"3000000000"}     | - | 'app': this channel was written by a newer Quorvelle - please update
+        {"build":"b"} | {"schema_version":2.5,"files":[{"path":"a"}]} | 'app': this build was made by a newer Quorvelle - please update
+        {"build":"b"} | {"files":[]}            | 'app': build b has an empty manifest
+        {"build":"b"} | fine                    | 'app': build b has an empty manifest)")) {
+        SCOPED_TRACE(row.join('|').toStdString());
+        server.onBytes("GET", "/api/channels/stable", row[0].toStdString());
+        server.onBytes("GET", "/api/builds/b", row[1].toStdString());
+        expectSync(row[2].startsWith("'app':") ? "failed" : "current",
+                   row[1] == "-" ? QStringList(kChecking) : fetching("b", {}), row[2]);
         expectNothingInstalled();
     }
 }
@@ -204,20 +190,15 @@ TEST_P(Sync, InstallsNothingWhenAChunkedBodyHasNoEnd) {
     }
 }
 
+/// A folder in a file's place, and a file in a folder's.
 TEST_P(Sync, ReportsWhatCannotBeStored) {
-    const QString staging = box.path("apps/.quorvelle/app.staging");
-    struct Row {
-        const char* name;
-        QStringList paths;
-        QString message;
-    };
-    for (const Row& row :
-         {Row{"folder in a file", {"a", "a/b"}, "'app': cannot create directory for a/b"},
-          Row{"file in a folder", {"a/b", "a"}, "'app': cannot write " + staging + "/a"}}) {
+    const QString inStaging = "'app': cannot write " + box.path("apps/.quorvelle/app.staging/a");
+    for (const auto& [paths, message] :
+         {std::pair(args("a a/b"), QString("'app': cannot create directory for a/b")),
+          {args("a/b a"), inStaging}}) {
         for (const char* bytes : {"bytes", ""}) {
-            SCOPED_TRACE(row.name);
-            publish(server, "stable", "b", {{row.paths[0], "x"}, {row.paths[1], bytes}});
-            expectSync("failed", fetching("b", row.paths), row.message);
+            publish(server, "stable", "b", {{paths[0], "x"}, {paths[1], bytes}});
+            expectSync("failed", fetching("b", paths), message);
             expectNothingInstalled();
         }
     }
@@ -232,30 +213,26 @@ TEST_P(Sync, NeedsItsStagingDirectory) {
 }
 
 TEST_P(Sync, SendsTheTokenOfTheSubscriptionFirst) {
-    struct Row {
-        const char* own;
-        const char* environment;
-        const char* top;
-        const char* sent;
-    };
     publish(server, "stable", "b", {{"a", "a"}});
-    for (const Row& row :
-         {Row{"own", "env", "top", "Bearer own"}, Row{"", "env", "top", "Bearer env"},
-          Row{"", "", "top", "Bearer top"}, Row{"", "", "", "(none)"}}) {
-        SCOPED_TRACE(row.sent);
+    for (const QStringList& row : rows(R"(
+        own | env | top | Bearer own
+            | env | top | Bearer env
+            |     | top | Bearer top
+            |     |     | (none))")) {
+        SCOPED_TRACE(row[3].toStdString());
         QJsonObject entry = subscription("app", "stable");
-        entry.insert("token", row.own);
+        entry.insert("token", row[0]);
         box.writeConfig(
             {{"schema_version", 2},
-             {"token", row.top},
+             {"token", row[2]},
              {"subscriptions", QJsonArray{entry}},
              {"servers", QJsonArray{QJsonObject{{"server", server.url()}, {"token", "joined"}}}}});
-        box.environment.insert("QUORVELLE_TOKEN", row.environment);
+        box.environment.insert("QUORVELLE_TOKEN", row[1]);
         server.forget();
         expectSync("synced", whole("b", {"a"}), synced("b", 1, 1), args("sync --force"));
         EXPECT_EQ(server.requests().size(), 3U);
         for (const SeenRequest& request : server.requests()) {
-            EXPECT_EQ(request.header("Authorization"), row.sent) << request.line();
+            EXPECT_EQ(request.header("Authorization"), row[3].toStdString()) << request.line();
         }
     }
 }

@@ -4,7 +4,6 @@
 
 #include <QJsonArray>
 
-#include "config/server_url.h"
 #include "server/server_option.h"
 #include "server/url.h"
 #include "support/notation.h"
@@ -35,11 +34,6 @@ TEST(Requests, CarryTheFirstTokenThereIs) {
         EXPECT_TRUE(getJson(*server, "/api/me", "x").ok);
         EXPECT_EQ(api.server.requests().at(0).header("Authorization"), row[3].toStdString());
     }
-}
-
-TEST(WithoutTrailingSlashes, RemovesAllOfThem) {
-    EXPECT_EQ(withoutTrailingSlashes("http://h/base///"), QString("http://h/base"));
-    EXPECT_EQ(withoutTrailingSlashes("///"), QString());
 }
 
 TEST(ApiUrl, SendsEveryNameAsOnePathSegment) {

@@ -4,7 +4,6 @@
 
 #include "support/fake_server.h"
 #include "support/raw_server.h"
-#include "tide/store/network.h"
 
 namespace tide {
 namespace {
@@ -136,17 +135,6 @@ TEST_F(HttpGetTest, TriesAgainWhereThatMayHelp) {
     }
 }
 
-/// The server accepts and says nothing.
-TEST_F(HttpGetTest, DoesNotWaitForEver) {
-    const Network usual = network();
-    useNetwork({.idleLimit = std::chrono::seconds(1)});
-    server.on("GET", "/silent", [](const httplib::Request&, httplib::Response&) {
-        std::this_thread::sleep_for(std::chrono::seconds(3));
-    });
-    expectFailure(get(url("/silent")), "curl: no data for 1 s");
-    useNetwork(usual);
-}
-
 TEST_F(HttpGetTest, StopsAtTheBound) {
     const HttpOptions fourBytes{.maxBody = 4};
     server.onBytes("GET", "/fits", "four");
@@ -154,22 +142,6 @@ TEST_F(HttpGetTest, StopsAtTheBound) {
     server.onBytes("GET", "/long", "five!");
     expectFailure(get(url("/long"), {}, fourBytes),
                   "curl: Failed writing received data to disk/application");
-}
-
-TEST_F(HttpGetTest, KeepsConnectionsOpenOnlyInACache) {
-    std::set<int> connections;
-    server.on("GET", "/k", [&](const httplib::Request& request, httplib::Response& response) {
-        connections.insert(request.remote_port);
-        response.set_content("bytes", "");
-    });
-    ConnectionCache cache;
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(get(url("/k"), {}, {.connections = &cache}).body, "bytes");
-    }
-    EXPECT_EQ(connections.size(), 1u);
-    get(url("/k"));
-    get(url("/k"));
-    EXPECT_EQ(connections.size(), 3u);
 }
 
 }  // namespace
