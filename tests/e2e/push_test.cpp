@@ -140,31 +140,24 @@ TEST_F(Push, ChecksItsWordsInOrder) {
 
 /// Where a push stops, and what was asked until then.
 TEST_F(Push, StopsAtTheFirstFailure) {
-    struct Row {
-        const char* method;
-        const char* target;
-        const char* context;
-        QString said;
-        std::size_t requests;
-    };
     box.write("build/a", "12");
     box.write("build/d/%1", "345");
     const QString start = "Pushing 2 files as build b1 to " + server.url() + " ...\n";
     const QString uploads = start + "  a (2 bytes)\n  d/%1 (3 bytes)\n";
-    for (const Row& row :
-         {Row{"PUT", "/api/builds/b1/files?path=a", "upload of a", start, 1},
-          Row{"PUT", "/api/builds/b1/files?path=d%2F%251", "upload of d/%1",
-              start + "  a (2 bytes)\n", 2},
-          Row{"POST", "/api/builds/b1/finalize", "finalize", uploads, 3},
-          Row{"POST", "/api/channels/beta/promote?build=b1", "promote",
-              uploads + "Finalized build b1 (3 files, 9007199254740993 bytes)\n", 4}}) {
-        SCOPED_TRACE(row.context);
+    for (const auto& [method, target, context, said, requests] :
+         {std::tuple("PUT", "/api/builds/b1/files?path=a", "upload of a", start, 1U),
+          {"PUT", "/api/builds/b1/files?path=d%2F%251", "upload of d/%1", start + "  a (2 bytes)\n",
+           2U},
+          {"POST", "/api/builds/b1/finalize", "finalize", uploads, 3U},
+          {"POST", "/api/channels/beta/promote?build=b1", "promote",
+           uploads + "Finalized build b1 (3 files, 9007199254740993 bytes)\n", 4U}}) {
+        SCOPED_TRACE(context);
         accept({"a", "d/%1"});
-        server.onJson(row.method, row.target, {{"error", "full %1"}}, 507);
-        const QString message = row.context + QString(" failed (HTTP 507): full %1");
+        server.onJson(method, target, {{"error", "full %1"}}, 507);
+        const QString message = context + QString(" failed (HTTP 507): full %1");
         server.forget();
-        expectOutcome(box.run(words), 2, row.said, message + u'\n');
-        EXPECT_EQ(server.lines().size(), row.requests);
+        expectOutcome(box.run(words), 2, said, message + u'\n');
+        EXPECT_EQ(server.lines().size(), requests);
         expectOutcome(box.run(words + QStringList("--json")), 2,
                       QString(R"({"error":")") + message + "\"}\n");
     }

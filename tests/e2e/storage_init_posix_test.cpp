@@ -9,23 +9,34 @@
 
 namespace quorvelle::testing {
 
+namespace {
+
+struct StorageInit : ::testing::Test {
+    StorageInit() {
+        box.environment.insert("QUORVELLE_CLOUDFLARE_API_URL", cloudflare.server.url());
+        box.environment.insert("CLOUDFLARE_API_TOKEN", "operator-secret");
+    }
+
+    Sandbox box;
+    FakeCloudflare cloudflare;
+    const QStringList words{quorvelleProgram(), "storage",  "init",     "--yes",
+                            "--bucket",         "builds-1", "--server", cloudflare.server.url()};
+};
+
+}  // namespace
+
 /// The shell leaves its process id, which is the program's as well, for the signal.
-TEST(StorageInit, UndoesItsWorkWhenItIsInterrupted) {
+TEST_F(StorageInit, UndoesItsWorkWhenItIsInterrupted) {
     const std::pair<std::size_t, int> table[] = {{6, SIGINT}, {9, SIGINT}, {9, SIGTERM}};
     for (const auto& [request, signal] : table) {
         SCOPED_TRACE(request);
-        Sandbox sandbox;
-        FakeCloudflare cloudflare;
+        cloudflare.reset(false);
         cloudflare.failAt(request, ReplyFault::kInterrupt);
-        cloudflare.interrupt = [&sandbox, number = signal] {
-            ::kill(sandbox.read("pid").trimmed().toInt(), number);
+        cloudflare.interrupt = [this, number = signal] {
+            ::kill(box.read("pid").trimmed().toInt(), number);
         };
-        sandbox.environment.insert("QUORVELLE_CLOUDFLARE_API_URL", cloudflare.server.url());
-        sandbox.environment.insert("CLOUDFLARE_API_TOKEN", "operator-secret");
-        const Outcome outcome = sandbox.runProgram(
-            "/bin/sh",
-            {"-c", "echo $$ > pid; exec \"$@\"", "sh", quorvelleProgram(), "storage", "init",
-             "--yes", "--bucket", "builds-1", "--server", cloudflare.server.url()});
+        const QStringList shell{"-c", "echo $$ > pid; exec \"$@\"", "sh"};
+        const Outcome outcome = box.runProgram("/bin/sh", shell + words);
         EXPECT_EQ(outcome.code, 2);
         EXPECT_EQ(outcome.err, "interrupted\n");
         EXPECT_EQ(cloudflare.left(), std::set<std::string>{});
@@ -33,24 +44,19 @@ TEST(StorageInit, UndoesItsWorkWhenItIsInterrupted) {
     }
 }
 
-TEST(StorageInit, KeepsAnEarlierCredentialThatItCannotReplace) {
+TEST_F(StorageInit, KeepsAnEarlierCredentialThatItCannotReplace) {
     for (const char* earlier : {"(missing)", "earlier"}) {
-        Sandbox sandbox;
-        FakeCloudflare cloudflare;
-        sandbox.environment.insert("QUORVELLE_CLOUDFLARE_API_URL", cloudflare.server.url());
-        sandbox.environment.insert("CLOUDFLARE_API_TOKEN", "operator-secret");
+        cloudflare.reset(false);
         if (*earlier != '(') {
-            sandbox.write("ci.env", earlier);
+            box.write("ci.env", earlier);
         }
-        const Outcome outcome = sandbox.runProgram(
-            "prlimit",
-            QStringList{"--fsize=0", "--", quorvelleProgram()} +
-                args("storage init --yes --bucket builds-1 --ci-secret-file ci.env --server " +
-                     cloudflare.server.url()));
+        const QStringList limited{"--fsize=0", "--"};
+        const Outcome outcome =
+            box.runProgram("prlimit", limited + words + args("--ci-secret-file ci.env"));
         EXPECT_EQ(outcome.code, 2);
         EXPECT_TRUE(outcome.err.contains("could not be written to ci.env"))
             << outcome.err.toStdString();
-        EXPECT_EQ(sandbox.read("ci.env"), earlier);
+        EXPECT_EQ(box.read("ci.env"), earlier);
     }
 }
 

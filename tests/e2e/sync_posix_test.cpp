@@ -103,8 +103,8 @@ TEST_P(InstallDirectory, ThatIsADanglingLinkIsNotTouched) {
     ASSERT_TRUE(QFile::link(box.path("missing"), box.path("apps/app")));
     expectSync("blocked", whole("b1", {"a"}), notActivated("b1"));
     const QString note = "'app': " + box.path("apps/app") + " is not a directory\n";
-    const QStringList words = GetParam() ? args("sync --json") : args("sync");
-    EXPECT_EQ(runAtTerminal(box, words).err, GetParam() ? QString() : note);
+    EXPECT_EQ(runAtTerminal(box, args(GetParam() ? "sync --json" : "sync")).err,
+              GetParam() ? QString() : note);
     EXPECT_TRUE(QFileInfo(box.path("apps/app")).isSymbolicLink());
     EXPECT_FALSE(QFile::exists(box.path("missing")));
 }

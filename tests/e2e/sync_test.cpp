@@ -204,14 +204,6 @@ TEST_P(Sync, ReportsWhatCannotBeStored) {
     }
 }
 
-TEST_P(Sync, NeedsItsStagingDirectory) {
-    publish(server, "stable", "b", {{"a", "a"}});
-    box.write("apps/.quorvelle", "in the way");
-    expectSync("failed", fetching("b", {}),
-               "'app': cannot create staging dir " + box.path("apps/.quorvelle/app.staging"));
-    EXPECT_EQ(box.tree("apps"), QStringList(".quorvelle=in the way"));
-}
-
 TEST_P(Sync, SendsTheTokenOfTheSubscriptionFirst) {
     publish(server, "stable", "b", {{"a", "a"}});
     for (const QStringList& row : rows(R"(

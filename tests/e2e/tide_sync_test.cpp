@@ -319,11 +319,15 @@ TEST_P(TideSync, EndsBeforeTheDownload) {
     expectOneStillInstalled();
 }
 
+/// As one of cargo does.
 TEST_P(TideSync, NeedsItsStagingDirectory) {
-    publishTide(server, "stable", "b1", kOne);
+    const QString why =
+        "'app': cannot create staging dir " + box.path("apps/.quorvelle/app.staging");
     box.write("apps/.quorvelle", "in the way");
-    expectSync("failed", {kChecking, kCheckingTide},
-               "'app': cannot create staging dir " + box.path("apps/.quorvelle/app.staging"));
+    publishTide(server, "stable", "b1", kOne);
+    expectSync("failed", {kChecking, kCheckingTide}, why);
+    publish(server, "stable", "b", {{"a", "a"}});
+    expectSync("failed", fetching("b", {}), why);
     EXPECT_EQ(box.tree("apps"), QStringList(".quorvelle=in the way"));
 }
 
