@@ -5,6 +5,7 @@
 #include <set>
 
 #include "cli/command_table.h"
+#include "console/usage_forms.h"
 #include "support/server_api_page.h"
 
 namespace quorvelle::testing {
@@ -61,13 +62,31 @@ TEST(Pages, DescribeTheRequestsOfTheSourcesAndNoOthers) {
     }
 }
 
+/// Every row, and every spelling of the words that its usage lines begin with.
 TEST(Pages, ShowWhatEveryCommandPrintsInJsonMode) {
-    const QString page = DescribedRequest::page("docs/json.md");
+    QStringList commands;
     for (const Command& row : commandTable()) {
-        const std::string words(row.words == "--version" ? "version" : row.words);
-        EXPECT_TRUE(page.contains(QRegularExpression(
-            QString::fromStdString("\\$ .*quorvelle " + words + "( .*)? --json\n\\{"))))
-            << words;
+        commands << (row.words == "--version" ? "version" : fromTable(row.words));
+        for (const UsageForm& form : usageForms(row)) {
+            QStringList spelt{""};
+            for (const Place& place : form.places.first(form.fixedPlaces())) {
+                QStringList longer;
+                for (const QString& begin : spelt) {
+                    for (const QString& word : place.words) {
+                        longer << begin + ' ' + word;
+                    }
+                }
+                spelt = longer;
+            }
+            commands << spelt.replaceInStrings(QRegularExpression("^ "), "");
+        }
+    }
+    EXPECT_THAT(commands, ::testing::Contains("sso map group"));
+    const QString page = DescribedRequest::page("docs/json.md");
+    for (const QString& words : commands) {
+        EXPECT_TRUE(
+            page.contains(QRegularExpression("\\$ .*quorvelle " + words + "( .*)? --json\n\\{")))
+            << words.toStdString();
     }
 }
 

@@ -1,9 +1,6 @@
 #include <gmock/gmock.h>
 
-#include <QRegularExpression>
-
 #include "support/one_request.h"
-#include "support/server_api_page.h"
 
 namespace quorvelle::testing {
 namespace {
@@ -84,23 +81,6 @@ license request-trial | --name <licensee> is required)")) {
     expectError(box, {"backup", "schedule", "off", "--keep", ""}, 1,
                 "--keep must be a number >= 0");
     EXPECT_THAT(server.lines(), ElementsAre());
-}
-
-/// docs/json.md shows a reply below each command line.
-TEST_F(ServiceWords, PrintTheRepliesOfThePage) {
-    box.environment.insert("QUORVELLE_TRIAL_URL", server.url());
-    const QString section = DescribedRequest::page("docs/json.md").section("\n## ", 4, 4);
-    EXPECT_TRUE(section.startsWith("Services\n"));
-    static const QRegularExpression example("^\\$ quorvelle (.* --json)\n(.*)$",
-                                            QRegularExpression::MultilineOption);
-    int shown = 0;
-    for (const auto& match : example.globalMatch(section)) {
-        SCOPED_TRACE(match.captured(1).toStdString());
-        server.onAnythingElse(answering(match.captured(2).toStdString()));
-        expectOutcome(box.run(args(match.captured(1))), 0, match.captured(2) + '\n');
-        ++shown;
-    }
-    EXPECT_GT(shown, 15);
 }
 
 using SsoMap = ServerTest;
