@@ -77,7 +77,9 @@ QStringList channelsOf(const PeopleTables& tables, const QString& user) {
 int privilegedSeats(const PeopleTables& tables) {
     int seats = 1;
     for (const QJsonValue& user : tables[u"users"].toObject()) {
-        seats += user[u"role"] != QStringLiteral("member") && !user[u"disabled"].toBool() ? 1 : 0;
+        const bool isPrivileged = user[u"role"] != QStringLiteral("member");
+        const bool counts = !user[u"disabled"].toBool() && !user[u"service"].toBool();
+        seats += isPrivileged && counts ? 1 : 0;
     }
     return seats;
 }

@@ -55,7 +55,7 @@ QString addToken(PeopleTables& tables, const QString& user, const QString& name)
 QStringList channelsOf(const PeopleTables& tables, const QString& user);
 
 /// How many administrators and publishers may do something, the one that every data folder
-/// knows included.
+/// knows included. Service accounts take no seat.
 int privilegedSeats(const PeopleTables& tables);
 
 /// Lets a user in on a machine, making him a member when he is new, and adds him to the
