@@ -49,6 +49,10 @@ bool isUnsharedFile(const std::filesystem::path& path);
 /// there is no regular file.
 std::optional<std::uint64_t> fileSize(const std::filesystem::path& path);
 
+/// Bytes that this user may still write to the volume that a directory lies on; nothing when the
+/// directory is missing or the system does not tell.
+std::optional<std::uint64_t> freeSpace(const std::filesystem::path& directory);
+
 /// What a directory holds, in no particular order; empty when it cannot be read. Asked with
 /// openable(directory), Windows knows every entry by the name it has there, "nul" and names
 /// with a dot or blank at their end among them.

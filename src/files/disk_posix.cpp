@@ -164,6 +164,12 @@ std::optional<std::uint64_t> fileSize(const fs::path& path) {
                : std::nullopt;
 }
 
+std::optional<std::uint64_t> freeSpace(const fs::path& directory) {
+    std::error_code error;
+    const fs::space_info space = fs::space(directory, error);
+    return error ? std::nullopt : std::optional(std::uint64_t{space.available});
+}
+
 std::vector<fs::path> entriesOf(const fs::path& directory) {
     std::error_code ignored;
     return entriesOf(directory, ignored);

@@ -102,6 +102,14 @@ std::optional<std::uint64_t> fileSize(const fs::path& path) {
     return std::uint64_t{found->nFileSizeHigh} << 32 | found->nFileSizeLow;
 }
 
+std::optional<std::uint64_t> freeSpace(const fs::path& directory) {
+    // The C++ library of MinGW takes a path in the form without a limit for a relative one.
+    ULARGE_INTEGER available = {};
+    return GetDiskFreeSpaceExW(openable(directory).c_str(), &available, nullptr, nullptr) != 0
+               ? std::optional(std::uint64_t{available.QuadPart})
+               : std::nullopt;
+}
+
 std::vector<fs::path> entriesOf(const fs::path& directory) {
     std::error_code ignored;
     return entriesOf(directory, ignored);

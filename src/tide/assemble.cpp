@@ -228,19 +228,16 @@ std::uint64_t bytesToWrite(const std::vector<ManifestFile>& files, const Unchang
 bool hasRoom(const fs::path& target, std::uint64_t bytes, AssemblyOutcome& outcome,
              std::string* err) {
     constexpr std::uint64_t kMegabyte = 1048576;
-    // The target itself may not have been made yet.
-    for (const fs::path& place : {target, target.parent_path()}) {
-        std::error_code unknown;
-        const std::uint64_t free = fs::space(files::openable(place), unknown).available;
-        if (!unknown && bytes > free) {
-            outcome.lacksSpace = true;
-            return fail(err, "not enough disk space (",
-                        std::to_string(bytes / kMegabyte + (bytes % kMegabyte > 0 ? 1 : 0)),
-                        " MB needed, ", std::to_string(free / kMegabyte), " MB free)");
-        }
-        if (!unknown) {
-            break;
-        }
+    std::optional<std::uint64_t> free = files::freeSpace(target);
+    if (!free) {
+        // It may not have been made yet.
+        free = files::freeSpace(target.parent_path());
+    }
+    if (free && bytes > *free) {
+        outcome.lacksSpace = true;
+        return fail(err, "not enough disk space (",
+                    std::to_string(bytes / kMegabyte + (bytes % kMegabyte > 0 ? 1 : 0)),
+                    " MB needed, ", std::to_string(*free / kMegabyte), " MB free)");
     }
     return true;
 }
