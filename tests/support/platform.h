@@ -13,6 +13,9 @@ bool isOwnersAlone(const QString& path);
 /// The home folder of a program whose environment has HOME set to a folder.
 QString homeFolder(const QString& home);
 
+/// The folder of caches of a program whose environment has XDG_CACHE_HOME set to a folder.
+QString cacheFolder(const QString& xdg);
+
 /// While it exists, others cannot do something with a file or directory.
 class Held {
 public:

@@ -15,6 +15,10 @@ QString homeFolder(const QString& home) {
     return home;
 }
 
+QString cacheFolder(const QString& xdg) {
+    return xdg;
+}
+
 struct Held::Hold {
     QString path;
     QFile::Permissions before;

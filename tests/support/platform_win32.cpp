@@ -5,6 +5,7 @@
 #include <aclapi.h>
 
 #include <QDir>
+#include <QStandardPaths>
 
 namespace quorvelle::testing {
 
@@ -36,9 +37,13 @@ bool isOwnersAlone(const QString& path) {
     return alone;
 }
 
-// That of the user, whatever the environment holds.
+// Both are the user's, whatever the environment holds.
 QString homeFolder(const QString&) {
     return QDir::homePath();
+}
+
+QString cacheFolder(const QString&) {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
 }
 
 struct Held::Hold {
