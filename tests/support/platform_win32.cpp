@@ -30,8 +30,10 @@ bool isOwnersAlone(const QString& path) {
     for (DWORD i = 0; alone && i < list->AceCount; ++i) {
         ACCESS_ALLOWED_ACE* entry = nullptr;
         GetAce(list, i, reinterpret_cast<void**>(&entry));
+        const auto holder = reinterpret_cast<PSID>(&entry->SidStart);
+        // Wine lists the system's own account with every file.
         alone = entry->Header.AceType != ACCESS_ALLOWED_ACE_TYPE || entry->Mask == 0 ||
-                EqualSid(reinterpret_cast<PSID>(&entry->SidStart), owner) != 0;
+                EqualSid(holder, owner) != 0 || IsWellKnownSid(holder, WinLocalSystemSid) != 0;
     }
     LocalFree(descriptor);
     return alone;
