@@ -17,6 +17,7 @@ namespace {
 /// starts. This variable tells what it is.
 constexpr char kRole[] = "QUORVELLE_TEST_ROLE";
 constexpr wchar_t kReady[] = L"quorvelle-test-ready";
+constexpr wchar_t kOver[] = L"quorvelle-test-over";
 constexpr DWORD kLimitMs = 20000;
 constexpr int kInterrupted = 42;
 /// Any but the one of the program's text.
@@ -64,13 +65,14 @@ DWORD runInConsole() {
     return code;
 }
 
-/// What `run` starts: ends in a way of its own at Ctrl-C.
+/// What `run` starts: ends in a way of its own at Ctrl-C, else when all is over.
 [[noreturn]] void beTheProgram() {
     static const HANDLE interrupted = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     SetConsoleCtrlHandler([](DWORD) -> BOOL { return SetEvent(interrupted); }, TRUE);
     SetEvent(OpenEventW(EVENT_MODIFY_STATE, FALSE, kReady));
-    const bool isTold = WaitForSingleObject(interrupted, kLimitMs) == WAIT_OBJECT_0;
-    ExitProcess(isTold ? kInterrupted : 1);
+    const std::array<HANDLE, 2> ends{interrupted, OpenEventW(SYNCHRONIZE, FALSE, kOver)};
+    const DWORD end = WaitForMultipleObjects(DWORD(ends.size()), ends.data(), FALSE, 2 * kLimitMs);
+    ExitProcess(end == WAIT_OBJECT_0 ? kInterrupted : 1);
 }
 
 /// Runs of quorvelle in this process's console.
@@ -141,7 +143,7 @@ TEST(Console, IsLeftAsItWasFound) {
         beTheProgram();
     }
     const HANDLE ready = CreateEventW(nullptr, FALSE, FALSE, kReady);
-    const HANDLE over = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE over = CreateEventW(nullptr, TRUE, FALSE, kOver);
     FakeServer server;
     InConsole console;
     const QFileInfo self(QCoreApplication::applicationFilePath());
@@ -163,6 +165,10 @@ TEST(Console, IsLeftAsItWasFound) {
     EXPECT_EQ(console.run(args("config get server")), 0U);
     EXPECT_NE(console.screen().find(L"http://größe-ЖЩ "), std::wstring::npos);
     EXPECT_EQ(console.run(args("run --wait c"), ready), DWORD{kInterrupted});
+    EXPECT_EQ(console.run(args("run c")), 0U);
+    EXPECT_EQ(WaitForSingleObject(ready, kLimitMs), WAIT_OBJECT_0);
+    std::array<DWORD, 4> others{};
+    EXPECT_EQ(GetConsoleProcessList(others.data(), DWORD(others.size())), 1U);
     // Wine makes 0 of the code that tells of Ctrl-C.
     console.run(args("channel launch list silent --server ") + QStringList(server.url()), ready);
     SetEvent(over);
