@@ -14,7 +14,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr DWORD kShareForReading = FILE_SHARE_READ | FILE_SHARE_DELETE;
-constexpr DWORD kShareForAll = kShareForReading | FILE_SHARE_WRITE;
 
 /// Times of FAT step by 2 s, those of other file systems by less; in units of 100 ns.
 constexpr std::int64_t kClockStep = 2 * 10'000'000;
@@ -61,17 +60,35 @@ bool volumeClones(const win32::Handle& file) {
            (flags & kBlockCloning) != 0;
 }
 
-bool cloneAll(const win32::Handle& from, const win32::Handle& to, std::int64_t size) {
+/// Bytes of a cluster of the volume that a file lies on; nothing when the system does not tell.
+std::optional<std::int64_t> clusterSize(const fs::path& file) {
+    const std::wstring path = win32::extendedPath(file.native());
+    std::wstring volume(path.size() + 2, L'\0');
+    DWORD sectors = 0;
+    DWORD bytes = 0;
+    DWORD freeClusters = 0;
+    DWORD clusters = 0;
+    if (GetVolumePathNameW(path.c_str(), volume.data(), static_cast<DWORD>(volume.size())) == 0 ||
+        GetDiskFreeSpaceW(volume.c_str(), &sectors, &bytes, &freeClusters, &clusters) == 0) {
+        return std::nullopt;
+    }
+    return std::int64_t{sectors} * bytes;
+}
+
+bool cloneAll(const win32::Handle& from, const win32::Handle& to, std::int64_t size,
+              std::int64_t cluster) {
+    // Only whole clusters can be cloned, the last one included.
+    const std::int64_t last = (size + cluster - 1) / cluster * cluster;
     LARGE_INTEGER end = {};
     end.QuadPart = size;
     if (SetFilePointerEx(to.get(), end, nullptr, FILE_BEGIN) == 0 || SetEndOfFile(to.get()) == 0) {
         return false;
     }
-    for (std::int64_t at = 0; at < size; at += kCloneStep) {
+    for (std::int64_t at = 0; at < last; at += kCloneStep) {
         DuplicateExtents stretch = {from.get(), {}, {}, {}};
         stretch.from.QuadPart = at;
         stretch.to.QuadPart = at;
-        stretch.count.QuadPart = std::min(kCloneStep, size - at);
+        stretch.count.QuadPart = std::min(kCloneStep, last - at);
         DWORD returned = 0;
         if (DeviceIoControl(to.get(), kDuplicateExtents, &stretch, sizeof stretch, nullptr, 0,
                             &returned, nullptr) == 0) {
@@ -84,7 +101,7 @@ bool cloneAll(const win32::Handle& from, const win32::Handle& to, std::int64_t s
 }  // namespace
 
 std::optional<FileStamp> stampOf(const fs::path& path) {
-    return stampFrom(openShared(path, FILE_READ_ATTRIBUTES, kShareForAll, OPEN_EXISTING));
+    return stampFrom(openShared(path, FILE_READ_ATTRIBUTES, win32::kShareAll, OPEN_EXISTING));
 }
 
 std::optional<FileStamp> stampOfUnwritten(const fs::path& path) {
@@ -97,9 +114,13 @@ std::optional<FileStamp> stampOfUnwritten(const fs::path& path) {
 }
 
 bool cloneFile(const fs::path& file, const fs::path& name) {
-    const win32::Handle from = openShared(file, GENERIC_READ, kShareForAll, OPEN_EXISTING);
+    const win32::Handle from = openShared(file, GENERIC_READ, win32::kShareAll, OPEN_EXISTING);
     const std::optional<FileStamp> stamp = stampFrom(from);
     if (!stamp || !volumeClones(from)) {
+        return false;
+    }
+    const std::int64_t cluster = clusterSize(file).value_or(0);
+    if (cluster == 0) {
         return false;
     }
     bool done = false;
@@ -109,7 +130,7 @@ bool cloneFile(const fs::path& file, const fs::path& name) {
         if (!to.isOpen()) {
             return false;
         }
-        done = cloneAll(from, to, static_cast<std::int64_t>(stamp->size));
+        done = cloneAll(from, to, static_cast<std::int64_t>(stamp->size), cluster);
     }
     if (!done) {
         DeleteFileW(win32::extendedPath(name.native()).c_str());
