@@ -1,3 +1,8 @@
+#include <windows.h>
+
+#include <QDateTime>
+#include <QFile>
+
 #include "support/fake_tide.h"
 #include "support/platform.h"
 #include "support/qt_printers.h"
@@ -29,6 +34,40 @@ TEST_P(WindowsSync, DownloadsNothingForAFileThatNobodyCanRead) {
                             : got.out.section('\n', -2, -2)) == message)
         << got.out.toStdString() << got.err.toStdString();
     EXPECT_EQ(got.code, 0);
+}
+
+TEST_P(WindowsSync, GivesLargeFilesASecondNameWhileNobodyWritesThem) {
+    const QString path = box.path("apps/app/large");
+    const auto open = [&path](DWORD access) {
+        return CreateFileW(path.toStdWString().c_str(), access,
+                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    };
+    const auto number = [&open] {
+        BY_HANDLE_FILE_INFORMATION about = {};
+        const HANDLE file = open(0);
+        EXPECT_NE(GetFileInformationByHandle(file, &about), 0);
+        CloseHandle(file);
+        return about.nFileIndexLow;
+    };
+    const auto update = [&](const char* build) {
+        publishTide(server, "stable", build,
+                    {{"a", {build}}, {"large", {std::string(65536, 'x')}}});
+        EXPECT_EQ(run({"sync"}).code, 0);
+    };
+    update("b1");
+    const DWORD before = number();
+    QFile large(path);
+    ASSERT_TRUE(large.open(QIODevice::ReadWrite) &&
+                large.setFileTime(QDateTime::currentDateTime().addSecs(-3600),
+                                  QFileDevice::FileModificationTime));
+    large.close();
+    update("b2");
+    EXPECT_EQ(number(), before);
+    const HANDLE writer = open(GENERIC_WRITE);
+    update("b3");
+    EXPECT_NE(number(), before);
+    CloseHandle(writer);
 }
 
 TEST_P(WindowsSync, TakesShortcutsForFiles) {
