@@ -10,7 +10,7 @@ std::filesystem::path utf8Path(std::string_view text) {
 
 std::string utf8Text(const std::filesystem::path& path) {
     try {
-        const std::u8string text = path.u8string();
+        const std::u8string text = std::filesystem::path(path).make_preferred().u8string();
         return std::string(text.begin(), text.end());
     } catch (const std::system_error&) {
         return {};

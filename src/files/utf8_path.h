@@ -11,8 +11,8 @@ namespace files {
 /// it in the code page of the process.
 std::filesystem::path utf8Path(std::string_view text);
 
-/// The UTF-8 text of a native path, for messages and comparisons. A name that is no text
-/// (Windows only) reads as empty.
+/// The UTF-8 text of a native path, with the platform's separator alone between its parts, for
+/// messages and comparisons. A name that is no text (Windows only) reads as empty.
 std::string utf8Text(const std::filesystem::path& path);
 
 }  // namespace files

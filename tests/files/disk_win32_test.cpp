@@ -127,6 +127,7 @@ void makeJunction(const fs::path& at, const fs::path& target) {
 
 TEST(PathRules, AreThoseOfWindows) {
     EXPECT_EQ(files::comparablePath("\u00e4/b"), files::comparablePath("\u00c4/B"));
+    EXPECT_EQ(files::utf8Text(LR"(C:/a\b/ü)"), "C:\\a\\b\\ü");
     for (const char* path : {"...", "a:b", "nul", "a.", "\xff"}) {
         EXPECT_FALSE(files::isSafeRelativePath(path)) << path;
     }
