@@ -3,7 +3,9 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QProcess>
+#include <array>
 #include <thread>
 
 #include "support/fake_server.h"
