@@ -44,7 +44,7 @@ bool isVouchedFor(const QString& dir) {
 SwapRecord plannedSwap(const QString& dir, const StagedMarker& staged) {
     SwapRecord swap{.build = staged.build, .channel = staged.channel, .moving = true};
     if (directoryExists(dir)) {
-        swap.keep = !isEmptyDirectory(dir) && !isVouchedFor(dir);
+        swap.keep = keepsContent(dir);
         const auto isTaken = [&](const QString& suffix) {
             return entryExists(statePath(dir, suffix.toUtf8().constData()));
         };
@@ -190,6 +190,10 @@ void recoverUnrecorded(const QString& dir) {
 }
 
 }  // namespace
+
+bool keepsContent(const QString& dir) {
+    return directoryExists(dir) && !isEmptyDirectory(dir) && !isVouchedFor(dir);
+}
 
 SwapOutcome swapInStaged(const QString& dir, const StagedMarker& staged,
                          const std::function<bool()>& mayGoOn) {

@@ -35,6 +35,10 @@ struct SwapOutcome {
     QString kept = {};
 };
 
+/// Whether a swap keeps what the install directory holds now: a build that shared files with it
+/// would change it later.
+bool keepsContent(const QString& dir);
+
 /// Writes the staged marker where staging stands, puts the staging directory of `dir` in place and
 /// replaces that marker by the installed one. The caller holds the sync lock. Where the staged
 /// build is not in place afterwards, staging stands as it was.

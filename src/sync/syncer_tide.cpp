@@ -82,6 +82,7 @@ void Syncer::startTideDownload() {
             QStringLiteral("cannot create staging dir %1").arg(statePath(dir, kStagingSuffix))));
         return;
     }
+    tideJob.mayLink = !keepsContent(dir);
     files = {};
     totalSize = 0;
     Q_EMIT stepped(WorkStep::kDownloading);
@@ -138,7 +139,7 @@ void Syncer::onTideDownloaded(const TideResult& result) {
 /// bytes by now. They are judged once more; those in use are not shared then. Who writes again
 /// and again must not hold the update up, so that after that nothing is shared.
 void Syncer::writeAnew() {
-    tideJob.mayLink = rewrites++ == 0;
+    tideJob.mayLink = tideJob.mayLink && rewrites++ == 0;
     runOnWorker([job = tideJob] { return assembleStaging(job, {}, {}); }, &Syncer::onWrittenAnew);
 }
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <QDir>
+#include <QFile>
 #include <functional>
 
 #include "support/platform.h"
@@ -99,6 +100,14 @@ TEST_P(Writers, WhoStayAwayLetTheFileBeShared) {
     expectAfter();
     EXPECT_EQ(inodeOf("data"), before);
     EXPECT_NE(inodeOf("log"), small);
+}
+
+TEST_P(Writers, AfterTheSwapDoNotReachWhatIsKept) {
+    installBefore();
+    ASSERT_TRUE(QFile::remove(box.path("apps/.quorvelle/app.installed.json")));
+    expectSync("synced", whole("b2", kSteps), retried("b2"));
+    ASSERT_EQ(::truncate(fileName("data").c_str(), 2), 0);
+    EXPECT_TRUE(box.read("apps/.quorvelle/app.replaced/data") == QByteArray::fromStdString(kData));
 }
 
 TEST_P(Writers, BeforeTheSwapDoNotReachTheNewBuild) {
