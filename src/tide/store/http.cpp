@@ -15,7 +15,8 @@ using std::chrono::milliseconds;
 
 constexpr int kAttempts = 3;
 constexpr milliseconds kFirstPause(500);
-constexpr milliseconds kLongestPause(10'000);
+/// In seconds as what is told: of any number of them, milliseconds might not fit.
+constexpr std::chrono::seconds kLongestPause(10);
 
 bool asksToComeBack(long status) {
     return status == 429 || status == 502 || status == 503 || status == 504;
@@ -33,7 +34,7 @@ std::optional<milliseconds> pauseAfter(const Transfer& transfer, bool completed,
         return std::nullopt;
     }
     const auto told = transfer.retryAfter();
-    return told ? std::optional(std::min<milliseconds>(*told, kLongestPause)) : std::nullopt;
+    return told ? std::optional(milliseconds(std::min(*told, kLongestPause))) : std::nullopt;
 }
 
 }  // namespace
