@@ -119,8 +119,9 @@ void printUnlessEmpty(const QString& note) {
 }  // namespace
 
 bool hasFolder() {
-    return !qEnvironmentVariable("QUORVELLE_CONFIG_DIR").isEmpty() ||
-           !qEnvironmentVariable("XDG_CONFIG_HOME").isEmpty() || findHomeFolder();
+    // Asked first: others mean the same home folder, and find it by HOME.
+    return findHomeFolder() || !qEnvironmentVariable("QUORVELLE_CONFIG_DIR").isEmpty() ||
+           !qEnvironmentVariable("XDG_CONFIG_HOME").isEmpty();
 }
 
 QString noHomeFolder() {

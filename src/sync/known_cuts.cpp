@@ -5,6 +5,7 @@
 #include <QStandardPaths>
 
 #include "files/file_tree.h"
+#include "files/home_folder.h"
 #include "files/read_file.h"
 #include "files/save_file.h"
 #include "tide/chunks/blake3_hash.h"
@@ -47,15 +48,18 @@ void removeListsOfGoneDirectories() {
 
 tide::KnownCuts loadCuts(const QString& dir) {
     tide::KnownCuts cuts;
-    tide::decodeCuts(readWhole(listPath(dir)).bytes.toStdString(), dir.toStdString(), cuts);
+    if (findHomeFolder()) {
+        tide::decodeCuts(readWhole(listPath(dir)).bytes.toStdString(), dir.toStdString(), cuts);
+    }
     return cuts;
 }
 
 void saveCuts(const QString& dir, const std::string& bytes) {
-    const QString path = listPath(dir);
-    if (bytes.empty() || !QDir().mkpath(folderOfLists().path())) {
+    // Without a home folder the cache folder would be one of the system's.
+    if (bytes.empty() || !findHomeFolder() || !QDir().mkpath(folderOfLists().path())) {
         return;
     }
+    const QString path = listPath(dir);
     removeListsOfGoneDirectories();
     removeLeftovers(path);
     SaveFile file(path);

@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "support/fake_tide.h"
+#include "support/faulty_run.h"
 #include "support/qt_printers.h"
 #include "support/sync_fixture.h"
 #include "support/terminal_run.h"
@@ -35,6 +36,17 @@ Outcome runMounted(const Sandbox& box, const QString& folder, const QString& ove
 using Staging = SyncTest;
 
 INSTANTIATE_TEST_SUITE_P(Modes, Staging, ::testing::Bool(), modeName);
+
+/// Root alone can see this fail.
+TEST_P(Staging, WritesNothingAtTheRootOfTheFileSystemWithoutAHomeFolder) {
+    publishTide(server, "stable", "b1", {{"a", {"one"}}});
+    for (const char* name : {"HOME", "XDG_CACHE_HOME"}) {
+        box.environment.remove(name);
+    }
+    box.environment.insert("FAULT_NO_USERS", "1");
+    EXPECT_EQ(runFaulty(box, {"sync"}, {}).code, 0);
+    EXPECT_FALSE(QFileInfo::exists("/.cache/quorvelle"));
+}
 
 TEST_P(Staging, ThatIsTamperedWithDuringTheDownloadIsNotInstalled) {
     const QString state = box.path("apps/.quorvelle");
