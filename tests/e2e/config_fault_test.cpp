@@ -1,11 +1,11 @@
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 #include <QDir>
 #include <cerrno>
 
 #include "support/faulty_run.h"
 #include "support/notation.h"
+#include "support/platform.h"
 
 namespace quorvelle::testing {
 
@@ -60,9 +60,7 @@ protected:
         const QByteArray now = sandbox.read(kConfig);
         EXPECT_THAT(now, AnyOf(row().before, after));
         if (now != row().before) {
-            struct stat about = {};
-            EXPECT_EQ(::stat(sandbox.configPath().toUtf8().constData(), &about), 0);
-            EXPECT_EQ(about.st_mode & 0777U, 0600U);
+            EXPECT_TRUE(isOwnersAlone(sandbox.configPath()));
         }
         if (now != row().before && row().before == kUnparsable) {
             EXPECT_EQ(sandbox.read(kKeptAside), QByteArray(kUnparsable));

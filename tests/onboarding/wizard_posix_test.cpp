@@ -6,6 +6,7 @@
 #include <csignal>
 
 #include "onboarding_fixture.h"
+#include "support/platform.h"
 
 namespace quorvelle::testing {
 
@@ -17,13 +18,6 @@ namespace {
 
 using SecretFileTest = OnboardingTest;
 
-std::string permissionsOf(const QString& path) {
-    struct stat status = {};
-    return ::stat(path.toUtf8().constData(), &status) == 0
-               ? QString::number(status.st_mode & 07777, 8).toStdString()
-               : "(missing)";
-}
-
 }  // namespace
 
 TEST_F(SecretFileTest, KeepsTheCiFileForItsOwnerAlone) {
@@ -33,7 +27,7 @@ TEST_F(SecretFileTest, KeepsTheCiFileForItsOwnerAlone) {
     EXPECT_THAT(run(line + path).out,
                 HasSubstr("\nCI credential written to " + path.toStdString() +
                           " (owner-only). Quorvelle does not keep a copy.\n"));
-    EXPECT_EQ(permissionsOf(path), "600");
+    EXPECT_TRUE(isOwnersAlone(path));
     EXPECT_THAT(sandbox.read("ci.env").toStdString(), HasSubstr("TIDE_S3_SECRET=ee511b42dcae"));
 
     // Refused before anything is created: no folder, a pipe that nobody reads (which would
