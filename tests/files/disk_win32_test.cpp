@@ -14,17 +14,12 @@
 #include "tide/assembly_fixture.h"
 #include "tide/part_file.h"
 
-namespace tide {
+namespace tide::testing {
 namespace {
 
-namespace fs = std::filesystem;
 using ::testing::AnyOf;
-using testing::AssemblyTest;
 using ::testing::IsEmpty;
-using testing::readFile;
 using ::testing::SizeIs;
-using testing::TempDir;
-using testing::writeFile;
 
 /// Three folders deep, about 600 characters.
 const std::string kLong =
@@ -259,4 +254,4 @@ TEST(Rename, OfAFileInUseFailsWithACodeThatIsWaitedFor) {
 }
 
 }  // namespace
-}  // namespace tide
+}  // namespace tide::testing

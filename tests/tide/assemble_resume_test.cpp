@@ -1,15 +1,11 @@
 #include "tide/assembly_fixture.h"
 #include "tide/chunks/chunker.h"
 
-namespace tide {
+namespace tide::testing {
 namespace {
 
-namespace fs = std::filesystem;
 using ::testing::IsEmpty;
-using testing::randomBytes;
-using testing::ResumeTest;
 using ::testing::SizeIs;
-using testing::writeFile;
 
 TEST_F(ResumeTest, GoesOnAfterBrokenConnectionsOneUponTheOther) {
     std::size_t fetched = 0;
@@ -46,7 +42,7 @@ TEST_F(ResumeTest, AFinishedStagingIsKeptWithoutOneFetch) {
 // A file whose beginning is good is gone on with where it stands: it may be as large as what
 // is left of the disk. What else a half-written file holds is kept aside until the end.
 TEST_F(ResumeTest, DamageInTheHalfWrittenFileCostsOneChunk) {
-    const std::string content = testing::joined(build[1].second);
+    const std::string content = joined(build[1].second);
     struct Row {
         const char* name;
         std::string part;
@@ -105,4 +101,4 @@ TEST_F(ResumeTest, ChunksOfAForeignLeftoverOutliveTheReuseOfItsName) {
 }
 
 }  // namespace
-}  // namespace tide
+}  // namespace tide::testing

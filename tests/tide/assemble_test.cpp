@@ -3,21 +3,13 @@
 #include "support/fake_server.h"
 #include "tide/assembly_fixture.h"
 
-namespace tide {
+namespace tide::testing {
 namespace {
 
-namespace fs = std::filesystem;
 using quorvelle::testing::FakeServer;
-using testing::AssemblyTest;
-using testing::Build;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::manifestOf;
-using testing::MemoryBucket;
-using testing::randomBytes;
-using testing::readFile;
 using ::testing::SizeIs;
-using testing::writeFile;
 
 std::string keyOf(const std::string& chunk) {
     return MemoryBucket().chunkKey(blake3Hex(chunk));
@@ -175,4 +167,4 @@ TEST_F(AssemblyTest, PresignedUrlsTakeThePlaceOfTheBucket) {
 }
 
 }  // namespace
-}  // namespace tide
+}  // namespace tide::testing

@@ -4,12 +4,8 @@
 
 #include "tide/tide_files.h"
 
-namespace tide {
+namespace tide::testing {
 namespace {
-
-using testing::MemoryBucket;
-using testing::TempDir;
-using testing::writeFile;
 
 // Five chunks of 60 MiB, each wanted twice: four fit into memory.
 TEST(ChunkSourceTest, MemoryHoldsAtMost256MiB) {
@@ -82,4 +78,4 @@ TEST(ChunkSourceTest, APlaceOnDiskIsBelievedOnlyWhenItsBytesHash) {
 }
 
 }  // namespace
-}  // namespace tide
+}  // namespace tide::testing

@@ -13,16 +13,10 @@
 #include "tide/chunks/local_index.h"
 #include "tide/verify.h"
 
-namespace tide {
+namespace tide::testing {
 namespace {
 
-namespace fs = std::filesystem;
-using testing::AssemblyTest;
-using testing::Build;
 using ::testing::ElementsAre;
-using testing::readFile;
-using testing::TempDir;
-using testing::writeFile;
 
 /// Of a change of this very moment nobody can tell whether another one follows.
 void makeOld(const fs::path& file) {
@@ -158,7 +152,7 @@ TEST(VerifyLinks, CountAsWhatTheyLeadTo) {
     fs::create_symlink("real", temp / "install/good");
     fs::create_symlink("nowhere", temp / "install/dangling");
     std::vector<std::string> issues;
-    const auto manifest = testing::manifestOf({{"good", {"firstsecond"}}, {"dangling", {"x"}}});
+    const auto manifest = manifestOf({{"good", {"firstsecond"}}, {"dangling", {"x"}}});
     for (const bool quick : {true, false}) {
         EXPECT_TRUE(verifyFiles(
             files::utf8Text(temp / "install"), manifest, {},
@@ -171,4 +165,4 @@ TEST(VerifyLinks, CountAsWhatTheyLeadTo) {
 }
 
 }  // namespace
-}  // namespace tide
+}  // namespace tide::testing

@@ -4,14 +4,10 @@
 
 #include "tide/tide_files.h"
 
-namespace tide {
+namespace tide::testing {
 namespace {
 
-namespace fs = std::filesystem;
 using ::testing::ElementsAre;
-using testing::readFile;
-using testing::TempDir;
-using testing::writeFile;
 
 // A folder that is not empty is in a file's way like a file in use.
 class ReplaceFileTest : public ::testing::Test {
@@ -62,4 +58,4 @@ TEST_F(ReplaceFileTest, GivesUpAfterTheLastAttemptAndLeavesBothFiles) {
 }
 
 }  // namespace
-}  // namespace tide
+}  // namespace tide::testing

@@ -5,17 +5,11 @@
 #include "tide/limits.h"
 #include "tide/tide_files.h"
 
-namespace tide {
+namespace tide::testing {
 namespace {
 
-namespace fs = std::filesystem;
-using testing::Build;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::manifestOf;
-using testing::MemoryBucket;
-using testing::TempDir;
-using testing::writeFile;
 
 const Build kBuild = {
     {"bin/app", {"first", "second"}}, {"data/\u00fcber.txt", {"text"}}, {"empty", {}}};
@@ -31,7 +25,7 @@ class VerifyTest : public ::testing::Test {
 protected:
     VerifyTest() {
         for (const auto& [path, chunks] : kBuild) {
-            writeFile(temp / ("install/" + path), testing::joined(chunks));
+            writeFile(temp / ("install/" + path), joined(chunks));
         }
     }
 
@@ -112,4 +106,4 @@ TEST_F(VerifyTest, ChunksThatClaimMoreThanTheFileAreTruncation) {
 }
 
 }  // namespace
-}  // namespace tide
+}  // namespace tide::testing

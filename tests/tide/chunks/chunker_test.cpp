@@ -7,15 +7,10 @@
 #include "tide/manifest/manifest.h"
 #include "tide/tide_files.h"
 
-namespace tide {
+namespace tide::testing {
 namespace {
 
-namespace fs = std::filesystem;
 using fs::path;
-using testing::randomBytes;
-using testing::readFile;
-using testing::TempDir;
-using testing::writeFile;
 
 constexpr CutScan kScans[] = {&scanByteByByte, &scanInLanes};
 
@@ -134,4 +129,4 @@ TEST(ChunkerTest, SaysWhyItFailed) {
 }
 
 }  // namespace
-}  // namespace tide
+}  // namespace tide::testing

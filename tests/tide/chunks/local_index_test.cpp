@@ -5,13 +5,8 @@
 #include "tide/chunks/chunker.h"
 #include "tide/tide_files.h"
 
-namespace tide {
+namespace tide::testing {
 namespace {
-
-namespace fs = std::filesystem;
-using testing::randomBytes;
-using testing::TempDir;
-using testing::writeFile;
 
 std::string placeOf(const LocalIndex& index, const std::string& bytes) {
     const auto found = index.find(blake3Hex(bytes));
@@ -97,4 +92,4 @@ TEST(LocalIndexTest, ThreadsDoNotChangeTheOutcome) {
 }
 
 }  // namespace
-}  // namespace tide
+}  // namespace tide::testing

@@ -8,13 +8,11 @@
 #include "tide/manifest/signature.h"
 #include "tide/tide_files.h"
 
-namespace tide {
+namespace tide::testing {
 namespace {
 
 using quorvelle::testing::FakeServer;
 using ::testing::ElementsAre;
-using testing::signatureOf;
-using testing::signingKey;
 using ::testing::StartsWith;
 
 constexpr const char* kKey = "channels/beta/manifest.json";
@@ -22,7 +20,7 @@ constexpr const char* kGood = R"({"schema": 1, "channel": "beta", "files": []})"
 
 TEST(SignatureTest, JudgesSignaturesMadeByOpenssl) {
     const auto vectorFile = [](const std::string& name) {
-        return testing::readFile(QUORVELLE_TEST_DATA "/signatures/" + name);
+        return readFile(QUORVELLE_TEST_DATA "/signatures/" + name);
     };
     const auto upper = [](std::string text) {
         std::transform(text.begin(), text.end(), text.begin(), ::toupper);
@@ -95,7 +93,7 @@ protected:
     }
 
     FakeServer server;
-    testing::MemoryBucket bucket;
+    MemoryBucket bucket;
     Json::Value manifest;
 };
 
@@ -176,4 +174,4 @@ TEST_F(FetchManifestTest, SaysWhereTheJsonIsBroken) {
 }
 
 }  // namespace
-}  // namespace tide
+}  // namespace tide::testing
