@@ -125,12 +125,6 @@ HttpExchange::~HttpExchange() {
     }
 }
 
-void HttpExchange::streamTo(Sink sink) {
-    body.streamTo([this, sink = std::move(sink)](const QByteArray& bytes) {
-        return sink(bytes) && abortReason.isEmpty();
-    });
-}
-
 void HttpExchange::start() {
     const QString reason = refusal(request);
     if (!reason.isEmpty()) {

@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "server/idle_watch.h"
 #include "server/reply_body.h"
@@ -66,7 +67,7 @@ public:
     /// Hands a successful reply's body to `sink` as it arrives, so that memory does
     /// not grow with it; without one the body is kept, within the bounds of ReplyBody. To be
     /// called before start().
-    void streamTo(Sink sink);
+    void streamTo(Sink sink) { body.streamTo(std::move(sink)); }
 
     /// The length in bytes that a successful body has by another source, or nothing. A
     /// reply that tells no length of its own fails when it has another: the network layer
