@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/notation.h"
 
 namespace quorvelle::testing {
@@ -18,8 +20,9 @@ QByteArray deflated(const QByteArray& bytes) {
 /// Takes the body byte by byte at its ends and as one piece between. What it says at last.
 std::string verdictOn(ReplyBody& body, const ReplyHead& head, const QByteArray& bytes) {
     body.begin();
-    for (const QByteArray& piece :
-         {bytes.left(1), bytes.mid(1).chopped(1), bytes.mid(1).right(1)}) {
+    const QByteArray rest = bytes.mid(1);
+    const qsizetype most = std::max<qsizetype>(rest.size() - 1, 0);
+    for (const QByteArray& piece : {bytes.left(1), rest.first(most), rest.sliced(most)}) {
         const QString problem = piece.isEmpty() ? QString() : body.take(head, piece);
         if (!problem.isEmpty()) {
             return problem.toStdString();
