@@ -68,9 +68,10 @@ os.write(int(sys.argv[1]), json.dumps(told).encode())
 
 class Run:
     """A finished program: its output, the seconds it took, by the clock and of the
-    processor, and the most memory that it or one of its children held, in MiB."""
+    processor, and the most memory that it or one of its children held, in MiB. It has to end
+    with `code`."""
 
-    def __init__(self, *words, **settings):
+    def __init__(self, *words, code=0, **settings):
         reader, writer = os.pipe()
         command = [*PREFIX, *(str(word) for word in words)]
         with tempfile.TemporaryFile() as output:
@@ -82,9 +83,9 @@ class Run:
             output.seek(0)
             self.output = output.read().decode()
         self.peak = kilobytes / 1024
-        code = os.waitstatus_to_exitcode(status)
-        if code != 0:
-            fail(f"{' '.join(map(str, words))}: exit code {code}\n{self.output}")
+        ended = os.waitstatus_to_exitcode(status)
+        if ended != code:
+            fail(f"{' '.join(map(str, words))}: exit code {ended}\n{self.output}")
 
 
 class WebServer:
