@@ -130,9 +130,10 @@ int dispatch(QStringList arguments, CommandTable table) {
         printError(config::noHomeFolder());
         return kExitFailed;
     }
-    setTypedLine(*command, typed);
     QStringList rest = typed.sliced(wordsOf(*command).size());
     setAnsweredYes(command->asksFirst && takeFlag(rest, QStringLiteral("--yes")));
+    // Without what was taken here: no usage line names it, so it would pass for a mistake.
+    setTypedLine(*command, wordsOf(*command) + rest);
     return command->handler(std::move(rest));
 }
 

@@ -118,6 +118,7 @@ TEST(Mistakes, AreShownWithTheLinesOfTheCommandThatWasMeant) {
         EXPECT_EQ(got.out, out);
         EXPECT_EQ(std::count(got.err.begin(), got.err.end(), '\n'), 1) << got.err;
     }
+    EXPECT_EQ(seen("build delete --yes --server http://h").err, "<id> is missing.\n");
 }
 
 TEST(Overview, ShowsEveryCommandInALineOf80Columns) {
