@@ -174,8 +174,12 @@ void HttpExchange::send() {
     reply->setReadBufferSize(kReadBufferBytes);
     idleWatch.watch(*reply, {.changes = request.method != "GET",
                              .leavesUnseen = request.method == "POST" && !hasBody});
-    connect(reply, &QNetworkReply::uploadProgress, this,
-            [this](qint64 bytes, qint64) { Q_EMIT sent(bytes); });
+    connect(reply, &QNetworkReply::uploadProgress, this, [this](qint64 bytes, qint64 all) {
+        // The network layer ends its reports with 0 of 0.
+        if (all > 0) {
+            Q_EMIT sent(bytes);
+        }
+    });
     connect(reply, &QNetworkReply::readyRead, this, &HttpExchange::readAvailable);
     connect(reply, &QNetworkReply::finished, this, &HttpExchange::onReplyFinished);
 }

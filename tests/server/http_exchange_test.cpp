@@ -22,6 +22,8 @@ struct Exchanged {
     QJsonObject object;
     /// The failure text in the context "ctx".
     std::string failure;
+    /// The bytes of the body that were on their way by the last report.
+    qint64 sent = 0;
 };
 
 Exchanged run(HttpRequest request, HttpExchange::Sink sink = {}) {
@@ -31,10 +33,13 @@ Exchanged run(HttpRequest request, HttpExchange::Sink sink = {}) {
         exchange.streamTo(std::move(sink));
     }
     QEventLoop loop;
+    qint64 sent = 0;
+    QObject::connect(&exchange, &HttpExchange::sent, &loop, [&](qint64 bytes) { sent = bytes; });
     QObject::connect(&exchange, &HttpExchange::finished, &loop, &QEventLoop::quit);
     exchange.start();
     loop.exec();
-    return {exchange.succeeded(), exchange.object(), exchange.failureText("ctx").toStdString()};
+    return {exchange.succeeded(), exchange.object(), exchange.failureText("ctx").toStdString(),
+            sent};
 }
 
 Exchanged get(const QString& url, HttpExchange::Sink sink = {}) {
@@ -193,8 +198,9 @@ TEST(HttpExchange, RepeatsAChangeWithItsBody) {
         file.open(QIODevice::ReadOnly);
         const QUrl url(server.url() + "/old");
         EXPECT_TRUE(run({.method = "POST", .url = url, .contentType = "a/b", .body = "x"}).ok);
-        EXPECT_TRUE(
-            run({.method = "PUT", .url = url, .contentType = "c/d", .bodyDevice = &file}).ok);
+        EXPECT_EQ(
+            run({.method = "PUT", .url = url, .contentType = "c/d", .bodyDevice = &file}).sent,
+            file.size());
         EXPECT_TRUE(run({.method = "DELETE", .url = url}).ok);
         std::vector<std::string> second;
         for (const SeenRequest& seen : server.requests()) {
