@@ -1,3 +1,5 @@
+#include <cstdint>
+
 #include "fuzz/targets.h"
 #include "tide/engine.h"
 
@@ -9,6 +11,6 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    tide::fuzz::QUORVELLE_FUZZ_TARGET(bytes, size);
+    tide::fuzz::QUORVELLE_FUZZ_TARGET({reinterpret_cast<const char*>(bytes), size});
     return 0;
 }

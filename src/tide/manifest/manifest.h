@@ -63,6 +63,8 @@ struct ManifestChunk {
     /// Length of the uncompressed bytes ("n"). Unbounded here: compare it with what is
     /// there before memory is taken for it.
     std::uint64_t length = 0;
+
+    bool operator==(const ManifestChunk&) const = default;
 };
 
 /// A file as the manifest lists it: the concatenation of its chunks.
@@ -72,6 +74,8 @@ struct ManifestFile {
     /// In bytes.
     std::uint64_t size = 0;
     std::vector<ManifestChunk> chunks;
+
+    bool operator==(const ManifestFile&) const = default;
 };
 
 /// Reads "files" of a parsed manifest, in its order. The only way from a manifest to
