@@ -15,7 +15,7 @@ static void PrintTo(const ObjectEntry& entry, std::ostream* out) {
 
 namespace {
 
-using quorvelle::testing::FakeServer;
+using namespace quorvelle::testing;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
@@ -37,7 +37,8 @@ TEST_F(S3ProviderTest, ReadsObjectsOfAnyName) {
         {"chunks/3f/3f9a", "chunks/3f/3f9a"},
         {"a b+c%20", "a%20b%2Bc%2520"},
         {"bêta/日本", "b%C3%AAta/%E6%97%A5%E6%9C%AC"},
-        {"?#&=;:@", "%3F%23%26%3D%3B%3A%40"},
+        {"?#[]@!$&'()*,;=:", "%3F%23%5B%5D%40%21%24%26%27%28%29%2A%2C%3B%3D%3A"},
+        {std::string("AZaz09-_.~\xff\1\0", 13), "AZaz09-_.~%FF%01%00"},
         {"up/../x/./y", "up/../x/./y"},
         {"a//b", "a//b"},
     };
@@ -62,9 +63,8 @@ TEST_F(S3ProviderTest, ReadsObjectsOfAnyName) {
 TEST_F(S3ProviderTest, FailsWhereTheBucketLies) {
     std::atomic<std::size_t> sent = 0;
     const std::pair<FakeServer::Answer, std::string> rows[] = {
-        {[](const auto&, auto& response) { response.set_redirect("/elsewhere", 301); },
-         "GET chunks/aa -> HTTP 301"},
-        {[](const auto&, auto& response) { response.status = 500; }, "GET chunks/aa -> HTTP 500"},
+        {redirectTo("/elsewhere"), "GET chunks/aa -> HTTP 302"},
+        {answering("", 500), "GET chunks/aa -> HTTP 500"},
         {[&sent](const auto&, auto& response) {
              const std::string block(1 << 20, 'x');
              response.set_chunked_content_provider(
@@ -119,22 +119,18 @@ TEST_F(S3ProviderTest, ListsPageAfterPageWhileTheNextIsNew) {
 }
 
 TEST(BucketEnvironment, NeedsEveryVariableButTheRegion) {
-    std::map<std::string, std::string> variables{{"TIDE_S3_ENDPOINT", "https://h"},
-                                                 {"TIDE_S3_BUCKET", "b"},
-                                                 {"TIDE_S3_KEY", "k"},
-                                                 {"TIDE_S3_SECRET", "s"}};
-    const auto read = [&variables](const char* name) { return variables[name]; };
-    EXPECT_EQ(bucketAccessFrom(read)->region, "");
-    variables["TIDE_S3_REGION"] = "eu";
-    const auto access = bucketAccessFrom(read);
-    EXPECT_THAT((std::vector{access->endpoint, access->region, access->bucket, access->accessKeyId,
-                             access->secretAccessKey}),
-                ElementsAre("https://h", "eu", "b", "k", "s"));
-    for (const char* name :
-         {"TIDE_S3_ENDPOINT", "TIDE_S3_BUCKET", "TIDE_S3_KEY", "TIDE_S3_SECRET"}) {
-        const std::string value = std::exchange(variables[name], "");
-        EXPECT_FALSE(bucketAccessFrom(read)) << name;
-        variables[name] = value;
+    for (const std::string missing : {"none", "REGION", "ENDPOINT", "BUCKET", "KEY", "SECRET"}) {
+        SCOPED_TRACE(missing);
+        const auto access = bucketAccessFrom([&missing](const std::string& name) {
+            return name == "TIDE_S3_" + missing ? std::string() : name.substr(8);
+        });
+        ASSERT_EQ(access.has_value(), missing == "none" || missing == "REGION");
+        if (access) {
+            EXPECT_THAT((std::vector{access->endpoint, access->bucket, access->accessKeyId,
+                                     access->secretAccessKey}),
+                        ElementsAre("ENDPOINT", "BUCKET", "KEY", "SECRET"));
+            EXPECT_EQ(access->region, missing == "none" ? "REGION" : "");
+        }
     }
 }
 
