@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 
 #include "onboarding/bucket_rules.h"
-#include "onboarding/credentials.h"
 #include "onboarding_fixture.h"
 #include "support/outcomes.h"
+#include "support/raw_server.h"
 #include "support/server_api_page.h"
 
 namespace quorvelle::testing {
@@ -11,6 +11,7 @@ namespace quorvelle::testing {
 using ::testing::Each;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 TEST(BucketRules, AreReportedInTheirOrder) {
@@ -36,16 +37,7 @@ TEST(BucketRules, AreReportedInTheirOrder) {
     EXPECT_EQ(onboarding::defaultBucketName(0xABCDEF00012FULL), "quorvelle-builds-00012f");
 }
 
-/// The secret of the value "abc" is its published SHA-256.
-TEST(Credentials, AreMadeOfTheToken) {
-    const onboarding::S3Credential made = onboarding::credentialOf("id", "abc");
-    EXPECT_EQ(made.accessKey, "id");
-    EXPECT_EQ(made.secretKey, "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-}
-
 namespace {
-
-using StorageInitTest = OnboardingTest;
 
 constexpr char kCiSecret[] = "ee511b42dcae4d3b3809c416c75b4b762bb2371fa3169711172ab4bed62bd6de";
 
@@ -75,95 +67,81 @@ TEST_F(StorageInitTest, RefusesWhatTheUserCanMendBeforeAnyCall) {
     EXPECT_THAT(cloudflare.server.lines(), IsEmpty());
 }
 
-TEST_F(StorageInitTest, FindsTheAccountAndTheBucketOnEveryPage) {
-    const auto pages = [](const QString& results) {
-        std::vector<std::string> made;
-        for (const QString& result : results.split(';', Qt::SkipEmptyParts)) {
-            made.push_back(QString("{'success':true,'result':%1,'result_info':{%2}}")
-                               .arg(result.section('#', 0, 0), result.section('#', 1))
-                               .replace('\'', '"')
-                               .toStdString());
-        }
-        return made;
-    };
+/// What a user reads when requests go wrong, and which exit code a script sees.
+TEST_F(StorageInitTest, SaysWhatWentWrong) {
+    using enum ReplyFault;
+    const QString server = cloudflare.server.url();
+    const QString no = "Cloudflare: no, (token)\n";
+    const QString hint =
+        "\nThat token may not create credentials. Either add 'API Tokens - Edit' (user scope) to "
+        "it and run this again, or create the bucket and its two keys yourself and connect them:\n"
+        " https://quorvelle.example/docs/build-storage\n"
+        " quorvelle storage set --endpoint <url> --bucket <b> --access-key <k> --secret-key <s>\n";
+    const QString incomplete = "Cloudflare: Cloudflare created a token without an id or value\n";
+    const QString choose =
+        "This token sees 2 accounts:\n  a  A\n  acc  Acme\npass --account-id <id> to choose one\n";
     const QString exists =
         "a bucket named 'builds-1' already exists in this account. Quorvelle will not write into "
-        "a bucket it did not create - choose another name.";
-    const QString choose =
-        "This token sees 2 accounts:\n  a  A\n  acc  Acme\npass --account-id <id> to choose one";
-    // What follows "#" leads to the next page, which follows ";".
-    const QString one = "[{'id':'acc','name':'Acme'}]";
-    const QString two = "[{'id':'a','name':'A'},{'id':'acc','name':'Acme'}]";
-    const QString paged = "[{'id':'a','name':'A'}]#'cursor':'c/1';" + one;
-    const QString free = "{'buckets':[{'name':'builds'}]}#'cursor':'c/1'";
-    const QString taken = "{'buckets':[{'name':'builds-1'}]}#'cursor':''";
-    const QStringList table[] = {
-        {"[]", "", "",
-         "that token sees no Cloudflare account - check it was created for the right "
-         "account"},
-        {paged, "", "", choose},
-        {two, "", " --account-id x", "that token does not see the account 'x'"},
-        {paged, free, " --account-id acc", "Cloudflare: nothing at page 2"},
-        {paged, free + ';' + taken, " --account-id acc --jurisdiction us", exists},
-        {one, taken, " --yes", exists}};
-    for (const QStringList& row : table) {
-        SCOPED_TRACE(row[3].toStdString());
-        cloudflare.server.onJson("GET", "/accounts/acc/r2/buckets?cursor=c%2F1",
-                                 json("{'errors':[{'message':'nothing at page 2'}]}"));
-        cloudflare.setPages("/accounts", pages(row[0]));
-        cloudflare.setPages("/accounts/acc/r2/buckets", pages(row[1]));
-        const Ran ran = run(usual + row[2]);
-        EXPECT_EQ(ran.err, row[3].toStdString() + '\n');
-        EXPECT_EQ(ran.code, row[3].startsWith("Cloudflare") ? 2 : 1);
-    }
-    EXPECT_THAT(cloudflare.server.lines(), Each(StartsWith("GET ")));
-}
-
-TEST_F(StorageInitTest, SeesABucketThatAppearsMeanwhile) {
-    const std::string appeared =
+        "a bucket it did not create - choose another name.\n";
+    const QString appeared =
         "the bucket 'builds-1' appeared in this account a moment ago - run again with a different "
         "name\n";
-    const std::string free = R"({"success":true,"result":{"buckets":[]}})";
-    const std::string taken = R"({"success":true,"result":{"buckets":[{"name":"builds-1"}]}})";
-    const std::tuple<std::string, int, const char*, std::string> table[] = {
-        {free, 400, "{'success':false,'errors':[{'code':10004,'message':'x'}]}", appeared},
-        {free, 409, "{'success':false,'errors':[]}", appeared},
-        {taken, 403, "{'success':false,'errors':[]}", appeared},
-        {free, 403, "{'success':false,'errors':[]}",
-         "Cloudflare: Cloudflare refused the request\n"}};
-    for (const auto& row : table) {
-        const auto& [thirdListing, status, reply, err] = row;
-        int listings = 0;
-        cloudflare.server.on("GET", "/accounts/acc/r2/buckets",
-                             [&](const httplib::Request&, httplib::Response& response) {
-                                 response.set_content(++listings == 3 ? std::get<0>(row) : free,
-                                                      "application/json");
-                             });
-        cloudflare.server.onJson("POST", "/accounts/acc/r2/buckets", json(reply), status);
-        const Ran ran = run(usual + " --yes");
-        EXPECT_EQ(ran.err, err);
-        EXPECT_EQ(ran.code, err == appeared ? 1 : 2);
-        EXPECT_NE(cloudflare.server.requests().back().method, "DELETE");
-    }
-}
-
-TEST_F(StorageInitTest, StopsAtRepliesThatLackWhatIsNeeded) {
-    const std::string incomplete =
-        "Cloudflare: Cloudflare created a token without an id or value\n";
-    const std::string byHand = "could not undo everything - delete this by hand in Cloudflare: ";
-    const std::tuple<const char*, const char*, const char*, std::string> table[] = {
-        {"POST", "/user/tokens", "{'success':true,'result':{'id':'tok-1'}}", incomplete},
-        {"POST", "/user/tokens", "{'success':true,'result':{'value':'v'}}",
-         incomplete + byHand + "API token builds-1-server\n"},
-        {"GET", "/user/tokens/permission_groups",
-         "{'success':true,'result':[{'id':'r','name':'Workers R2 Storage Bucket Item Read'}]}",
-         "Cloudflare lists no permission group named 'Workers R2 Storage Bucket Item Write'\n"}};
-    for (const auto& [method, path, reply, err] : table) {
-        cloudflare.server.onJson(method, path, json(reply));
-        const Ran ran = run(usual + " --yes");
-        EXPECT_EQ(ran.err, err);
-        EXPECT_EQ(ran.code, 2);
-        EXPECT_THAT(cloudflare.left(), IsEmpty());
+    const std::string one = "{'success':true,'result':[{'id':'a','name':'A'}],'result_info':";
+    const std::string more = "{'success':true,'result':{},'result_info':{'cursor':'c/1'}}";
+    const std::string taken = "{'success':true,'result':{'buckets':[{'name':'builds-1'}]}}";
+    const std::string failed = "{'success':false,'errors':[]}";
+    const At paged{1, kSay, one + "{'cursor':'c/1'}}"};
+    struct Row {
+        std::vector<At> faults;
+        QString err;
+        int code = 2;
+        QString options = {};
+    };
+    const Row table[] = {
+        {{{1, kSay, "{'success':true,'result':[]}"}},
+         "that token sees no Cloudflare account - check it was created for the right account\n",
+         1},
+        {{paged}, choose, 1},
+        {{{1, kSay, one + "{'total_pages':'2'}}"}}, choose, 1},
+        {{paged}, "that token does not see the account 'x'\n", 1, "--account-id x"},
+        {{paged, {3, kSay, more}, {4, kSay, "{'errors':[{'message':'at page 2'}]}"}},
+         "Cloudflare: at page 2\n",
+         2,
+         "--account-id acc"},
+        {{paged, {3, kSay, more}, {4, kSay, taken}},
+         exists,
+         1,
+         "--account-id acc --jurisdiction us"},
+        {{{2, kSay, taken}}, exists, 1},
+        {{{3, kRefuse}}, no},
+        {{{3, kGarbage}}, "Cloudflare: Cloudflare refused the request\n"},
+        {{{5, kRefuse}}, no + hint},
+        {{{5, kSay,
+           "{'success':true,'result':[{'id':'r','name':'Workers R2 Storage Bucket Item Read'}]}"}},
+         "Cloudflare lists no permission group named 'Workers R2 Storage Bucket Item Write'\n"},
+        {{{6, kRefuse}}, no},
+        {{{6, kSay, "{'success':false,'errors':[{'code':10004,'message':'x'}]}", 400}},
+         appeared,
+         1},
+        {{{6, kSay, failed, 409}}, appeared, 1},
+        {{{6, kSay, failed, 403}, {7, kSay, taken}}, appeared, 1},
+        {{{8, kRefuse}}, no + hint},
+        {{{8, kSay, "{'success':true,'result':{'id':'tok-1'}}"}}, incomplete},
+        {{{8, kSay, "{'success':true,'result':{'value':'v'}}"}},
+         incomplete + kByHand + "API token builds-1-server\n"},
+        {{{9, kRefuse}, {11, kRefuse}}, no + kByHand + "bucket builds-1\n" + hint},
+        {{{9, kLoseAnswer}, {10, kRefuse}},
+         "Cloudflare: Connection closed\n" + kByHand + "API token tok-1, API token builds-1-ci\n"},
+        {{{10, kRefuse}}, server + " refused the storage settings: no\n"},
+        {{{10, kLoseRequest}}, server + " did not answer: Connection closed\n"}};
+    for (const auto& [faults, err, code, options] : table) {
+        const Ran ran = create(faults, options);
+        EXPECT_EQ(ran.err, err.toStdString());
+        EXPECT_EQ(ran.code, code);
+        EXPECT_EQ(cloudflare.left().count("bucket builds-1"), err.contains("bucket builds-1"));
+        if (code == 1) {
+            EXPECT_THAT(cloudflare.server.lines(), Each(Not(StartsWith("DELETE")))) << "not ours";
+        }
     }
 }
 
@@ -204,7 +182,7 @@ TEST_F(StorageInitTest, TellsWhatItDid) {
                "  tokens:   " +
                tokens + "\n";
     };
-    EXPECT_THAT(run(usual + " --yes").out,
+    EXPECT_THAT(create({}).out,
                 HasSubstr("Server to configure: " + server +
                           "\nLooking up your Cloudflare account\n"
                           "Checking whether 'builds-1' is free\n"
@@ -218,24 +196,78 @@ TEST_F(StorageInitTest, TellsWhatItDid) {
                           "\nCI credential - the ONLY time it is shown. Put these into your CI "
                           "secrets:\n\n" +
                           ci));
-    cloudflare.reset(true);
-    const std::string out = run(usual + " --yes").out;
+    const std::string out = create({}, {}, true).out;
     EXPECT_THAT(out, HasSubstr("Backups on this server share the build bucket, so its key needs "
                                "write access\nCreating the server's read+write access token\n"));
     EXPECT_THAT(out, HasSubstr(connected("server builds-1-server (read+write - backups share this "
                                          "bucket), CI builds-1-ci (read+write)")));
-    cloudflare.reset(false);
-    EXPECT_THAT(run(usual + " --yes --single-token").out,
+    EXPECT_THAT(create({}, "--single-token").out,
                 HasSubstr(connected("one shared credential (builds-1-shared)")));
-    cloudflare.reset(false);
-    const QString shown = QString::fromStdString(run(usual + " --yes --json").out)
+    const QString shown = QString::fromStdString(create({}, "--json").out)
                               .replace(cloudflare.server.url(), "https://builds.example.org");
     EXPECT_TRUE(DescribedRequest::page("docs/json.md").contains("--yes --json\n" + shown))
         << shown.toStdString();
     EXPECT_EQ(object(shown).value("ci")["TIDE_S3_SECRET"].toString(), kCiSecret);
-    cloudflare.reset(false);
-    cloudflare.failAt(8, ReplyFault::kRefuse);
-    EXPECT_EQ(run(usual + " --yes --json").out, "{\"error\":\"Cloudflare: no, (token)\"}\n");
+    EXPECT_EQ(create({{8, ReplyFault::kRefuse}}, "--json").out,
+              "{\"error\":\"Cloudflare: no, (token)\"}\n");
+}
+
+TEST_F(StorageInitTest, LeavesBehindWhatItSays) {
+    for (const ReplyFault fault : {ReplyFault::kRefuse, ReplyFault::kGarbage,
+                                   ReplyFault::kLoseRequest, ReplyFault::kLoseAnswer}) {
+        checkEverywhere(fault, 1);
+    }
+    EXPECT_GT(endings["connected"], 20);
+    EXPECT_GT(endings["undone"], 100);
+    EXPECT_GT(endings["left behind"], 50);
+}
+
+TEST_F(StorageInitTest, WaitsHalfAMinuteForTheCredential) {
+    EXPECT_THAT(create({{10, ReplyFault::kRefuse}}).out,
+                ::testing::EndsWith("Waiting for Cloudflare to activate the new credential\n"));
+    EXPECT_THAT(cloudflare.server.lines(), ::testing::Contains("PUT /api/storage").Times(16));
+}
+
+TEST_F(StorageInitTest, GivesUpACallThatTakesTooLong) {
+    const RawServer silent({}, RawServer::Ending::kSilence);
+    api.set(silent.url().toUtf8());
+    callLimit = 20;
+    EXPECT_EQ(run(usual).err, "Cloudflare: Cloudflare did not answer within 0 seconds\n");
+    EXPECT_EQ(onboarding::Surroundings{}.callLimit.count(), 30000);
+}
+
+/// The whole conversation: line, jurisdiction, body.
+TEST_F(StorageInitTest, AsksForExactlyWhatItNeeds) {
+    const auto policy = [](const char* name, const char* groups) {
+        return std::string("POST /user/tokens|(none)|{'name':'builds-1-") + name +
+               "','policies':[{'effect':'allow','permission_groups':[" + groups +
+               "],'resources':{'com.cloudflare.edge.r2.bucket.acc_eu_builds-1':'*'}}]}";
+    };
+    EXPECT_EQ(run(usual + "/ --jurisdiction eu --yes").code, 0);
+    std::vector<std::string> seen;
+    for (const SeenRequest& request : cloudflare.server.requests()) {
+        const bool isOurs = request.target.starts_with("/api/");
+        EXPECT_EQ(request.header("Authorization"), isOurs ? "(none)" : "Bearer operator-secret");
+        EXPECT_EQ(request.header("Content-Type"),
+                  request.line() == "GET /api/backups" ? "(none)" : "application/json");
+        seen.push_back(request.line() + '|' + request.header("cf-r2-jurisdiction") + '|' +
+                       QByteArray::fromStdString(request.body).replace('"', '\'').toStdString());
+    }
+    EXPECT_THAT(
+        seen,
+        ::testing::ElementsAre(
+            "GET /accounts|(none)|", "GET /accounts/acc/r2/buckets|eu|", "GET /accounts|(none)|",
+            "GET /accounts/acc/r2/buckets|eu|", "GET /user/tokens/permission_groups|(none)|",
+            "POST /accounts/acc/r2/buckets|eu|{'name':'builds-1'}", "GET /api/backups|(none)|",
+            policy("server", "{'id':'r'}"), policy("ci", "{'id':'r'},{'id':'w'}"),
+            // SHA-256 of "value-tok-1", by sha256sum
+            "PUT /api/storage|(none)|{'access_key':'tok-1','bucket':'builds-1',"
+            "'endpoint':'https://acc.eu.r2.cloudflarestorage.com','region':'auto',"
+            "'secret_key':'acd524554c37e60a3e8b854321e1006748567e151f2496cb5ae27cd358261ffd'}"));
+    create({{10, ReplyFault::kRefuse}}, "--jurisdiction eu");
+    EXPECT_EQ(cloudflare.server.requests().back().line() + '|' +
+                  cloudflare.server.requests().back().header("cf-r2-jurisdiction"),
+              "DELETE /accounts/acc/r2/buckets/builds-1|eu");
 }
 
 }  // namespace quorvelle::testing

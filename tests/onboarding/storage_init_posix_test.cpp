@@ -14,17 +14,11 @@ using ::testing::Each;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-namespace {
-
-using SecretFileTest = OnboardingTest;
-
-}  // namespace
-
-TEST_F(SecretFileTest, KeepsTheCiFileForItsOwnerAlone) {
+TEST_F(StorageInitTest, KeepsTheCiFileForItsOwnerAlone) {
     const Sandbox& sandbox = config.sandbox;
     const QString path = sandbox.path("ci.env");
-    const QString line = usual + " --yes --ci-secret-file ";
-    EXPECT_THAT(run(line + path).out,
+    const QString line = "--ci-secret-file ";
+    EXPECT_THAT(create({}, line + path).out,
                 HasSubstr("\nCI credential written to " + path.toStdString() +
                           " (owner-only). Quorvelle does not keep a copy.\n"));
     EXPECT_TRUE(isOwnersAlone(path));
@@ -35,15 +29,14 @@ TEST_F(SecretFileTest, KeepsTheCiFileForItsOwnerAlone) {
     ASSERT_EQ(::mkfifo(sandbox.path("pipe").toUtf8().constData(), 0600), 0);
     ASSERT_TRUE(QFile::link(sandbox.path("nowhere"), sandbox.path("link")));
     for (const char* file : {"none/ci.env", "pipe", "link"}) {
-        cloudflare.reset(false);
-        const Ran refused = run(line + sandbox.path(file));
+        const Ran refused = create({}, line + sandbox.path(file));
         EXPECT_EQ(refused.err, "cannot write " + sandbox.path(file).toStdString() + "\n");
         EXPECT_EQ(refused.code, 2);
         EXPECT_THAT(cloudflare.server.lines(), Each(StartsWith("GET ")));
         EXPECT_EQ(sandbox.read("nowhere"), "(missing)");
     }
 
-    const Ran full = run(line + "/dev/full");
+    const Ran full = create({}, line + "/dev/full");
     EXPECT_EQ(full.err,
               "storage is connected, but the CI credential could not be written to /dev/full - it "
               "cannot be shown again; mint a new one with 'storage init' on a fresh bucket if you "
@@ -51,23 +44,21 @@ TEST_F(SecretFileTest, KeepsTheCiFileForItsOwnerAlone) {
     EXPECT_EQ(full.code, 2);
     EXPECT_EQ(cloudflare.left().size(), 3U);
 
-    cloudflare.reset(false);
-    cloudflare.failAt(9, ReplyFault::kRefuse);
     const QByteArray earlier = sandbox.read("ci.env");
-    EXPECT_EQ(run(line + path).code, 2);
+    EXPECT_EQ(create({{9, ReplyFault::kRefuse}}, line + path).code, 2);
     EXPECT_EQ(sandbox.read("ci.env"), earlier);
 }
 
 /// Before the third request nothing holds interrupts up: they end the process.
-TEST_F(WizardTest, UndoesItsWorkWheneverItIsInterrupted) {
+TEST_F(StorageInitTest, UndoesItsWorkWheneverItIsInterrupted) {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         cloudflare.interrupt = [signal] { ::kill(::getpid(), signal); };
         checkEverywhere(ReplyFault::kInterrupt, 3);
     }
     EXPECT_GT(endings["undone"], 50);
     EXPECT_GT(endings["left behind"], 20);
-    EXPECT_EQ(runWith(false, {{9, ReplyFault::kInterrupt}}, usual + " --yes").err, "interrupted\n");
-    EXPECT_EQ(runWith(false, {{10, ReplyFault::kInterrupt}}, usual + " --yes").code, 0);
+    EXPECT_EQ(create({{9, ReplyFault::kInterrupt}}).err, "interrupted\n");
+    EXPECT_EQ(create({{10, ReplyFault::kInterrupt}}).code, 0);
 }
 
 }  // namespace quorvelle::testing
