@@ -2,13 +2,12 @@
 
 #include <gmock/gmock.h>
 
-#include <QRegularExpression>
-
 #include "cli/dispatch.h"
 #include "console/output.h"
 #include "console/usage.h"
 #include "console/usage_forms.h"
 #include "support/notation.h"
+#include "support/server_api_page.h"
 #include "support/temporary_config.h"
 
 namespace quorvelle::testing {
@@ -34,63 +33,42 @@ const QStringList kOwnWords = {"login",
 const QStringList kNames = {"--build", "--name",  "--from", "--target",
                             "--user",  "--label", "--exe",  "--email"};
 
-QStringList usageLinesOf(const Command& row) {
-    return QString::fromUtf8(row.usage.data(), qsizetype(row.usage.size())).split(u'\n');
-}
-
-/// The line once for each of the alternatives "(a | b)", "[a | b]" and "a|b" in it.
-QStringList alternatives(const QString& line) {
-    static const QRegularExpression group(R"([(\[]([^()\[\]]*) \| ([^()\[\]]*)[)\]])");
-    static const QRegularExpression words(R"((?<![<\w|-])([\w-]+)\|([\w|-]+))");
-    for (const QRegularExpression& either : {group, words}) {
-        const QRegularExpressionMatch found = either.match(line);
-        if (found.hasMatch()) {
-            const auto with = [&](int which) {
-                return alternatives(QString(line).replace(
-                    found.capturedStart(), found.capturedLength(), found.captured(which)));
-            };
-            return with(1) + with(2);
-        }
-    }
-    return {line};
-}
-
-std::set<QString> optionsIn(const QString& line) {
-    static const QRegularExpression option("--[a-z][a-z-]*");
-    std::set<QString> found;
-    for (auto matches = option.globalMatch(line); matches.hasNext();) {
-        found.insert(matches.next().captured());
-    }
-    return found;
-}
-
-/// A form of a command line that the usage shows, "user create <name> --role admin --service",
-/// and every option of that line, also of its other forms.
-struct Shown {
-    QString line;
-    std::set<QString> options;
-};
-
-std::vector<Shown> shownLines() {
-    static const QRegularExpression option(R"(\[((?:(?! \| )[^\[\]])*)\])");
-    std::vector<Shown> shown;
+/// The command lines that the usage shows, with all their options, once for each of the words
+/// "a|b": "user create <name> --role admin --service".
+QStringList shownLines() {
+    const auto choices = [](const Place& place) {
+        return place.shown.startsWith(u'<') ? QStringList(place.shown) : place.words;
+    };
+    QStringList shown;
     for (const Command& row : commandTable()) {
-        QStringList lines;
-        for (const QString& line : usageLinesOf(row)) {
-            const QString text = line.trimmed().section("  ", 0, 0).section(" [-- ", 0, 0);
-            if (line.startsWith("  quorvelle ")) {
-                lines.append(text.section(u' ', 1));
-            } else if (text.startsWith(u'[') || text.startsWith(u'-')) {
-                lines.last() += u' ' + text;
+        for (const UsageForm& form : usageForms(row)) {
+            QList<QStringList> parts;
+            for (const Place& place : form.places) {
+                parts << choices(place);
             }
-        }
-        for (QString& line : lines) {
-            for (const QString& form : alternatives(line.replace(option, "\\1"))) {
-                shown.push_back({form, optionsIn(line)});
+            for (const FormOption& option : form.options) {
+                parts << QStringList(option.name);
+                parts << (option.value ? choices(*option.value) : QStringList(""));
             }
+            QStringList lines{""};
+            for (const QStringList& part : parts) {
+                QStringList longer;
+                for (const QString& line : lines) {
+                    for (const QString& word : part) {
+                        longer << (line + u' ' + word).trimmed();
+                    }
+                }
+                lines = longer;
+            }
+            shown += lines;
         }
     }
     return shown;
+}
+
+/// The words that such a line begins with.
+QString fixedWords(const QString& line) {
+    return line.section(QRegularExpression(" [<-]"), 0, 0);
 }
 
 /// The words without the last one that is no option and no option's value.
@@ -137,54 +115,52 @@ struct CommandLines : ::testing::Test {
 
 }  // namespace
 
-TEST(CommandTable, ReachesEveryRow) {
+TEST(CommandTable, ReachesAndDescribesEveryRow) {
+    static const QRegularExpression lines("\\A((  quorvelle .*\n)( {12}[^ ].*\n)*)*\\z");
     for (const Command& row : commandTable()) {
         SCOPED_TRACE(row.words);
-        QStringList words = wordsOf(row);
-        for (int i = 0; i < row.leastArguments; ++i) {
-            words.append("x");
-        }
-        EXPECT_EQ(findCommand(words, commandTable()), &row);
-        EXPECT_LE(row.leastArguments, row.mostArguments);
-        EXPECT_NE(row.handler, nullptr);
+        const QStringList surplus(row.leastArguments, "x");
+        EXPECT_EQ(findCommand(wordsOf(row) + surplus, commandTable()), &row);
+        EXPECT_FALSE(row.summary.empty() || row.summary.ends_with('.'));
+        EXPECT_TRUE(lines.match(fromTable(row.usage)).hasMatch()) << row.usage;
     }
-}
-
-TEST(CommandTable, KnowsNothingElse) {
     for (const char* line :
          {"Config", "configs", "subscription", "subscription rename x", "server set-root url",
           "server set-root url path more", "server set-token url token more", "set-root url path",
           "channel rename x", "build", "--help", "", "subscription set-interval-x"}) {
-        SCOPED_TRACE(line);
-        EXPECT_EQ(findCommand(QString(line).split(u' '), commandTable()), nullptr);
+        EXPECT_EQ(findCommand(QString(line).split(u' '), commandTable()), nullptr) << line;
     }
 }
 
-TEST(CommandTable, DescribesEveryRow) {
+/// Every row, and every spelling of the words that a command line begins with.
+TEST(CommandTable, StandsInThePageOfJson) {
+    QStringList commands;
     for (const Command& row : commandTable()) {
-        SCOPED_TRACE(row.words);
-        EXPECT_FALSE(row.summary.empty());
-        EXPECT_FALSE(row.summary.ends_with('.'));
-        QStringList lines = usageLinesOf(row);
-        EXPECT_EQ(lines.takeLast(), QString()) << "the last line has no end";
-        for (const QString& line : lines) {
-            EXPECT_TRUE(line.startsWith("  quorvelle ") ||
-                        (line.startsWith(QString(12, u' ')) && line.at(12) != u' '))
-                << line.toStdString();
-        }
-        EXPECT_TRUE(lines.isEmpty() || lines.first().startsWith("  quorvelle "));
+        commands << (row.words == "--version" ? "version" : fromTable(row.words));
+    }
+    for (const QString& line : shownLines()) {
+        commands << fixedWords(line);
+    }
+    EXPECT_THAT(commands, ::testing::Contains("sso map group"));
+    const QString page = DescribedRequest::page("docs/json.md");
+    for (const QString& words : commands) {
+        EXPECT_TRUE(
+            page.contains(QRegularExpression("\\$ .*quorvelle " + words + "( .*)? --json\n\\{")))
+            << words.toStdString();
     }
 }
 
 /// An option that a command does not take is one word too many.
 TEST_F(CommandLines, TakeTheWordsAndOptionsThatAreShownAndNoOthers) {
-    const std::vector<Shown> shown = shownLines();
+    std::map<QString, QStringList> options;
     std::set<QString> everyOption;
-    for (const Shown& form : shown) {
-        everyOption.insert(form.options.begin(), form.options.end());
+    for (const QString& line : shownLines()) {
+        const QStringList own = args(line).filter(QRegularExpression("^--"));
+        options[fixedWords(line)] += own;
+        everyOption.insert(own.begin(), own.end());
     }
     EXPECT_GT(everyOption.size(), 30U);
-    for (const auto& [line, options] : shown) {
+    for (const QString& line : shownLines()) {
         SCOPED_TRACE(line.toStdString());
         const QStringList words = typed(line);
         const Command* row = findCommand(words, commandTable());
@@ -202,9 +178,8 @@ TEST_F(CommandLines, TakeTheWordsAndOptionsThatAreShownAndNoOthers) {
         EXPECT_NE(isRefused(words + QStringList("surplus")), isList);
         for (const QString& option : everyOption) {
             // Told apart, to be refused in words of their own.
-            const bool isKnown = options.count(option) > 0 ||
+            const bool isKnown = options[fixedWords(line)].contains(option) ||
                                  (line.startsWith("storage init") && option == "--token") ||
-                                 line.startsWith("backup init --shared") ||
                                  (row->asksFirst && option == "--yes") ||
                                  (isList && option == "--token");
             EXPECT_TRUE(isKnown || (isList && option == "--server") ||
@@ -218,7 +193,7 @@ TEST_F(CommandLines, TakeTheWordsAndOptionsThatAreShownAndNoOthers) {
 
 /// As an unset variable of a shell leaves them.
 TEST_F(CommandLines, RefuseEmptyNamesAndServers) {
-    for (const auto& [line, options] : shownLines()) {
+    for (const QString& line : shownLines()) {
         if (line.startsWith("config ")) {
             continue;
         }
@@ -262,25 +237,6 @@ TEST_F(CommandLines, ShowTheCommandsOwnLinesForHelpAndDoNothing) {
     EXPECT_EQ(printedForNothing(args("channel create -- --help")), usage);
     EXPECT_EQ(printedForNothing(args("channel launch add c --label --help --exe x")), "(done)");
     EXPECT_EQ(printedForNothing(args("channel --help")), usage);
-}
-
-/// Words in the right number; "~" stands for an empty one.
-TEST_F(CommandLines, RefuseWrongWords) {
-    for (const QStringList& row : rows(R"(
-channel public a yes | channel public a True | channel launch add a --label l
-channel launch add a --exe e | channel launch add --label l --exe e --primary a --args
-channel launch primary a b --clear | user create x --role owner | user create x --role Admin
-user create x --role ~ | user set-role x owner | token create t
-invite create x y --days 0 | request-access s --name x | request-access s --email x@a
-promote live b --from dev | storage Show | sso map role boss root | backup schedule ~
-config remove server | subscribe http://n c | subscribe http://n c --dir x --interval 1.5
-subscribe http://n c --dir x --self-heal 1 | run -- app | run app --target -- x)")) {
-        for (const QString& line : row) {
-            SCOPED_TRACE(line.toStdString());
-            EXPECT_TRUE(isRefused(args(line).replaceInStrings("~", "")));
-            EXPECT_EQ(api.config.sandbox.config().size(), 2) << "something was saved";
-        }
-    }
 }
 
 }  // namespace quorvelle::testing

@@ -1,11 +1,9 @@
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <QDirIterator>
 #include <QFileInfo>
 #include <set>
 
-#include "cli/command_table.h"
-#include "console/usage_forms.h"
 #include "support/server_api_page.h"
 
 namespace quorvelle::testing {
@@ -59,34 +57,6 @@ TEST(Pages, DescribeTheRequestsOfTheSourcesAndNoOthers) {
         EXPECT_TRUE(
             page.contains(QRegularExpression(QString::fromStdString("[`\".]" + key + "[`\"]"))))
             << key << " is read";
-    }
-}
-
-/// Every row, and every spelling of the words that its usage lines begin with.
-TEST(Pages, ShowWhatEveryCommandPrintsInJsonMode) {
-    QStringList commands;
-    for (const Command& row : commandTable()) {
-        commands << (row.words == "--version" ? "version" : fromTable(row.words));
-        for (const UsageForm& form : usageForms(row)) {
-            QStringList spelt{""};
-            for (const Place& place : form.places.first(form.fixedPlaces())) {
-                QStringList longer;
-                for (const QString& begin : spelt) {
-                    for (const QString& word : place.words) {
-                        longer << begin + ' ' + word;
-                    }
-                }
-                spelt = longer;
-            }
-            commands << spelt.replaceInStrings(QRegularExpression("^ "), "");
-        }
-    }
-    EXPECT_THAT(commands, ::testing::Contains("sso map group"));
-    const QString page = DescribedRequest::page("docs/json.md");
-    for (const QString& words : commands) {
-        EXPECT_TRUE(
-            page.contains(QRegularExpression("\\$ .*quorvelle " + words + "( .*)? --json\n\\{")))
-            << words.toStdString();
     }
 }
 
