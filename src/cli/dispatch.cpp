@@ -131,9 +131,8 @@ int dispatch(QStringList arguments, CommandTable table) {
         return kExitFailed;
     }
     QStringList rest = typed.sliced(wordsOf(*command).size());
-    setAnsweredYes(command->asksFirst && takeFlag(rest, QStringLiteral("--yes")));
-    // Without what was taken here: no usage line names it, so it would pass for a mistake.
-    setTypedLine(*command, wordsOf(*command) + rest);
+    setAnsweredYes(command->asksFirst && takeFlag(rest, QString::fromLatin1(kYesOption)));
+    setTypedLine(*command, typed);
     return command->handler(std::move(rest));
 }
 

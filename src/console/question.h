@@ -4,7 +4,10 @@
 
 namespace quorvelle {
 
-/// From here on no question is asked: the person gave the answer, "--yes", with the command.
+/// The answer, given with the command.
+inline constexpr char kYesOption[] = "--yes";
+
+/// From here on no question is asked: the person gave the answer.
 void setAnsweredYes(bool yes);
 
 /// Asks the person at a terminal a question that "y" or "yes" agrees to, and waits for the

@@ -7,6 +7,7 @@
 #include "console/exit_code.h"
 #include "console/mistake.h"
 #include "console/output.h"
+#include "console/question.h"
 #include "console/terminal.h"
 #include "console/usage_forms.h"
 
@@ -17,6 +18,19 @@ namespace {
 CommandTable usageTable;
 const Command* typedRow = nullptr;
 QStringList typedWords;
+
+/// The ways in which the command can be written, with the answer that its usage lines keep to
+/// themselves.
+QList<UsageForm> formsOf(const Command& command) {
+    QList<UsageForm> forms = usageForms(rowShowing(command, usageTable));
+    if (command.asksFirst) {
+        for (UsageForm& form : forms) {
+            form.options.append(
+                {.name = QString::fromLatin1(kYesOption), .value = {}, .isNeeded = false});
+        }
+    }
+    return forms;
+}
 
 }  // namespace
 
@@ -40,8 +54,7 @@ void setTypedLine(const Command& command, const QStringList& typed) {
 
 int printUsage() {
     if (typedRow != nullptr && terminalOf(stderr).isThere) {
-        const Command& row = rowShowing(*typedRow, usageTable);
-        printDiagnostic(Lines{mistakeIn(typedWords, usageForms(row))});
+        printDiagnostic(Lines{mistakeIn(typedWords, formsOf(*typedRow))});
     }
     const bool isForPerson = typedRow != nullptr && terminalOf(stdout).isThere;
     print(isForPerson ? usageLines(*typedRow, usageTable) : usageText(usageTable));
