@@ -1,18 +1,10 @@
-#include <gmock/gmock.h>
-
-#include <QDir>
-#include <QFile>
 #include <atomic>
 #include <future>
 
-#include "support/platform.h"
-#include "support/qt_printers.h"
 #include "support/sync_fixture.h"
 
 namespace quorvelle::testing {
 namespace {
-
-using ::testing::ElementsAre;
 
 class Activation : public SyncTest {
 protected:

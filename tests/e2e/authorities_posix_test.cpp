@@ -1,10 +1,5 @@
-#include <gtest/gtest.h>
-
-#include <QDir>
-#include <QFile>
-
-#include "support/fake_tide.h"
-#include "support/outcomes.h"
+#include "support/fake_builds.h"
+#include "support/process_runner.h"
 
 namespace quorvelle::testing {
 

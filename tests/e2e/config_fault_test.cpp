@@ -1,20 +1,12 @@
-#include <gmock/gmock.h>
-
-#include <QDir>
 #include <cerrno>
 
 #include "support/faulty_run.h"
-#include "support/notation.h"
-#include "support/platform.h"
 
 namespace quorvelle::testing {
 
 namespace {
 
-using ::testing::AnyOf;
 using ::testing::Combine;
-using ::testing::Values;
-using ::testing::ValuesIn;
 
 constexpr char kMissing[] = "(missing)";
 constexpr char kUnparsable[] = "{\"token\": \"precious";

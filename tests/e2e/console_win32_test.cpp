@@ -1,15 +1,11 @@
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <QCoreApplication>
-#include <QFileInfo>
-#include <QJsonArray>
 #include <QProcess>
 #include <array>
 #include <thread>
 
 #include "support/fake_server.h"
-#include "support/notation.h"
 #include "support/process_runner.h"
 
 namespace quorvelle::testing {

@@ -1,8 +1,6 @@
-#include <gmock/gmock.h>
-
 #include <QRegularExpression>
 
-#include "support/outcomes.h"
+#include "support/process_runner.h"
 
 namespace quorvelle::testing {
 

@@ -1,22 +1,13 @@
-#include <gmock/gmock.h>
-
-#include <QDir>
-#include <QFile>
 #include <cerrno>
 #include <iostream>
 
 #include "support/faulty_run.h"
 #include "support/power_cut.h"
-#include "support/qt_printers.h"
 #include "support/sync_world.h"
 
 namespace quorvelle::testing {
 
 namespace {
-
-using ::testing::AnyOf;
-using ::testing::Values;
-using ::testing::ValuesIn;
 
 const QStringList kSync{"sync"};
 const QString kStagedMarker = "games/.quorvelle/app.staged.json";

@@ -1,15 +1,13 @@
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <algorithm>
 #include <cstdio>
 #include <map>
 
-#include "support/fake_tide.h"
+#include "support/fake_builds.h"
 #include "support/hostile_server_posix.h"
-#include "support/outcomes.h"
+#include "support/process_runner.h"
 
 namespace quorvelle::testing {
 

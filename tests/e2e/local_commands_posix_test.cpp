@@ -1,17 +1,14 @@
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <pwd.h>
 #include <unistd.h>
 
 #include <QDeadlineTimer>
-#include <QJsonArray>
 #include <QProcess>
 #include <QThread>
 #include <array>
 
 #include "e2e/session.h"
 #include "support/faulty_run.h"
-#include "support/outcomes.h"
 #include "support/terminal_run.h"
 
 namespace quorvelle::testing {
@@ -133,7 +130,7 @@ TEST(LocalCommands, FindTheHomeFolderWithoutTheEnvironment) {
     }
     const QString home = ::getpwuid(::geteuid())->pw_dir;
     EXPECT_THAT(box.run({"config"}).out.toStdString(),
-                ::testing::HasSubstr("Config file: " + home.toStdString() + "/.config/Quorvelle/"));
+                HasSubstr("Config file: " + home.toStdString() + "/.config/Quorvelle/"));
 
     const auto expectRefused = [&box](const QString& line) {
         SCOPED_TRACE(line.toStdString());

@@ -1,12 +1,4 @@
-#include <gmock/gmock.h>
-
-#include <QDir>
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-
-#include "support/outcomes.h"
-#include "support/platform.h"
+#include "support/process_runner.h"
 
 namespace quorvelle::testing {
 namespace {

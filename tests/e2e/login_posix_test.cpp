@@ -1,5 +1,3 @@
-#include <QFile>
-
 #include "e2e/session.h"
 
 namespace quorvelle::testing {

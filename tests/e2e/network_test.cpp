@@ -1,14 +1,7 @@
-#include <gmock/gmock.h>
-
-#include "support/fake_tide.h"
-#include "support/outcomes.h"
+#include "support/fake_builds.h"
+#include "support/process_runner.h"
 
 namespace quorvelle::testing {
-
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 namespace {
 

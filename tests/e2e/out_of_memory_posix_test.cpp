@@ -1,7 +1,5 @@
-#include <gtest/gtest.h>
-
 #include "support/fake_server.h"
-#include "support/outcomes.h"
+#include "support/process_runner.h"
 
 namespace quorvelle::testing {
 

@@ -1,13 +1,7 @@
-#include <gmock/gmock.h>
-
-#include <QJsonArray>
-
-#include "support/one_request.h"
+#include "support/server_test.h"
 
 namespace quorvelle::testing {
 namespace {
-
-using ::testing::ElementsAre;
 
 TEST(PeopleCommands, MakeOneRequestEach) {
     checkOneRequestCommands(R"(

@@ -1,11 +1,7 @@
-#include <gmock/gmock.h>
-
-#include "support/one_request.h"
+#include "support/server_test.h"
 
 namespace quorvelle::testing {
 namespace {
-
-using ::testing::ElementsAre;
 
 TEST(ChannelCommands, MakeOneRequestEach) {
     checkOneRequestCommands(R"(
@@ -154,7 +150,7 @@ TEST_F(ChannelLaunch, StopsBeforeItWritesAWrongList) {
                             " failed: the reply holds no launch targets");
         }
     }
-    EXPECT_THAT(server.lines(), ::testing::Each(kGet));
+    EXPECT_THAT(server.lines(), Each(kGet));
     for (const char* none : {"{}", R"({"channel":"app"})", R"({"launch_targets":null})"}) {
         server.onBytes("GET", kGet + 4, none);
         EXPECT_EQ(box.run(command("primary a/b --clear")).code, 0);

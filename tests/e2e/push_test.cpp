@@ -1,20 +1,12 @@
-#include <gmock/gmock.h>
-
 #include <QDateTime>
-#include <QDir>
-#include <QFile>
 #include <functional>
 #include <thread>
 
 #include "support/fake_builds.h"
-#include "support/one_request.h"
-#include "support/platform.h"
-#include "support/qt_printers.h"
+#include "support/server_test.h"
 
 namespace quorvelle::testing {
 namespace {
-
-using ::testing::ElementsAre;
 
 /// One more than a double can count to.
 constexpr qint64 kSize = 9007199254740993;

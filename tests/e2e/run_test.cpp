@@ -1,11 +1,6 @@
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <QDir>
-#include <QFile>
-
 #include "support/fake_server.h"
-#include "support/outcomes.h"
 #include "support/raw_server.h"
 #include "support/terminal_run.h"
 
@@ -129,9 +124,8 @@ TEST_F(Run, StartsDetached) {
         const Outcome got = box.run(words + (asJson ? args("--json -- %2") : args("-- %2")));
         ASSERT_EQ(got.code, 0) << got.err.toStdString();
         const QStringList said = QString::fromUtf8(box.read("said")).split('\n');
-        EXPECT_THAT(said.mid(1),
-                    ::testing::ElementsAre("/dev/null", "SigIgn:\t0000000000000000",
-                                           box.path("app/bin"), "[a]", "[b c]", "[%2]", ""));
+        EXPECT_THAT(said.mid(1), ElementsAre("/dev/null", "SigIgn:\t0000000000000000",
+                                             box.path("app/bin"), "[a]", "[b c]", "[%2]", ""));
         expectOutcome(
             got, 0,
             asJson ? R"({"exe":")" + box.path("app/bin/tell") + R"(","pid":)" + said[0] + "}\n"

@@ -1,12 +1,5 @@
-#include <gmock/gmock.h>
-
-#include <QDir>
-#include <QFileInfo>
-
 #include "support/fake_server.h"
-#include "support/notation.h"
-#include "support/outcomes.h"
-#include "support/qt_printers.h"
+#include "support/process_runner.h"
 
 namespace quorvelle::testing {
 namespace {

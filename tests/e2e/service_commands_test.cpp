@@ -1,11 +1,7 @@
-#include <gmock/gmock.h>
-
-#include "support/one_request.h"
+#include "support/server_test.h"
 
 namespace quorvelle::testing {
 namespace {
-
-using ::testing::ElementsAre;
 
 TEST(ServiceCommands, ShowVersionLicenseAndPortal) {
     checkOneRequestCommands(R"(

@@ -1,11 +1,7 @@
 #pragma once
 
-#include <gmock/gmock.h>
-
-#include <QJsonArray>
-
 #include "support/fake_server.h"
-#include "support/outcomes.h"
+#include "support/process_runner.h"
 
 namespace quorvelle::testing {
 

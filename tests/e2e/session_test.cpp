@@ -5,8 +5,6 @@
 namespace quorvelle::testing {
 namespace {
 
-using ::testing::ElementsAre;
-
 const QString kSync = "Run 'quorvelle sync' or let the client pick them up.\n";
 const QString kNone =
     "No channels assigned yet - subscriptions will appear automatically once your groups get "

@@ -1,11 +1,9 @@
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <csignal>
 
 #include "support/fake_cloudflare.h"
-#include "support/outcomes.h"
-#include "support/qt_printers.h"
+#include "support/process_runner.h"
 
 namespace quorvelle::testing {
 

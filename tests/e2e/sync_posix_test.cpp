@@ -1,14 +1,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <functional>
 
-#include "support/fake_tide.h"
 #include "support/faulty_run.h"
-#include "support/qt_printers.h"
 #include "support/sync_fixture.h"
 #include "support/terminal_run.h"
 

@@ -1,17 +1,8 @@
-#include <gmock/gmock.h>
-
-#include <QDir>
-
-#include "support/qt_printers.h"
 #include "support/raw_server.h"
 #include "support/sync_fixture.h"
 
 namespace quorvelle::testing {
 namespace {
-
-using ::testing::Each;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class Sync : public SyncTest {
 protected:

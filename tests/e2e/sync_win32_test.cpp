@@ -1,11 +1,7 @@
 #include <windows.h>
 
 #include <QDateTime>
-#include <QFile>
 
-#include "support/fake_tide.h"
-#include "support/platform.h"
-#include "support/qt_printers.h"
 #include "support/sync_fixture.h"
 
 namespace quorvelle::testing {

@@ -1,13 +1,8 @@
-#include <gmock/gmock.h>
-
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <csignal>
 #include <future>
 
 #include "support/fake_builds.h"
-#include "support/fake_tide.h"
-#include "support/one_request.h"
+#include "support/server_test.h"
 #include "support/terminal_run.h"
 
 namespace quorvelle::testing {
@@ -46,7 +41,7 @@ QStringList events(const QString& err) {
 TEST_F(AtATerminal, ASyncKeepsOneLineThatIsGoneInTheEnd) {
     publish(server, "stable", "b1", {{"a", QByteArray(200000, 'x')}, {"b", "y"}});
     const Outcome cargo = run("sync");
-    EXPECT_THAT(cargo.err.toStdString(), ::testing::HasSubstr(" of 195.3 KiB"));
+    EXPECT_THAT(cargo.err.toStdString(), HasSubstr(" of 195.3 KiB"));
     EXPECT_EQ(
         screenAfter(cargo.err),
         (QStringList{"'app': checking channel 'stable' ...",
@@ -55,7 +50,7 @@ TEST_F(AtATerminal, ASyncKeepsOneLineThatIsGoneInTheEnd) {
                      "'app': synced build b1 (2 files, 200001 bytes) -> " + box.path("app"), ""}));
     publishTide(server, "stable", "b2", {{"a", {std::string(3000, 'a'), std::string(2000, 'b')}}});
     const Outcome tide = run("sync");
-    EXPECT_THAT(tide.err.toStdString(), ::testing::HasSubstr(" of 4.9 KiB"));
+    EXPECT_THAT(tide.err.toStdString(), HasSubstr(" of 4.9 KiB"));
     EXPECT_EQ(screenAfter(tide.err),
               (QStringList{"'app': checking channel 'stable' ...",
                            "'app': checking Tide channel 'stable' ...",
@@ -96,7 +91,7 @@ TEST_F(AtATerminal, APushKeepsALineToo) {
     server.onAnythingElse(answering(R"({"file_count":1,"total_size":5000})"));
     box.write("build/a", QByteArray(5000, 'x'));
     const Outcome pushed = run("push build --channel stable --build b1");
-    EXPECT_THAT(pushed.err.toStdString(), ::testing::HasSubstr(" of 4.9 KiB"));
+    EXPECT_THAT(pushed.err.toStdString(), HasSubstr(" of 4.9 KiB"));
     EXPECT_EQ(screenAfter(pushed.err),
               (QStringList{"Pushing 1 files as build b1 to " + server.url() + " ...",
                            "  a (5000 bytes)", "Finalized build b1 (1 files, 5000 bytes)",

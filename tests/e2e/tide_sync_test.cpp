@@ -1,20 +1,9 @@
-#include <gmock/gmock.h>
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QRegularExpression>
 
-#include "support/platform.h"
-#include "support/tide_fixture.h"
+#include "support/sync_fixture.h"
 
 namespace quorvelle::testing {
 namespace {
-
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::Not;
-using ::testing::StartsWith;
 
 class TideSync : public TideTest {};
 

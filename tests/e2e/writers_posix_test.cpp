@@ -3,12 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QDir>
-#include <QFile>
 #include <functional>
 
-#include "support/platform.h"
-#include "support/tide_fixture.h"
+#include "support/sync_fixture.h"
 
 namespace quorvelle::testing {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "onboarding/bucket_rules.h"
 #include "onboarding_fixture.h"
-#include "support/outcomes.h"
+#include "support/process_runner.h"
 #include "support/raw_server.h"
 #include "support/server_api_page.h"
 

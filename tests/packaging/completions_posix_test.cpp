@@ -9,7 +9,7 @@
 #include "cli/command_table.h"
 #include "cli/option_table.h"
 #include "console/usage_forms.h"
-#include "support/outcomes.h"
+#include "support/process_runner.h"
 
 namespace quorvelle::testing {
 

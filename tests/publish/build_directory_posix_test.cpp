@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include "publish/build_directory.h"
-#include "support/outcomes.h"
+#include "support/process_runner.h"
 #include "support/qt_printers.h"
 
 namespace quorvelle::testing {

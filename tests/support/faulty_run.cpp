@@ -1,7 +1,5 @@
 #include "support/faulty_run.h"
 
-#include <QFile>
-
 namespace quorvelle::testing {
 
 namespace {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QStringList>
 #include <string>
 #include <vector>
 

@@ -1,18 +1,28 @@
 #pragma once
 
+#include <gmock/gmock.h>
+
 #include <QDir>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QList>
-#include <QString>
-#include <QStringList>
-#include <string>
 
 #include "support/qt_printers.h"
 
-/// Short forms in which tables of cases stay readable.
+/// Short forms in which tests and their tables of cases stay readable.
 
 namespace quorvelle::testing {
+
+using ::testing::AnyOf;
+using ::testing::Contains;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+using ::testing::Values;
+using ::testing::ValuesIn;
 
 /// The words of a line, split at blanks.
 inline QStringList args(const QString& line) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include <QStringList>
 #include <memory>
 
 /// What tests need of the platform.
@@ -15,6 +15,10 @@ QString homeFolder(const QString& home);
 
 /// The folder of caches of a program whose environment has XDG_CACHE_HOME set to a folder.
 QString cacheFolder(const QString& xdg);
+
+/// What stands before the line of a command that is to obey file permissions, also when the
+/// tests run as root.
+QStringList obeyingPermissions();
 
 /// While it exists, others cannot do something with a file or directory.
 class Held {

@@ -48,6 +48,10 @@ QString cacheFolder(const QString&) {
     return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
 }
 
+QStringList obeyingPermissions() {
+    return {};
+}
+
 struct Held::Hold {
     HANDLE handle;
 };

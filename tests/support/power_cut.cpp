@@ -1,10 +1,7 @@
 #include "support/power_cut.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <QDir>
-#include <QFile>
 #include <algorithm>
 
 namespace quorvelle::testing {

@@ -1,22 +1,13 @@
 #include "support/process_runner.h"
 
-#include <gtest/gtest.h>
-
-#include <QDir>
 #include <QDirIterator>
-#include <QFile>
-#include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QProcess>
 
 namespace quorvelle::testing {
 
 QJsonObject Outcome::json() const {
     EXPECT_EQ(out.count(u'\n'), 1) << "not one line: " << out.toStdString();
-    const QJsonDocument document = QJsonDocument::fromJson(out.toUtf8());
-    EXPECT_TRUE(document.isObject()) << "no JSON object: " << out.toStdString();
-    return document.object();
+    return object(out);
 }
 
 QString quorvelleProgram() {
@@ -97,17 +88,50 @@ QJsonObject Sandbox::config() const {
     return QJsonDocument::fromJson(read(QStringLiteral("config/config.json"))).object();
 }
 
-void Sandbox::writeConfig(const QJsonObject& document) const {
+void Sandbox::writeConfig(QJsonObject document) const {
+    if (!document.contains("schema_version")) {
+        document.insert("schema_version", 2);
+    }
     write(QStringLiteral("config/config.json"), QJsonDocument(document).toJson());
 }
 
 void Sandbox::follow(const QString& server, const QString& channel, const QString& place) const {
     const QJsonObject app{
         {"name", "app"}, {"server", server}, {"channel", channel}, {"dir", path(place)}};
-    writeConfig({{"schema_version", 2},
-                 {"server", server},
-                 {"token", "t"},
-                 {"subscriptions", QJsonArray{app}}});
+    writeConfig({{"server", server}, {"token", "t"}, {"subscriptions", QJsonArray{app}}});
+}
+
+QJsonObject object(const QString& text) {
+    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
+    EXPECT_TRUE(document.isObject()) << "no JSON object: " << text.toStdString();
+    return document.object();
+}
+
+void expectOutcome(const Outcome& got, int code, const QString& out, const QString& err) {
+    EXPECT_EQ(got.code, code);
+    EXPECT_EQ(got.out, out);
+    EXPECT_EQ(got.err, err);
+}
+
+void expectError(const Sandbox& sandbox, const QStringList& words, int code,
+                 const QString& message) {
+    expectOutcome(sandbox.run(words), code, {}, message + u'\n');
+    const Outcome json = sandbox.run(QStringList("--json") + words);
+    EXPECT_EQ(json.code, code);
+    EXPECT_EQ(json.json(), (QJsonObject{{"error", message}}));
+    EXPECT_EQ(json.err, QString());
+}
+
+void expectUsage(const Sandbox& sandbox, const QStringList& words) {
+    const QString usage = sandbox.run({}).out;
+    EXPECT_TRUE(usage.startsWith("Quorvelle CLI "));
+    expectOutcome(sandbox.run(words), 1, usage);
+    expectOutcome(sandbox.run(QStringList("--json") + words), 1, usage);
+}
+
+Outcome runObeyingPermissions(const Sandbox& sandbox, const QStringList& words) {
+    const QStringList line = obeyingPermissions() + QStringList(quorvelleProgram()) + words;
+    return sandbox.runProgram(line.first(), line.mid(1));
 }
 
 }  // namespace quorvelle::testing

@@ -1,10 +1,13 @@
 #pragma once
 
-#include <QJsonObject>
+#include <QFileInfo>
 #include <QProcessEnvironment>
-#include <QString>
-#include <QStringList>
 #include <QTemporaryDir>
+
+#include "support/notation.h"
+#include "support/platform.h"
+
+/// Runs of the program, and what is expected of them.
 
 namespace quorvelle::testing {
 
@@ -37,7 +40,8 @@ public:
     /// are empty as "path/". "(missing)" alone when the folder is missing.
     QStringList tree(const QString& relative) const;
     QJsonObject config() const;
-    void writeConfig(const QJsonObject& document) const;
+    /// Of version 2, unless the document says another.
+    void writeConfig(QJsonObject document) const;
     /// Writes a configuration with the server, the token "t" and the subscription "app".
     void follow(const QString& server, const QString& channel = QStringLiteral("stable"),
                 const QString& place = QStringLiteral("app")) const;
@@ -49,5 +53,22 @@ private:
 };
 
 QString quorvelleProgram();
+
+/// The object that the text spells; fails the test when it spells none.
+QJsonObject object(const QString& text);
+
+/// Checks both streams and the exit code of a finished run.
+void expectOutcome(const Outcome& got, int code, const QString& out, const QString& err = {});
+
+/// Runs the command in both modes and expects nothing but the error: as a line on standard
+/// error in text mode, as one object on standard output in JSON mode.
+void expectError(const Sandbox& sandbox, const QStringList& words, int code,
+                 const QString& message);
+
+/// Runs the command in both modes and expects the usage text and exit code 1.
+void expectUsage(const Sandbox& sandbox, const QStringList& words);
+
+/// A run that obeys file permissions, also when the tests run as root.
+Outcome runObeyingPermissions(const Sandbox& sandbox, const QStringList& words);
 
 }  // namespace quorvelle::testing

@@ -1,7 +1,5 @@
 #include "support/sync_fixture.h"
 
-#include <QDir>
-
 namespace quorvelle::testing {
 
 SyncTest::SyncTest() {

@@ -1,16 +1,10 @@
 #include "support/sync_world.h"
 
-#include <gtest/gtest.h>
-
-#include <QDir>
-#include <QJsonArray>
 #include <QRegularExpression>
 #include <vector>
 
 #include "support/fake_builds.h"
-#include "support/fake_tide.h"
 #include "support/faulty_run.h"
-#include "support/notation.h"
 
 namespace quorvelle::testing {
 

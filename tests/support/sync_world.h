@@ -1,9 +1,6 @@
 #pragma once
 
-#include <string>
-
-#include "support/fake_server.h"
-#include "support/process_runner.h"
+#include "support/server_test.h"
 
 namespace quorvelle::testing {
 

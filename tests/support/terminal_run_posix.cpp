@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <pty.h>
 #include <termios.h>
 

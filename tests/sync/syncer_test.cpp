@@ -4,7 +4,7 @@
 
 #include <QEventLoop>
 
-#include "support/fake_tide.h"
+#include "support/fake_builds.h"
 #include "support/process_runner.h"
 #include "sync/markers.h"
 

@@ -1,10 +1,4 @@
-#include "support/one_request.h"
-
-#include <gmock/gmock.h>
-
-#include <QJsonDocument>
-
-#include "support/notation.h"
+#include "support/server_test.h"
 
 namespace quorvelle::testing {
 
@@ -26,7 +20,7 @@ void checkWire(const SeenRequest& request, const QString& body) {
 void checkRow(const QStringList& cells) {
     FakeServer server;
     const Sandbox box;
-    box.writeConfig({{"schema_version", 2}, {"server", server.url() + '/'}, {"token", "t"}});
+    box.writeConfig({{"server", server.url() + '/'}, {"token", "t"}});
     const QStringList words = args(cells[0]);
     const std::string line = cells[1].toStdString();
     const QJsonObject reply = json(cells[3].toUtf8());
@@ -40,7 +34,7 @@ void checkRow(const QStringList& cells) {
     const Outcome asJson = box.run(words + QStringList("--json"));
     EXPECT_EQ(asJson.code, 0);
     EXPECT_EQ(asJson.json(), reply);
-    EXPECT_THAT(server.lines(), ::testing::ElementsAre(line, line));
+    EXPECT_THAT(server.lines(), ElementsAre(line, line));
     checkWire(server.requests().at(0), cells[2]);
     checkWire(server.requests().at(1), cells[2]);
     answer({{"error", "not you"}}, 403);

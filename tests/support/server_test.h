@@ -1,22 +1,19 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <QString>
-
 #include "support/fake_server.h"
-#include "support/outcomes.h"
+#include "support/process_runner.h"
 
 namespace quorvelle::testing {
 
-/// A server that a configuration names, with the token "t".
-struct ServerTest : ::testing::Test {
-    ServerTest() {
-        box.writeConfig({{"schema_version", 2}, {"server", server.url()}, {"token", "t"}});
-    }
-
+/// A server, and a place for runs of the program, which does not know of it yet.
+struct ProgramTest : ::testing::Test {
     FakeServer server;
     Sandbox box;
+};
+
+/// The same where a configuration names the server, with the token "t".
+struct ServerTest : ProgramTest {
+    ServerTest() { box.writeConfig({{"server", server.url()}, {"token", "t"}}); }
 };
 
 /// Runs the commands of a table that make one request each, with the real program, and
