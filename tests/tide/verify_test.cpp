@@ -2,24 +2,16 @@
 
 #include <gmock/gmock.h>
 
-#include "tide/limits.h"
 #include "tide/tide_files.h"
 
 namespace tide::testing {
 namespace {
 
+using ::testing::_;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 const Build kBuild = {
     {"bin/app", {"first", "second"}}, {"data/\u00fcber.txt", {"text"}}, {"empty", {}}};
-
-struct Check {
-    bool ok = false;
-    std::string err;
-    std::vector<std::string> issues;
-    std::vector<std::string> progress;
-};
 
 class VerifyTest : public ::testing::Test {
 protected:
@@ -29,80 +21,86 @@ protected:
         }
     }
 
-    Check check(const Json::Value& manifest, bool quick) {
-        Check result;
-        result.ok = verifyFiles(
+    /// What a check of the three files says of each, and how far it is after it.
+    std::vector<std::string> check(const Json::Value& manifest, bool quick) {
+        std::vector<std::string> said(1);
+        std::string err;
+        const bool checked = verifyFiles(
             files::utf8Text(temp / "install"), manifest,
             [&](std::uint64_t done, std::uint64_t all, std::int64_t bytes) {
-                result.progress.push_back(std::to_string(done) + "/" + std::to_string(all) + " " +
-                                          std::to_string(bytes));
+                said.back() += std::to_string(done) + "/" + std::to_string(all);
+                said.back() += " " + std::to_string(bytes);
+                said.emplace_back();
             },
             [&](const std::string& path, const std::string& problem) {
-                result.issues.push_back(path + ": " + problem);
+                said.back() += path + ": " + problem + " ";
             },
-            &result.err, quick);
-        return result;
+            &err, quick);
+        EXPECT_TRUE(checked) << err;
+        EXPECT_EQ(said.back(), "");
+        said.pop_back();
+        return said;
     }
 
     TempDir temp;
 };
 
-TEST_F(VerifyTest, AGoodInstallHasNoIssues) {
+TEST_F(VerifyTest, TellsHowFarItIs) {
     for (const bool quick : {true, false}) {
-        const Check result = check(manifestOf(kBuild), quick);
-        EXPECT_TRUE(result.ok);
-        EXPECT_THAT(result.issues, IsEmpty());
-        EXPECT_THAT(result.progress, ElementsAre("1/3 11", "2/3 15", "3/3 15"));
+        EXPECT_THAT(check(manifestOf(kBuild), quick), ElementsAre("1/3 11", "2/3 15", "3/3 15"));
     }
 }
 
 TEST_F(VerifyTest, EachDamageHasItsWordInBothModes) {
+    const fs::path app = temp / "install/bin/app";
     struct Row {
         const char* name;
-        std::function<void(const fs::path& app)> damage;
-        std::string quick;  // what is reported of "bin/app"; empty: nothing
+        std::function<void()> damage;
+        std::string quick;  // what is said of "bin/app"
         std::string full;
     };
+    const std::string missing = "bin/app: missing 1/3 0";
+    const std::string otherSize = "bin/app: size mismatch 1/3 0";
     const Row rows[] = {
-        {"gone", [](const fs::path& app) { fs::remove(app); }, "missing", "missing"},
-        {"gone with its folder", [](const fs::path& app) { fs::remove_all(app.parent_path()); },
-         "missing", "missing"},
-        {"a folder", [](const fs::path& app) { fs::remove(app), fs::create_directory(app); },
-         "missing", "missing"},
-        {"shorter", [](const fs::path& app) { writeFile(app, "firstsecon"); }, "size mismatch",
-         "size mismatch"},
-        {"longer", [](const fs::path& app) { writeFile(app, "firstsecond!"); }, "size mismatch",
-         "size mismatch"},
-        {"other first chunk", [](const fs::path& app) { writeFile(app, "First+econd"); }, "",
-         "chunk hash mismatch"},
-        {"other last byte", [](const fs::path& app) { writeFile(app, "firstsecon!"); }, "",
-         "chunk hash mismatch"},
+        {"gone", [&] { fs::remove(app); }, missing, missing},
+        {"gone with its folder", [&] { fs::remove_all(app.parent_path()); }, missing, missing},
+        {"a folder", [&] { fs::remove(app), fs::create_directory(app); }, missing, missing},
+        {"shorter", [&] { writeFile(app, "firstsecon"); }, otherSize, otherSize},
+        {"longer", [&] { writeFile(app, "firstsecond!"); }, otherSize, otherSize},
+        {"other first chunk", [&] { writeFile(app, "First+econd"); }, "1/3 11",
+         "bin/app: chunk hash mismatch 1/3 0"},
+        {"other last byte", [&] { writeFile(app, "firstsecon!"); }, "1/3 11",
+         "bin/app: chunk hash mismatch 1/3 5"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        const fs::path app = temp / "install/bin/app";
         fs::remove_all(app);
         writeFile(app, "firstsecond");
-        row.damage(app);
-        for (const bool quick : {true, false}) {
-            const std::string& problem = quick ? row.quick : row.full;
-            const Check result = check(manifestOf(kBuild), quick);
-            EXPECT_TRUE(result.ok);
-            EXPECT_EQ(result.issues, problem.empty()
-                                         ? std::vector<std::string>{}
-                                         : std::vector<std::string>{"bin/app: " + problem});
-            EXPECT_EQ(result.progress.size(), 3U);
-        }
+        row.damage();
+        EXPECT_THAT(check(manifestOf(kBuild), true), ElementsAre(row.quick, _, _));
+        EXPECT_THAT(check(manifestOf(kBuild), false), ElementsAre(row.full, _, _));
     }
 }
 
 TEST_F(VerifyTest, ChunksThatClaimMoreThanTheFileAreTruncation) {
     Json::Value manifest = manifestOf(kBuild);
-    manifest["files"][0]["chunks"][1]["n"] = Json::UInt64{7};
-    EXPECT_THAT(check(manifest, false).issues, ElementsAre("bin/app: truncated or unreadable"));
-    manifest["files"][0]["chunks"][1]["n"] = Json::UInt64{~std::uint64_t{0}};
-    EXPECT_THAT(check(manifest, false).issues, ElementsAre("bin/app: truncated or unreadable"));
-    EXPECT_THAT(check(manifest, true).issues, IsEmpty());
+    for (const std::uint64_t length : {std::uint64_t{7}, ~std::uint64_t{0}}) {
+        manifest["files"][0]["chunks"][1]["n"] = Json::UInt64{length};
+        EXPECT_THAT(check(manifest, false),
+                    ElementsAre("bin/app: truncated or unreadable 1/3 5", _, _));
+    }
+    EXPECT_THAT(check(manifest, true), ElementsAre("1/3 11", _, _));
+}
+
+TEST_F(VerifyTest, LinksCountAsWhatTheyLeadTo) {
+    fs::remove(temp / "install/empty");
+    fs::create_symlink("nowhere", temp / "install/empty");
+    fs::rename(temp / "install/bin/app", temp / "elsewhere");
+    fs::create_symlink(temp / "elsewhere", temp / "install/bin/app");
+    for (const bool quick : {true, false}) {
+        EXPECT_THAT(check(manifestOf(kBuild), quick),
+                    ElementsAre("1/3 11", "2/3 15", "empty: missing 3/3 15"));
+    }
 }
 
 }  // namespace
