@@ -11,9 +11,9 @@ namespace tide::testing {
 /// "staging" as the target and "install" as the directory to reuse.
 class AssemblyTest : public ::testing::Test {
 protected:
-    /// Runs once; `err` then says why it failed, and is empty when it did not.
-    bool assemble(const ChunkUrls& urls = {}) {
-        err.clear();
+    /// Runs once and returns why it failed, nothing when it did not.
+    std::string assemble(const ChunkUrls& urls = {}) {
+        std::string err;
         progress.clear();
         bucket.fetched.clear();
         const auto noteProgress = [&](std::uint64_t done, std::uint64_t all, std::int64_t bytes) {
@@ -28,22 +28,27 @@ protected:
                                              .chunkUrls = urls,
                                              .targetDirectory = files::utf8Text(staging()),
                                              .reuseDirectory = files::utf8Text(temp / "install"),
-                                             .known = [this] { return known; },
                                              .progress = noteProgress,
                                              .outcome = &outcome},
                                             &err);
         EXPECT_EQ(ok, err.empty());
-        return ok;
+        return err;
     }
 
-    /// Whether staging holds the build's files and nothing else.
-    void expectAssembled(const Build& build) const {
+    /// Publishes the build and runs once; staging then holds its files and nothing else.
+    void expectAssembled(const Build& build) {
+        bucket.publish(build);
+        EXPECT_EQ(assemble(), "");
+        expectStaged(build);
+    }
+
+    void expectStaged(const Build& build) const {
         std::set<std::string> files;
         for (const auto& [path, chunks] : build) {
             EXPECT_TRUE(readFile(staging() / files::utf8Path(path)) == joined(chunks)) << path;
-            for (std::size_t slash = path.find('/'); slash != std::string::npos;
-                 slash = path.find('/', slash + 1)) {
-                files.insert(path.substr(0, slash + 1));
+            for (std::size_t end = path.find('/'); end != path.npos;
+                 end = path.find('/', end + 1)) {
+                files.insert(path.substr(0, end + 1));
             }
             files.insert(path);
         }
@@ -54,26 +59,10 @@ protected:
 
     TempDir temp;
     MemoryBucket bucket;
-    std::string err;
     std::vector<std::string> progress;
-    KnownCuts known;
     AssemblyOutcome outcome;
     /// Called on the worker after each chunk, with the number done.
     std::function<void(std::uint64_t)> onChunk;
-};
-
-/// Assembles a build whose file "large" has kChunks chunks.
-class ResumeTest : public AssemblyTest {
-protected:
-    ResumeTest() {
-        for (unsigned i = 0; i < kChunks; ++i) {
-            build[1].second.push_back(randomBytes(i + 1, 40000 + 1000 * i));
-        }
-        bucket.publish(build);
-    }
-
-    static constexpr unsigned kChunks = 10;
-    Build build = {{"small", {"s"}}, {"large", {}}, {"last", {"l"}}};
 };
 
 }  // namespace tide::testing

@@ -69,17 +69,14 @@ public:
         return root / files::utf8Path(relative);
     }
 
-    std::string name() const { return root.filename().string(); }
-
     /// Every entry below a folder, "/"-separated, folders with a "/" at the end.
     std::set<std::string> entries(const std::string& folder) const {
         std::set<std::string> found;
         for (const auto& entry : fs::recursive_directory_iterator(*this / folder)) {
-            const std::u8string text =
+            const std::u8string name =
                 fs::relative(entry.path(), *this / folder).generic_u8string();
-            const std::string name(text.begin(), text.end());
-            const bool directory = entry.is_directory() && !entry.is_symlink();
-            found.insert(directory ? name + "/" : name);
+            const bool isFolder = entry.is_directory() && !entry.is_symlink();
+            found.insert(std::string(name.begin(), name.end()) + (isFolder ? "/" : ""));
         }
         return found;
     }
@@ -103,67 +100,51 @@ inline Json::Value manifestOf(const Build& build, const std::string& channel = "
     Json::Value manifest;
     manifest["schema"] = 1;
     manifest["channel"] = channel;
-    manifest["files"] = Json::arrayValue;
     for (const auto& [path, chunks] : build) {
-        Json::Value file;
+        Json::Value& file = manifest["files"].append({});
         file["path"] = path;
         file["size"] = Json::UInt64{joined(chunks).size()};
         file["chunks"] = Json::arrayValue;
         for (const std::string& bytes : chunks) {
-            Json::Value chunk;
+            Json::Value& chunk = file["chunks"].append({});
             chunk["h"] = blake3Hex(bytes);
             chunk["n"] = Json::UInt64{bytes.size()};
-            file["chunks"].append(chunk);
         }
-        manifest["files"].append(file);
     }
     return manifest;
 }
 
-struct KeyPair {
-    unsigned char open[crypto_sign_PUBLICKEYBYTES];
-    unsigned char secret[crypto_sign_SECRETKEYBYTES];
-};
-
-/// The keys that tests sign with, always the same.
-inline KeyPair keyPair() {
-    const std::vector<unsigned char> seed(crypto_sign_SEEDBYTES, 7);
-    KeyPair pair;
-    crypto_sign_seed_keypair(pair.open, pair.secret, seed.data());
-    return pair;
-}
-
-template <std::size_t kSize>
-std::string hexOf(const unsigned char (&bytes)[kSize]) {
-    char text[2 * kSize + 1];
-    return sodium_bin2hex(text, sizeof text, bytes, kSize);
-}
-
+/// The public key of what signatureOf() signs with.
 inline std::string signingKey() {
-    return hexOf(keyPair().open);
+    return "ea4a6c63e29c520abef5507b132ec5f9954776aebebe7b92421eea691446d22c";
 }
 
 inline std::string signatureOf(const std::string& message) {
+    const std::vector<unsigned char> seed(crypto_sign_SEEDBYTES, 7);
+    const std::vector<unsigned char> bytes(message.begin(), message.end());
+    unsigned char open[crypto_sign_PUBLICKEYBYTES];
+    unsigned char secret[crypto_sign_SECRETKEYBYTES];
     unsigned char signature[crypto_sign_BYTES];
-    crypto_sign_detached(signature, nullptr, reinterpret_cast<const unsigned char*>(message.data()),
-                         message.size(), keyPair().secret);
-    return hexOf(signature);
+    char text[2 * crypto_sign_BYTES + 1];
+    crypto_sign_seed_keypair(open, secret, seed.data());
+    crypto_sign_detached(signature, nullptr, bytes.data(), bytes.size(), secret);
+    return sodium_bin2hex(text, sizeof text, signature, sizeof signature);
 }
 
-/// A bucket in memory that notes what was asked for, and which chunks were fetched.
+/// A bucket in memory that notes what was asked for.
 class MemoryBucket : public StorageProvider {
 public:
-    MemoryBucket() = default;
-    explicit MemoryBucket(const Build& build) { publish(build); }
-
     void publish(const Build& build) {
         setManifest(manifestOf(build));
         for (const auto& [path, chunks] : build) {
             for (const std::string& bytes : chunks) {
-                objects[chunkKey(blake3Hex(bytes))] = bytes;
+                chunk(bytes) = bytes;
             }
         }
     }
+
+    /// The object that a chunk of these bytes is fetched from.
+    std::string& chunk(const std::string& bytes) { return objects[chunkKey(blake3Hex(bytes))]; }
 
     void setManifest(const Json::Value& manifest) {
         objects["channels/app/manifest.json"] =
@@ -171,15 +152,15 @@ public:
     }
 
     bool get(const std::string& key, std::string& body, std::string* err) override {
-        const bool chunk = key.starts_with("chunks/");
+        const bool isChunk = key.starts_with("chunks/");
         asked.push_back(key);
-        if (!objects.contains(key) || (chunk && fetched.size() >= breakAfter)) {
+        if (!objects.contains(key) || (isChunk && fetched.size() >= breakAfter)) {
             return fail(err, "GET ", key, " -> HTTP 404");
         }
-        if (chunk) {
-            fetched.push_back(key);
-        }
         body = objects[key];
+        if (isChunk) {
+            fetched.push_back(body.substr(0, 16));
+        }
         return true;
     }
     bool put(const std::string&, const std::string&, std::string*) override { return false; }
@@ -191,6 +172,7 @@ public:
 
     std::map<std::string, std::string> objects;
     std::vector<std::string> asked;
+    /// How the chunks that were fetched begin.
     std::vector<std::string> fetched;
     /// Chunks that are served before every other is refused.
     std::size_t breakAfter = ~std::size_t{0};
