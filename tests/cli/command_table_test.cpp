@@ -20,14 +20,11 @@ const QStringList kTakesAnything = {"backups",        "builds",        "channels
                                     "server-version", "subscriptions", "users",    "whoami"};
 
 /// Commands that say of an empty name what they say of an unknown one.
-const QStringList kOwnWords = {"login",
-                               "push",
-                               "run",
-                               "unsubscribe",
-                               "server set-root",
-                               "subscription set-interval",
-                               "subscription set-self-heal",
-                               "license request-trial --name"};
+const QStringList kOwnWords =
+    QString(
+        "login,push,run,unsubscribe,server set-root,subscription set-interval,"
+        "subscription set-self-heal,license request-trial --name")
+        .split(u',');
 
 /// Options whose values are names.
 const QStringList kNames = {"--build", "--name",  "--from", "--target",

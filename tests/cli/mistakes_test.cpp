@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 
 #include "cli/command_table.h"
 #include "cli/dispatch.h"
-#include "cli/unknown_command.h"
 #include "console/output.h"
 #include "console/overview.h"
 #include "console/terminal.h"
@@ -18,7 +16,7 @@ namespace quorvelle::testing {
 
 namespace {
 
-/// A line that its command refuses, and what a person is told of it; "~" is an empty word.
+/// A line that is refused, and what a person is told of it; "~" is an empty word.
 const QString kMistakes = R"(
 promote stable --form beta            | Unknown option '--form'. Did you mean '--from'?
 promote stable                        | One of these is missing: <build-id>, --from <channel>.
@@ -54,24 +52,22 @@ request-access s --email x@a          | --name <user> is missing.
 subscribe s c                         | --dir <path> is missing.
 subscribe s c --dir d --interval 1.5  | '1.5' may not fit <seconds|manual|default>.
 subscribe s c --dir d --self-heal 1   | '1' is none of none, quick, full, default.
+build delete --yes --server http://h  | <id> is missing.
 build delete ~                        | '' is empty where something is due
 build delete --yes                    | <id> is missing.
 build delete 7 --yse                  | Unknown option '--yse'. Did you mean '--yes'?
 run -- app                            | <subscription> is missing.
 run app --target -- x                 | 'x' is one word too many.
-server set-root url                   | <path> is missing.)";
-
-/// Words that are no command.
-const QString kUnknown = R"(
-snyc                 | Unknown command 'snyc'. Did you mean 'sync'?
-Sync --name a        | Unknown command 'Sync'. Did you mean 'sync'?
-chanel create x      | Unknown command 'chanel create'. Did you mean 'channel create'?
-channel crate x      | Unknown command 'channel crate'. Did you mean 'channel create'?
-channel list         | Unknown command 'channel list'.
-channel launch       | 'channel launch' alone is no command.
-channel --server x   | 'channel' alone is no command.
-frobnicate           | Unknown command 'frobnicate'.
-go                   | Unknown command 'go'.)";
+server set-root url                   | <path> is missing.
+snyc                                  | Unknown command 'snyc'. Did you mean 'sync'?
+Sync --name a                         | Unknown command 'Sync'. Did you mean 'sync'?
+chanel create x                       | Unknown command 'chanel create'. Did you mean 'channel create'?
+channel crate x                       | Unknown command 'channel crate'. Did you mean 'channel create'?
+channel list                          | Unknown command 'channel list'.
+channel launch                        | 'channel launch' alone is no command.
+channel --server x                    | 'channel' alone is no command.
+frobnicate                            | Unknown command 'frobnicate'.
+go                                    | Unknown command 'go'.)";
 
 Terminal person(std::FILE*) {
     return {.isThere = true};
@@ -108,9 +104,6 @@ TEST(Mistakes, AreNamedInOneLine) {
         EXPECT_EQ(got.err, row.mid(1).join(u'|').toStdString() + '\n') << row[0].toStdString();
         EXPECT_EQ(got.code, 1);
     }
-    for (const QStringList& row : rows(kUnknown)) {
-        EXPECT_EQ(unknownCommand(args(row[0]), commandTable()).mistake, row[1]);
-    }
 }
 
 TEST(Mistakes, AreShownWithTheLinesOfTheCommandThatWasMeant) {
@@ -125,10 +118,7 @@ TEST(Mistakes, AreShownWithTheLinesOfTheCommandThatWasMeant) {
            "  quorvelle subscription set-self-heal <name> <none|quick|full|default>\n"
            "            Tide channels: check an up-to-date install against the manifest\n"},
           {"frobnicate", "  quorvelle            lists all commands\n"}}) {
-        const Seen got = seen(line);
-        EXPECT_EQ(got.code, 1) << line.toStdString();
-        EXPECT_EQ(got.out, out);
-        EXPECT_EQ(std::count(got.err.begin(), got.err.end(), '\n'), 1) << got.err;
+        EXPECT_EQ(seen(line).out, out);
     }
 }
 
