@@ -1,9 +1,9 @@
 #include "config/config_document.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include <QDir>
-
+#include "config/json_number.h"
+#include "config/subscription.h"
 #include "support/notation.h"
 #include "support/platform.h"
 #include "support/temporary_config.h"
@@ -114,6 +114,59 @@ TEST(ConfigSubscriptions, AreFoundByName) {
     EXPECT_EQ(config::indexOfSubscription(entries, "b"), 2);
     EXPECT_EQ(config::indexOfSubscription(entries, "B"), -1);
     EXPECT_EQ(config::indexOfSubscription(entries, ""), -1);
+}
+
+TEST(SubscriptionSettings, AreParsed) {
+    for (const QStringList& row : rows(R"(
+        manual | 0
+        0 | 0
+        MANUAL | 0
+        default | -1
+        1 | 1
+        007 | 7
+        2147483647 | 2147483647)")) {
+        for (const QString& typed : {row[0], " \t" + row[0] + ' '}) {
+            EXPECT_EQ(parseInterval(typed), row[1].toInt()) << row[0].toStdString();
+        }
+    }
+    for (const char* invalid :
+         {"2147483648", "4294967297", "-1", "+5", "1.5", "0x10", "60s", "", "manually", "٦٠"}) {
+        EXPECT_EQ(parseInterval(invalid), std::nullopt) << invalid;
+    }
+    for (const auto& [typed, stored] :
+         {std::pair{"none", 0}, {"quick", 1}, {"full", 2}, {"default", -1}, {" Full\n", 2}}) {
+        EXPECT_EQ(parseSelfHeal(typed), stored) << typed;
+    }
+    for (const char* invalid : {"", "0", "1", "off", "fully", "full quick"}) {
+        EXPECT_EQ(parseSelfHeal(invalid), std::nullopt) << invalid;
+    }
+}
+
+/// The cells: a value, the number, the whole number where 7 stands for none.
+TEST(JsonNumbers, MayBeSentAsText) {
+    for (const QStringList& row : rows(R"(
+        3                    | 3    | 3
+        '3'                  | 3    | 3
+        '-1'                 | -1   | -1
+        2.5                  | 2.5  | 7
+        '2.5'                | 2.5  | 7
+        '1e3'                | 1000 | 1000
+        9007199254740993     | 9007199254740992 | 9007199254740993
+        '9007199254740993'   | 9007199254740992 | 9007199254740993
+        '3 seats'            | none | 7
+        '0x10'               | none | 7
+        'inf'                | none | 7
+        'nan'                | none | 7
+        ''                   | none | 7
+        true                 | none | 7
+        [3]                  | none | 7
+        null                 | none | 7)")) {
+        SCOPED_TRACE(row[0].toStdString());
+        const QJsonValue value = json("{'v':" + row[0].toUtf8() + '}')["v"];
+        EXPECT_EQ(numberIn(value),
+                  row[1] == "none" ? std::nullopt : std::optional(row[1].toDouble()));
+        EXPECT_EQ(wholeNumberIn(value, 7), row[2].toLongLong());
+    }
 }
 
 }  // namespace quorvelle::testing
