@@ -15,7 +15,8 @@ protected:
         publish(server, "stable", "b2", {{"a", "two"}, {"b", "two"}});
         {
             const Held held(box.path("apps/app"), Held::From::kMoves);
-            expectResult(run({"sync"}, true), "blocked", whole("b2", {"a", "b"}), inUse("b2"));
+            expectResult(runObeyingPermissions(box, {"sync"}), "blocked", whole("b2", {"a", "b"}),
+                         inUse("b2"));
         }
         server.forget();
     }
@@ -27,11 +28,9 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Modes, Activation, ::testing::Bool(), modeName);
-
 const QStringList kBoth{"a=two", "b=two"};
 
-TEST_P(Activation, OfFilesInUseIsRetriedWithoutADownload) {
+TEST_F(Activation, OfFilesInUseIsRetriedWithoutADownload) {
     blockBuildTwo();
     EXPECT_EQ(installed(), QStringList("a=one"));
     EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.staged.json", "app.staging"}));
@@ -40,8 +39,9 @@ TEST_P(Activation, OfFilesInUseIsRetriedWithoutADownload) {
     {
         const Held held(box.path("apps/app"), Held::From::kMoves);
         writeState(".old/leftover", "x");
-        expectResult(run({"sync"}, true), "blocked", retrying("b2"), inUse("b2"));
-        expectResult(run(args("sync --force"), true), "blocked", retrying("b2"), inUse("b2"));
+        expectResult(runObeyingPermissions(box, {"sync"}), "blocked", retrying("b2"), inUse("b2"));
+        expectResult(runObeyingPermissions(box, args("sync --force")), "blocked", retrying("b2"),
+                     inUse("b2"));
         EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.staged.json", "app.staging"}));
     }
     expectSync("synced", retrying("b2"), retried("b2"));
@@ -51,7 +51,7 @@ TEST_P(Activation, OfFilesInUseIsRetriedWithoutADownload) {
     expectSync("current", {kChecking}, upToDate("b2"));
 }
 
-TEST_P(Activation, IsBlockedByAFileInTheDirectorysPlace) {
+TEST_F(Activation, IsBlockedByAFileInTheDirectorysPlace) {
     publish(server, "stable", "b1", {{"a", "one"}});
     box.write("apps/app", "a file");
     writeState(".old/only", "copy");
@@ -63,7 +63,7 @@ TEST_P(Activation, IsBlockedByAFileInTheDirectorysPlace) {
     EXPECT_EQ(installed(), QStringList("a=one"));
 }
 
-TEST_P(Activation, ThatCannotBeRecordedWaitsForTheNextBuild) {
+TEST_F(Activation, ThatCannotBeRecordedWaitsForTheNextBuild) {
     publish(server, "stable", "b1", {{"a", "one"}});
     writeState(".installed.json/in the way", "x");
     expectSync("failed", whole("b1", {"a"}),
@@ -79,7 +79,7 @@ TEST_P(Activation, ThatCannotBeRecordedWaitsForTheNextBuild) {
     EXPECT_EQ(state(), QStringList("app.installed.json"));
 }
 
-TEST_P(Activation, NeverMixesTwoBuilds) {
+TEST_F(Activation, NeverMixesTwoBuilds) {
     blockBuildTwo();
     publish(server, "stable", "b3", {{"a", "three"}, {"c", "three"}});
     server.onJson("GET", fileTarget("b3", "c"), {{"error", "lost"}}, 500);
@@ -90,7 +90,7 @@ TEST_P(Activation, NeverMixesTwoBuilds) {
     EXPECT_EQ(installed(), kBoth);
 }
 
-TEST_P(Activation, DownloadsWhatTheOtherEngineStaged) {
+TEST_F(Activation, DownloadsWhatTheOtherEngineStaged) {
     publish(server, "stable", "b2", {{"a", "two"}, {"b", "two"}});
     writeState(".staging/d/leftover", "x");
     writeState(".staging.build", "b2");
@@ -103,7 +103,7 @@ TEST_P(Activation, DownloadsWhatTheOtherEngineStaged) {
     EXPECT_EQ(state(), QStringList("app.installed.json"));
 }
 
-TEST_P(Activation, TakesNoSubscriptionsDirectoryForTheStateOfAnother) {
+TEST_F(Activation, TakesNoSubscriptionsDirectoryForTheStateOfAnother) {
     subscribe({subscription("app", "stable"), subscription("app.old", "other"),
                subscription("app.staging", "other")});
     publish(server, "stable", "b1", {});
@@ -115,12 +115,13 @@ TEST_P(Activation, TakesNoSubscriptionsDirectoryForTheStateOfAnother) {
                                              "app.old/a=one", "app.staging/a=one"}));
 }
 
-TEST_P(Activation, KeepsWhatDidNotComeFromHere) {
+TEST_F(Activation, KeepsWhatDidNotComeFromHere) {
     publish(server, "stable", "b1", {{"a", "one"}});
     box.write("apps/app/thesis/t.tex", "mine");
     {
         const Held held(box.path("apps/app"), Held::From::kMoves);
-        expectResult(run({"sync"}, true), "blocked", whole("b1", {"a"}), inUse("b1"));
+        expectResult(runObeyingPermissions(box, {"sync"}), "blocked", whole("b1", {"a"}),
+                     inUse("b1"));
     }
     EXPECT_EQ(installed(), QStringList("thesis/t.tex=mine"));
     expectSync("synced", retrying("b1"), retried("b1"));
@@ -138,7 +139,7 @@ TEST_P(Activation, KeepsWhatDidNotComeFromHere) {
     EXPECT_EQ(stateBytes(".replaced-2/a"), "two");
 }
 
-TEST_P(Activation, KeepsTheOnlyCopyUntilABuildIsInPlace) {
+TEST_F(Activation, KeepsTheOnlyCopyUntilABuildIsInPlace) {
     publish(server, "stable", "b2", {{"a", "two"}});
     server.onJson("GET", fileTarget("b2", "a"), {{"error", "lost"}}, 404);
     writeState(".old/a", "one");
@@ -149,7 +150,7 @@ TEST_P(Activation, KeepsTheOnlyCopyUntilABuildIsInPlace) {
     EXPECT_EQ(state(), QStringList("app.installed.json"));
 }
 
-TEST_P(Activation, HappensInOneProcessAtATime) {
+TEST_F(Activation, HappensInOneProcessAtATime) {
     subscribe({subscription("app", "stable"), subscription("kit", "none")});
     publish(server, "stable", "b1", {{"a", "one"}});
     server.onJson("GET", "/api/channels/none", {});
@@ -165,12 +166,13 @@ TEST_P(Activation, HappensInOneProcessAtATime) {
                   }
                   response.set_content("one", "application/octet-stream");
               });
-    auto first = std::async(std::launch::async, [this] { return run(args("sync --name app")); });
+    auto first =
+        std::async(std::launch::async, [this] { return box.run(args("sync --name app")); });
     reached.get_future().wait();
     server.forget();
     expectSync("failed", {}, "a sync is already running", args("sync --name app"));
     EXPECT_THAT(server.lines(), ElementsAre());
-    EXPECT_EQ(run(args("sync --name kit")).code, 0);
+    EXPECT_EQ(box.run(args("sync --name kit")).code, 0);
     released.set_value();
     expectResult(first.get(), "synced", whole("b1", {"a"}), synced("b1", 1, 3));
     EXPECT_EQ(state(), QStringList("app.installed.json"));

@@ -157,9 +157,8 @@ TEST(Console, IsLeftAsItWasFound) {
         return QJsonObject{
             {"name", name}, {"server", server.url()}, {"channel", name}, {"dir", self.path()}};
     };
-    console.box.writeConfig({{"schema_version", 2},
-                             {"server", "http://größe-ЖЩ"},
-                             {"subscriptions", QJsonArray{subscription("c")}}});
+    console.box.writeConfig(
+        {{"server", "http://größe-ЖЩ"}, {"subscriptions", QJsonArray{subscription("c")}}});
     EXPECT_EQ(console.run(args("config get server")), 0U);
     EXPECT_NE(console.screen().find(L"http://größe-ЖЩ "), std::wstring::npos);
     EXPECT_EQ(console.run(args("run --wait c"), ready), DWORD{kInterrupted});

@@ -135,8 +135,7 @@ public:
             }
             subscriptions.append(entry);
         }
-        box.writeConfig({{"schema_version", 2},
-                         {"server", url},
+        box.writeConfig({{"server", url},
                          {"token", kSecret},
                          {"install_root", box.path("apps")},
                          {"servers", QJsonArray{QJsonObject{{"server", url}, {"token", kSecret}}}},

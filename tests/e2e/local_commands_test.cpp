@@ -228,9 +228,8 @@ TEST(LocalCommands, SetRootGivesEverySubscriptionAFolderOfItsOwn) {
         }
         return names;
     };
-    box.writeConfig({{"schema_version", 2},
-                     {"servers", QJsonArray{QJsonObject{{"server", "http://h"}}}},
-                     {"subscriptions", before}});
+    box.writeConfig(
+        {{"servers", QJsonArray{QJsonObject{{"server", "http://h"}}}}, {"subscriptions", before}});
     EXPECT_EQ(box.run(args("server set-root http://h new --json")).json()["repointed"], 3);
     EXPECT_EQ(dirs(), args("new/c-2 new/c-3 new/c new/d taken"));
 

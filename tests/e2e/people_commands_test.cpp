@@ -112,8 +112,7 @@ TEST_F(RequestAccess, GoesWithoutATokenOrConfiguration) {
         "Request sent to " + server.url() + ". An admin will send your invite to z@a\n";
     expectOutcome(box.run(words), 0, text);
     box.writeConfig(
-        {{"schema_version", 2},
-         {"token", "t"},
+        {{"token", "t"},
          {"servers", QJsonArray{QJsonObject{{"server", server.url()}, {"token", "own"}}}}});
     EXPECT_EQ(box.run(words + QStringList{"--message", "let me in", "--json"}).json(),
               (QJsonObject{{"id", 1}}));

@@ -44,8 +44,7 @@ protected:
         for (auto key = more.begin(); key != more.end(); ++key) {
             app[key.key()] = key.value();
         }
-        box.writeConfig({{"schema_version", 2},
-                         {"subscriptions", QJsonArray{QJsonObject{{"name", "other"}}, app}}});
+        box.writeConfig({{"subscriptions", QJsonArray{QJsonObject{{"name", "other"}}, app}}});
     }
 
     /// Runs the words and, when the program has told that it runs, does what `then` says to

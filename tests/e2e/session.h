@@ -36,10 +36,7 @@ protected:
     }
     QJsonObject entry() const { return box.config()["servers"][0].toObject(); }
     void joined(const QJsonArray& servers, const QJsonArray& subscriptions = {}) {
-        box.writeConfig({{"schema_version", 2},
-                         {"token", "top"},
-                         {"servers", servers},
-                         {"subscriptions", subscriptions}});
+        box.writeConfig({{"token", "top"}, {"servers", servers}, {"subscriptions", subscriptions}});
     }
 
     /// Makes every save of the configuration fail.

@@ -30,10 +30,8 @@ Outcome runMounted(const Sandbox& box, const QString& folder, const QString& ove
 
 using Staging = SyncTest;
 
-INSTANTIATE_TEST_SUITE_P(Modes, Staging, ::testing::Bool(), modeName);
-
 /// Root alone can see this fail.
-TEST_P(Staging, WritesNothingAtTheRootOfTheFileSystemWithoutAHomeFolder) {
+TEST_F(Staging, WritesNothingAtTheRootOfTheFileSystemWithoutAHomeFolder) {
     publishTide(server, "stable", "b1", {{"a", {"one"}}});
     for (const char* name : {"HOME", "XDG_CACHE_HOME"}) {
         box.environment.remove(name);
@@ -43,7 +41,7 @@ TEST_P(Staging, WritesNothingAtTheRootOfTheFileSystemWithoutAHomeFolder) {
     EXPECT_FALSE(QFileInfo::exists("/.cache/quorvelle"));
 }
 
-TEST_P(Staging, ThatIsTamperedWithDuringTheDownloadIsNotInstalled) {
+TEST_F(Staging, ThatIsTamperedWithDuringTheDownloadIsNotInstalled) {
     const QString state = box.path("apps/.quorvelle");
     const QString staging = state + "/app.staging";
     const QStringList paths{"a", "a", "c/d"};
@@ -85,9 +83,7 @@ TEST_P(Staging, ThatIsTamperedWithDuringTheDownloadIsNotInstalled) {
 
 using InstallDirectory = SyncTest;
 
-INSTANTIATE_TEST_SUITE_P(Modes, InstallDirectory, ::testing::Bool(), modeName);
-
-TEST_P(InstallDirectory, ThatIsALinkIsUpdatedBehindIt) {
+TEST_F(InstallDirectory, ThatIsALinkIsUpdatedBehindIt) {
     box.write("big disk/games/app/a", "0");
     box.write("big disk/games/.quorvelle/app.installed.json", R"({"build":"b0"})");
     ASSERT_TRUE(QDir().mkpath(box.path("apps")));
@@ -104,19 +100,18 @@ TEST_P(InstallDirectory, ThatIsALinkIsUpdatedBehindIt) {
     EXPECT_EQ(state(), QStringList());
 }
 
-TEST_P(InstallDirectory, ThatIsADanglingLinkIsNotTouched) {
+TEST_F(InstallDirectory, ThatIsADanglingLinkIsNotTouched) {
     publish(server, "stable", "b1", {{"a", "1"}});
     ASSERT_TRUE(QDir().mkpath(box.path("apps")));
     ASSERT_TRUE(QFile::link(box.path("missing"), box.path("apps/app")));
     expectSync("blocked", whole("b1", {"a"}), notActivated("b1"));
     const QString note = "'app': " + box.path("apps/app") + " is not a directory\n";
-    EXPECT_EQ(runAtTerminal(box, args(GetParam() ? "sync --json" : "sync")).err,
-              GetParam() ? QString() : note);
+    EXPECT_EQ(runAtTerminal(box, {"sync"}).err, note);
     EXPECT_TRUE(QFileInfo(box.path("apps/app")).isSymbolicLink());
     EXPECT_FALSE(QFile::exists(box.path("missing")));
 }
 
-TEST_P(InstallDirectory, ThatIsAMountPointIsRefusedBeforeTheDownload) {
+TEST_F(InstallDirectory, ThatIsAMountPointIsRefusedBeforeTheDownload) {
     box.write("apps/app/a", "0");
     const auto mounted = [this](const QStringList& words) {
         return runMounted(box, "apps/app", "apps/app", words);
@@ -127,8 +122,7 @@ TEST_P(InstallDirectory, ThatIsAMountPointIsRefusedBeforeTheDownload) {
     const QString refused = "'app': " + box.path("apps/app") +
                             " cannot be replaced as a whole (it is a mount point) - install into "
                             "a folder below it";
-    const QStringList sync = QStringList{quorvelleProgram(), "sync"} +
-                             (GetParam() ? QStringList("--json") : QStringList());
+    const QStringList sync{quorvelleProgram(), "sync"};
     publish(server, "stable", "b1", {{"a", "1"}});
     expectResult(mounted(sync), "failed", {kChecking}, refused);
     EXPECT_EQ(server.lines().size(), 1U);
@@ -142,9 +136,7 @@ TEST_P(InstallDirectory, ThatIsAMountPointIsRefusedBeforeTheDownload) {
 
 using LockEntry = SyncTest;
 
-INSTANTIATE_TEST_SUITE_P(Modes, LockEntry, ::testing::Bool(), modeName);
-
-TEST_P(LockEntry, ThatCannotBeLockedEndsTheSync) {
+TEST_F(LockEntry, ThatCannotBeLockedEndsTheSync) {
     writeState(".lock/in the way", "");
     expectSync("failed", {},
                "'app': cannot lock " + box.path("apps/.quorvelle/app.lock") + ": Is a directory");
@@ -156,7 +148,8 @@ protected:
     void update(int number) {
         const QString build = QString("b%1").arg(number);
         publish(server, "stable", build, {{"a", QByteArray::number(number)}});
-        expectResult(run({"sync"}, true), "synced", whole(build, {"a"}), synced(build, 1, 1));
+        expectResult(runObeyingPermissions(box, {"sync"}), "synced", whole(build, {"a"}),
+                     synced(build, 1, 1));
         EXPECT_EQ(box.read("apps/app/a"), QByteArray::number(number));
     }
     void forbidWriting(const char* folder) const {
@@ -164,9 +157,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Modes, OldBuild, ::testing::Bool(), modeName);
-
-TEST_P(OldBuild, GoesWithDirectoriesThatAreNotWritable) {
+TEST_F(OldBuild, GoesWithDirectoriesThatAreNotWritable) {
     update(1);
     box.write("apps/app/cache/deep/x", "x");
     box.write("outside/x", "x");
@@ -183,14 +174,13 @@ TEST_P(OldBuild, GoesWithDirectoriesThatAreNotWritable) {
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
-TEST_P(OldBuild, KeepsWhatIsMountedInIt) {
+TEST_F(OldBuild, KeepsWhatIsMountedInIt) {
     update(1);
     box.write("my saves/game", "played");
     ASSERT_TRUE(QDir().mkpath(box.path("apps/app/my saves")));
     publish(server, "stable", "b2", {{"a", "2"}});
-    const Outcome got = runMounted(box, "my saves", "apps/app/my saves",
-                                   QStringList{quorvelleProgram(), "sync"} +
-                                       (GetParam() ? QStringList("--json") : QStringList()));
+    const Outcome got =
+        runMounted(box, "my saves", "apps/app/my saves", {quorvelleProgram(), "sync"});
     if (got.code == kNoMount) {
         GTEST_SKIP() << kNeedsMounts;
     }
@@ -201,7 +191,7 @@ TEST_P(OldBuild, KeepsWhatIsMountedInIt) {
     EXPECT_EQ(state(), QStringList("app.installed.json"));
 }
 
-TEST_P(OldBuild, OfAnotherUserStandsInNobodysWay) {
+TEST_F(OldBuild, OfAnotherUserStandsInNobodysWay) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "not run: only root can make files of another user";
     }

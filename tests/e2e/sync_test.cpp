@@ -12,9 +12,7 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Modes, Sync, ::testing::Bool(), modeName);
-
-TEST_P(Sync, InstallsOnceAndAgainWhenForced) {
+TEST_F(Sync, InstallsOnceAndAgainWhenForced) {
     const QStringList paths{"b.txt", "bin/deep/tool", "empty", "a+b &c%d", "日本/ü#"};
     publish(server, "stable", "b1",
             {{paths[0], QByteArray("\0\r\n\xff", 4)},
@@ -48,7 +46,7 @@ TEST_P(Sync, InstallsOnceAndAgainWhenForced) {
     EXPECT_EQ(box.read("apps/app/empty"), "");
 }
 
-TEST_P(Sync, ReplacesTheWholeBuild) {
+TEST_F(Sync, ReplacesTheWholeBuild) {
     publish(server, "stable", "b1", {{"same", "1"}, {"gone", "1"}, {"d/gone", "1"}, {"e", "1"}});
     expectSync("synced", whole("b1", {"same", "gone", "d/gone", "e"}), synced("b1", 4, 4));
     box.write("apps/app/mine", "lost");
@@ -58,7 +56,7 @@ TEST_P(Sync, ReplacesTheWholeBuild) {
     EXPECT_EQ(state(), QStringList("app.installed.json"));
 }
 
-TEST_P(Sync, TakesEveryEngineButTideForCargo) {
+TEST_F(Sync, TakesEveryEngineButTideForCargo) {
     int number = 0;
     for (const char* reply : {"{}", R"({"engine":"Tide"})", R"({"engine":"x"})",
                               R"({"engine":"","schema_version":1})"}) {
@@ -76,7 +74,7 @@ TEST_P(Sync, TakesEveryEngineButTideForCargo) {
 
 /// Each row: the replies for the channel and the build ("-" where none is asked for), and the
 /// message.
-TEST_P(Sync, EndsBeforeTheDownload) {
+TEST_F(Sync, EndsBeforeTheDownload) {
     for (const QStringList& row : rows(R"(
         {"engine":"cargo"}                  | - | 'app' has no build yet
         {"build":""}                        | - | 'app' has no build yet
@@ -97,7 +95,7 @@ TEST_P(Sync, EndsBeforeTheDownload) {
     }
 }
 
-TEST_P(Sync, ReportsRefusedRequests) {
+TEST_F(Sync, ReportsRefusedRequests) {
     expectSync("failed", {kChecking},
                "'app': sync failed (HTTP 404): nothing at /api/channels/stable");
     publish(server, "stable", "b/1", {{"a", "a"}});
@@ -106,7 +104,7 @@ TEST_P(Sync, ReportsRefusedRequests) {
     expectNothingInstalled();
 }
 
-TEST_P(Sync, RefusesUnsafePathsWhenItMeetsThem) {
+TEST_F(Sync, RefusesUnsafePathsWhenItMeetsThem) {
     const QJsonValue paths[] = {"", "../x", 7, QJsonValue::Null, QJsonValue::Undefined};
     for (const QJsonValue& path : paths) {
         SCOPED_TRACE(path.toString().toStdString());
@@ -126,7 +124,7 @@ TEST_P(Sync, RefusesUnsafePathsWhenItMeetsThem) {
                 IsEmpty());
 }
 
-TEST_P(Sync, TakesOddButSafePaths) {
+TEST_F(Sync, TakesOddButSafePaths) {
     const QString folder = QString(200, u'x') + u'/';
     const QString longest = folder.repeated(5) + QString(19, u'y');
     ASSERT_EQ(longest.size(), 1024);
@@ -142,7 +140,7 @@ TEST_P(Sync, TakesOddButSafePaths) {
     }
 }
 
-TEST_P(Sync, InstallsNothingWhenADownloadFails) {
+TEST_F(Sync, InstallsNothingWhenADownloadFails) {
     const std::vector<BuildFile> files{{"1", "new"}, {"d/2", "new"}, {"3", "new"}};
     publish(server, "stable", "b0", {{"old", "old"}});
     expectSync("synced", whole("b0", {"old"}), synced("b0", 1, 3));
@@ -161,7 +159,7 @@ TEST_P(Sync, InstallsNothingWhenADownloadFails) {
 }
 
 /// The network layer takes some of these bodies for whole; the manifest knows better.
-TEST_P(Sync, InstallsNothingWhenAChunkedBodyHasNoEnd) {
+TEST_F(Sync, InstallsNothingWhenAChunkedBodyHasNoEnd) {
     const std::string json = "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n";
     const std::string chunked =
         "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nabcd\r\n";
@@ -176,13 +174,13 @@ TEST_P(Sync, InstallsNothingWhenAChunkedBodyHasNoEnd) {
         QJsonObject entry = subscription("app", "stable");
         entry.insert("server", raw.url());
         subscribe({entry});
-        EXPECT_EQ(run({"sync"}).code, 2);
+        EXPECT_EQ(box.run({"sync"}).code, 2);
         expectNothingInstalled();
     }
 }
 
 /// A folder in a file's place, and a file in a folder's.
-TEST_P(Sync, ReportsWhatCannotBeStored) {
+TEST_F(Sync, ReportsWhatCannotBeStored) {
     const QString inStaging = "'app': cannot write " + box.path("apps/.quorvelle/app.staging/a");
     for (const auto& [paths, message] :
          {std::pair(args("a a/b"), QString("'app': cannot create directory for a/b")),
@@ -195,7 +193,7 @@ TEST_P(Sync, ReportsWhatCannotBeStored) {
     }
 }
 
-TEST_P(Sync, SendsTheTokenOfTheSubscriptionFirst) {
+TEST_F(Sync, SendsTheTokenOfTheSubscriptionFirst) {
     publish(server, "stable", "b", {{"a", "a"}});
     for (const QStringList& row : rows(R"(
         own | env | top | Bearer own
@@ -206,8 +204,7 @@ TEST_P(Sync, SendsTheTokenOfTheSubscriptionFirst) {
         QJsonObject entry = subscription("app", "stable");
         entry.insert("token", row[0]);
         box.writeConfig(
-            {{"schema_version", 2},
-             {"token", row[2]},
+            {{"token", row[2]},
              {"subscriptions", QJsonArray{entry}},
              {"servers", QJsonArray{QJsonObject{{"server", server.url()}, {"token", "joined"}}}}});
         box.environment.insert("QUORVELLE_TOKEN", row[1]);
@@ -220,78 +217,55 @@ TEST_P(Sync, SendsTheTokenOfTheSubscriptionFirst) {
     }
 }
 
-/// How one of several subscriptions ends.
-struct Ending {
-    QJsonObject record;
-    /// The lines before its message.
-    QStringList progress;
-};
+using SyncCommand = SyncTest;
 
-class SyncCommand : public SyncTest {
-protected:
-    static Ending ending(const char* name, const char* result, const QString& message,
-                         const QStringList& progress) {
-        return {{{"name", name}, {"result", result}, {"message", message}}, progress};
-    }
-
-    void expectEndings(const QString& line, int code, const std::vector<Ending>& endings) {
-        SCOPED_TRACE(line.toStdString());
-        const Outcome got = run(args(line));
-        QString said;
-        QString failures;
-        QJsonArray all;
-        for (const auto& [record, progress] : endings) {
-            const bool failed = record["result"] == "failed";
-            said += progress.isEmpty() ? QString() : progress.join(u'\n') + u'\n';
-            (failed ? failures : said) += record["message"].toString() + u'\n';
-            all.append(record);
-        }
-        if (!GetParam()) {
-            expectOutcome(got, code, said, failures);
-            return;
-        }
-        EXPECT_EQ(got.code, code);
-        EXPECT_EQ(got.err, QString());
-        EXPECT_EQ(got.json(), (QJsonObject{{"results", all}})) << got.out.toStdString();
-    }
-
+TEST_F(SyncCommand, ReturnsTheLargestCodeOfTheChosenSubscriptions) {
     FakeServer second;
-};
-
-INSTANTIATE_TEST_SUITE_P(Modes, SyncCommand, ::testing::Bool(), modeName);
-
-TEST_P(SyncCommand, ReturnsTheLargestCodeOfTheChosenSubscriptions) {
-    QJsonObject other = subscription("%1", "c");
-    other.insert("server", second.url());
-    subscribe({subscription("kit", "gone"), subscription("app", "stable"), other});
+    QJsonArray all{subscription("kit", "gone"), subscription("app", "stable")};
+    for (const auto& [name, channel] : {std::pair("%1", "c"), {"new", "d"}}) {
+        QJsonObject other = subscription(name, channel);
+        other.insert("server", second.url());
+        all.append(other);
+    }
+    subscribe(all);
     publish(server, "stable", "b1", {{"a", "a"}});
     box.write("apps/app", "in the way");
     second.onJson("GET", "/api/channels/c", {});
-    const Ending gone =
-        ending("kit", "failed", "'kit': sync failed (HTTP 404): nothing at /api/channels/gone",
-               {"'kit': checking channel 'gone' ..."});
-    Ending blocked = ending("app", "blocked", notActivated("b1"), whole("b1", {"a"}));
-    blocked.record.insert("build", "b1");
-    const Ending none =
-        ending("%1", "current", "'%1' has no build yet", {"'%1': checking channel 'c' ..."});
-    expectEndings("sync", 3, {gone, blocked, none});
-    blocked.progress = retrying("b1");
-    expectEndings("sync --server " + server.url() + "//", 3, {gone, blocked});
-    expectEndings("sync --server " + second.url(), 0, {none});
-    expectEndings("sync --name %1 --force", 0, {none});
+    publish(second, "d", "b2", {{"a", "a"}});
+    const QString lost = "'kit': sync failed (HTTP 404): nothing at /api/channels/gone";
+    const auto record = [](const char* name, const char* result, const QString& message) {
+        return QJsonObject{{"name", name}, {"result", result}, {"message", message}};
+    };
+    QJsonObject waits = record("app", "blocked", notActivated("b1"));
+    waits.insert("build", "b1");
+    const Outcome first = box.run(args("sync --json"));
+    EXPECT_EQ(first.json()["results"].toArray(),
+              (QJsonArray{record("kit", "failed", lost), waits,
+                          record("%1", "current", "'%1' has no build yet"),
+                          record("new", "synced",
+                                 "'new': synced build b2 (1 files, 1 bytes) -> " +
+                                     QDir::toNativeSeparators(box.path("apps/new")))}));
+    EXPECT_EQ(first.err + QString::number(first.code), "3");
+
+    const QString kit = "'kit': checking channel 'gone' ...\n";
+    const QString app = retrying("b1").join('\n') + '\n' + notActivated("b1") + '\n';
+    const QString none = "'%1': checking channel 'c' ...\n'%1' has no build yet\n";
+    const QString current = "'new': checking channel 'd' ...\n'new' is up to date (build b2)\n";
+    expectOutcome(box.run({"sync"}), 3, kit + app + none + current, lost + '\n');
+    expectOutcome(box.run({"sync", "--server", server.url() + "//"}), 3, kit + app, lost + '\n');
+    expectOutcome(box.run({"sync", "--server", second.url()}), 0, none + current);
+    expectOutcome(box.run(args("sync --name %1 --force")), 0, none);
 }
 
-TEST_P(SyncCommand, ReportsIncompleteSubscriptionsAndGoesOn) {
+TEST_F(SyncCommand, ReportsIncompleteSubscriptionsAndGoesOn) {
     QJsonObject nameless = subscription("x", "c");
     nameless.remove("name");
     nameless.remove("dir");
     subscribe({nameless, subscription("100%2", ""), subscription("app", "stable")});
     server.onJson("GET", "/api/channels/stable", {});
-    const QString incomplete = "subscription '%1' is incomplete (needs server, channel, dir)";
-    expectEndings("sync", 2,
-                  {ending("", "failed", incomplete.arg("?"), {}),
-                   ending("100%2", "failed", incomplete.arg("100%2"), {}),
-                   ending("app", "current", "'app' has no build yet", {kChecking})});
+    const QString incomplete = "subscription '%1' is incomplete (needs server, channel, dir)\n";
+    expectOutcome(box.run({"sync"}), 2, kChecking + "\n'app' has no build yet\n",
+                  incomplete.arg("?") + incomplete.arg("100%2"));
 }
 
 TEST(SyncWords, AreChecked) {

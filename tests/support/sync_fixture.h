@@ -6,24 +6,21 @@
 namespace quorvelle::testing {
 
 /// A server and a sandbox with one subscription: "app" of channel "stable", installed in
-/// "apps/app". Every test runs in text mode (false) and in JSON mode (true).
-class SyncTest : public ProgramTest, public ::testing::WithParamInterface<bool> {
+/// "apps/app". Runs are in text mode.
+class SyncTest : public ProgramTest {
 protected:
     SyncTest();
 
     QJsonObject subscription(const QString& name, const QString& channel) const;
     void subscribe(const QJsonArray& subscriptions);
 
-    /// Runs the program in the test's mode, under the conditions that `obey` asks for.
-    Outcome run(const QStringList& words, bool obeyPermissions = false) const;
-
-    /// Checks the outcome of a sync of "app": `result` is the record's ("synced", "current",
-    /// "blocked", "failed"), `progress` the lines before the message.
-    void expectResult(const Outcome& got, const QString& result, const QStringList& progress,
-                      const QString& message) const;
+    /// Checks the outcome of a sync of "app": `result` is "synced", "current", "blocked" or
+    /// "failed", `progress` the lines before the message.
+    static void expectResult(const Outcome& got, const QString& result, const QStringList& progress,
+                             const QString& message);
     void expectSync(const QString& result, const QStringList& progress, const QString& message,
                     const QStringList& words = {"sync"}) const {
-        expectResult(run(words), result, progress, message);
+        expectResult(box.run(words), result, progress, message);
     }
 
     static QStringList fetching(const QString& build, const QStringList& paths, int count = 0);
@@ -43,10 +40,6 @@ protected:
     QByteArray stateBytes(const char* suffix) const;
     void writeState(const char* suffix, const QByteArray& bytes) const;
 };
-
-inline std::string modeName(const ::testing::TestParamInfo<bool>& mode) {
-    return mode.param ? "json" : "text";
-}
 
 /// The line that begins every sync of "app".
 inline const QString kChecking = QStringLiteral("'app': checking channel 'stable' ...");

@@ -94,7 +94,7 @@ void SyncWorld::prepare(const Sandbox& sandbox, Start start) const {
     QJsonObject subscription = json("{'name': 'app', 'channel': 'stable', 'token': 't'}");
     subscription["server"] = server.url();
     subscription["dir"] = sandbox.path("games/app");
-    sandbox.writeConfig({{"schema_version", 2}, {"subscriptions", QJsonArray{subscription}}});
+    sandbox.writeConfig({{"subscriptions", QJsonArray{subscription}}});
     if (start == Start::kNothing) {
         return;
     }
