@@ -55,38 +55,33 @@ TEST(ConfigMigration, KnowsWhatItDrops) {
     }
 }
 
-TEST(ConfigServers, AreFoundByTheirExactUrl) {
+/// The cells: a URL, that under which it is stored, the token of its entry, that of the entry
+/// that is exactly equal.
+TEST(ConfigServers, AreFoundUnderTheUrlThatStandsAlready) {
     const QJsonObject document = json(
-        "{'servers':[1,{'token':'no url'},{'server':'http://a','token':'t1'},"
-        "{'server':'http://b/','token':'t2'},{'server':'http://a','token':'second'}]}");
-    EXPECT_EQ(text(config::findServer(document, "http://a")), "{'server':'http://a','token':'t1'}");
-    EXPECT_EQ(text(config::findServer(document, "http://b/")),
-              "{'server':'http://b/','token':'t2'}");
-    for (const char* other : {"http://a/", "http://b", "HTTP://a", "http://", ""}) {
-        EXPECT_EQ(text(config::findServer(document, other)), "{}") << other;
-    }
-    EXPECT_EQ(text(config::findServer(json("{'servers':'http://a'}"), "http://a")), "{}");
-}
-
-TEST(ConfigServers, AreStoredUnderTheUrlThatStandsAlready) {
-    const QJsonObject document = json(
-        "{'servers':[{'server':'http://a//','token':'1'},{'server':'http://b','token':'2'},"
-        "{'server':'http://a','token':'3'},{'server':'http://c/','token':'4'}]}");
+        "{'servers':[1,{'token':'no url'},{'server':'http://a//','token':'1'},"
+        "{'server':'http://b','token':'2'},{'server':'http://a','token':'3'},"
+        "{'server':'http://c/','token':'4'},{'server':'http://a','token':'second'}]}");
     for (const QStringList& row : rows(R"(
-        http://b     | http://b   | 2
-        http://b///  | http://b   | 2
-        http://c//   | http://c/  | 4
-        http://a     | http://a   | 3
-        http://a//   | http://a// | 1
-        http://new// | http://new |
-        HTTP://b/    | HTTP://b   |)")) {
+        http://b     | http://b   | 2 | 2
+        http://b///  | http://b   | 2 |
+        http://c//   | http://c/  | 4 |
+        http://c/    | http://c/  | 4 | 4
+        http://a     | http://a   | 3 | 3
+        http://a//   | http://a// | 1 | 1
+        http://new// | http://new |   |
+        HTTP://b/    | HTTP://b   |   |
+        http:        | http:      |   |
+                     |            |   |)")) {
         SCOPED_TRACE(row[0].toStdString());
         EXPECT_EQ(config::storedServerUrl(document, row[0]), row[1]);
         EXPECT_EQ(config::serverEntry(document, row[0])["token"].toString(), row[2]);
+        EXPECT_EQ(config::findServer(document, row[0])["token"].toString(), row[3]);
         const QJsonObject subscription{{"server", row[0]}};
         EXPECT_TRUE(config::isOnServer(document, subscription, row[1]));
         EXPECT_EQ(config::isOnServer(document, subscription, "http://a///"), row[2] == "1");
     }
+    EXPECT_EQ(text(config::findServer(json("{'servers':'http://a'}"), "http://a")), "{}");
 }
 
 TEST(ConfigInstallRoot, IsTheFirstOneGivenMadeAbsolute) {

@@ -2,14 +2,12 @@
 
 #include <gmock/gmock.h>
 
-#include <QDir>
 #include <QJsonArray>
 #include <thread>
 
 #include "config/config_document.h"
 #include "support/notation.h"
 #include "support/platform.h"
-#include "support/qt_printers.h"
 #include "support/temporary_config.h"
 
 namespace quorvelle::testing {
