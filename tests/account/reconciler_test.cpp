@@ -80,22 +80,19 @@ TEST(ReconcilePlan, SaysWhatChangedInOrderAndKeepsTheRest) {
               drive() + "/x");
 }
 
+/// The cells: what is taken ("~": no folder), and the folders of the channels "x" and "y".
 TEST(ReconcilePlan, GivesEverySubscriptionAFolderOfItsOwn) {
-    struct Row {
-        const char* name;
-        QStringList taken;
-        QStringList added;
-    };
-    for (const Row& row : {Row{"nobody near", {"/q/x", "/r2/x", "/r/xx", ""}, {"/r/x", "/r/y"}},
-                           {"the same", {"/r/x"}, {"/r/x-2", "/r/y"}},
-                           {"spelled otherwise", {"/r/../r//x/", "/r/x-2"}, {"/r/x-3", "/r/y"}},
-                           {"inside", {"/r/x/sub/deep"}, {"/r/x-2", "/r/y"}},
-                           {"around", {"/r"}, {}},
-                           {"far around", {"/"}, {}}}) {
-        SCOPED_TRACE(row.name);
+    for (const QStringList& row : rows(R"(
+        nobody near       | /q/x /r2/x /r/xx ~     | /r/x /r/y
+        the same          | /r/x                   | /r/x-2 /r/y
+        spelled otherwise | /r/../r//x/ /r/x-2     | /r/x-3 /r/y
+        inside            | /r/x/sub/deep          | /r/x-2 /r/y
+        around            | /r                     |
+        far around        | /                      |)")) {
+        SCOPED_TRACE(row[0].toStdString());
         QJsonArray before;
-        for (const QString& dir : row.taken) {
-            before.append(QJsonObject{{"name", dir}, {"dir", dir.isEmpty() ? dir : drive() + dir}});
+        for (const QString& dir : args(row[1])) {
+            before.append(QJsonObject{{"name", dir}, {"dir", dir == "~" ? "" : drive() + dir}});
         }
         const ReconcilePlan got = planReconcile({{"subscriptions", before}}, kEntry, {"x", "y"});
         QStringList added;
@@ -104,13 +101,12 @@ TEST(ReconcilePlan, GivesEverySubscriptionAFolderOfItsOwn) {
                 added.append(entry["dir"].toString().mid(drive().size()));
             }
         }
-        EXPECT_EQ(added, row.added);
+        EXPECT_EQ(added, args(row[2]));
         const QString refused = "a: channel '%1' has no free folder below " +
                                 QDir::toNativeSeparators(drive() + "/r") +
                                 " - subscribe to it by hand";
-        EXPECT_EQ(got.refused, row.added.isEmpty()
-                                   ? (QStringList{refused.arg("x"), refused.arg("y")})
-                                   : QStringList());
+        EXPECT_EQ(got.refused, added.isEmpty() ? QStringList({refused.arg("x"), refused.arg("y")})
+                                               : QStringList());
     }
 }
 

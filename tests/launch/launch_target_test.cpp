@@ -36,13 +36,7 @@ protected:
 }  // namespace
 
 TEST(LaunchTargets, AreMerged) {
-    struct Row {
-        const char* name;
-        const char* admin;
-        const char* subscription;
-        const char* merged;
-    };
-    const Row table[] = {
+    const std::tuple<const char*, const char*, const char*, const char*> table[] = {
         {"nothing", "[]", "{}", "[]"},
         {"no other key of an administrator's target is copied",
          R"([{'label':'L','exe':'e','args':'a','working_dir':'w','primary':true,'x':1,'favorite':true,
@@ -66,10 +60,9 @@ TEST(LaunchTargets, AreMerged) {
              {'source':'user','uindex':0,'label':'b','x':[1]},
              {'source':'user','uindex':2,'allow_outside':true}])"},
     };
-    for (const Row& row : table) {
-        SCOPED_TRACE(row.name);
-        const QJsonArray merged = mergedTargets(list(row.admin), json(row.subscription));
-        EXPECT_EQ(text({{"list", merged}}), text({{"list", list(row.merged)}}));
+    for (const auto& [name, admin, subscription, merged] : table) {
+        const QJsonArray got = mergedTargets(list(admin), json(subscription));
+        EXPECT_EQ(text({{"list", got}}), text({{"list", list(merged)}})) << name;
     }
 }
 
