@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <functional>
 
 #include "console/terminal.h"
 #include "support/qt_printers.h"
@@ -13,45 +14,44 @@ namespace quorvelle::testing {
 
 namespace {
 
-/// What a note puts on standard error while that is the given descriptor, whose other side
-/// is read.
-QByteArray noted(int side, int read) {
-    const int before = ::dup(STDERR_FILENO);
-    ::dup2(side, STDERR_FILENO);
-    printNote("kept as ä");
-    ::dup2(before, STDERR_FILENO);
+using Ends = std::array<int, 2>;
+
+/// Does something while a descriptor is the second of two ends, which is closed then.
+void whileItIs(int descriptor, const Ends& ends, const std::function<void()>& work) {
+    const int before = ::dup(descriptor);
+    ::dup2(ends[1], descriptor);
+    work();
+    ::dup2(before, descriptor);
     ::close(before);
-    ::close(side);
+    ::close(ends[1]);
+}
+
+/// A terminal of so many columns (0: it does not tell).
+Ends terminal(unsigned short columns = 80) {
+    Ends ends{};
+    const winsize size{.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+    EXPECT_EQ(::openpty(&ends[0], &ends[1], nullptr, nullptr, &size), 0);
+    return ends;
+}
+
+/// What a note puts on standard error.
+QByteArray noted(const Ends& ends) {
+    whileItIs(STDERR_FILENO, ends, [] { printNote("kept as ä"); });
     std::array<char, 64> shown{};
-    const ssize_t size = ::read(read, shown.data(), shown.size());
-    ::close(read);
+    const ssize_t size = ::read(ends[0], shown.data(), shown.size());
+    ::close(ends[0]);
     return size > 0 ? QByteArray(shown.data(), size) : QByteArray();
 }
 
-QByteArray notedOnTerminal() {
-    int screen = -1;
-    int side = -1;
-    EXPECT_EQ(::openpty(&screen, &side, nullptr, nullptr, nullptr), 0);
-    return noted(side, screen);
-}
-
-/// What is found of a terminal of so many columns (0: it does not tell) behind standard
-/// input, with these settings of the environment.
+/// What is found of a terminal behind standard input, with these settings of the environment.
 Terminal found(unsigned short columns, const QByteArray& kind, const QByteArray& noColor) {
-    int screen = -1;
-    int side = -1;
-    const winsize size{.ws_row = 24, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
-    EXPECT_EQ(::openpty(&screen, &side, nullptr, nullptr, &size), 0);
-    const int before = ::dup(STDIN_FILENO);
-    ::dup2(side, STDIN_FILENO);
     qputenv("TERM", kind);
     qputenv("NO_COLOR", noColor);
-    const Terminal terminal = terminalOf(stdin);
-    ::dup2(before, STDIN_FILENO);
-    for (const int open : {before, side, screen}) {
-        ::close(open);
-    }
-    return terminal;
+    const Ends ends = terminal(columns);
+    Terminal result;
+    whileItIs(STDIN_FILENO, ends, [&result] { result = terminalOf(stdin); });
+    ::close(ends[0]);
+    return result;
 }
 
 }  // namespace
@@ -61,11 +61,11 @@ TEST(Terminal, IsTakenForWhatItSaysAndTheEnvironmentAllows) {
                                                          {"xterm", "1", true, false},
                                                          {"dumb", "", false, false},
                                                          {"", "", false, false}}) {
-        const Terminal terminal = found(132, kind, noColor);
-        EXPECT_TRUE(terminal.isThere);
-        EXPECT_EQ(terminal.width, 132);
-        EXPECT_EQ(terminal.redraws, redraws) << kind;
-        EXPECT_EQ(terminal.hasColors, colors) << kind << noColor;
+        const Terminal seen = found(132, kind, noColor);
+        EXPECT_TRUE(seen.isThere);
+        EXPECT_EQ(seen.width, 132);
+        EXPECT_EQ(seen.redraws, redraws) << kind;
+        EXPECT_EQ(seen.hasColors, colors) << kind << noColor;
     }
     EXPECT_EQ(found(0, "xterm", "").width, 80);
     setJsonMode(true);
@@ -74,12 +74,12 @@ TEST(Terminal, IsTakenForWhatItSaysAndTheEnvironmentAllows) {
 }
 
 TEST(Note, IsForAPersonAtATerminalAlone) {
-    EXPECT_EQ(notedOnTerminal(), QByteArray("kept as ä\r\n"));
-    std::array<int, 2> ends{};
+    EXPECT_EQ(noted(terminal()), QByteArray("kept as ä\r\n"));
+    Ends ends{};
     ASSERT_EQ(::pipe(ends.data()), 0);
-    EXPECT_EQ(noted(ends[1], ends[0]), QByteArray());
+    EXPECT_EQ(noted(ends), QByteArray());
     setJsonMode(true);
-    EXPECT_EQ(notedOnTerminal(), QByteArray());
+    EXPECT_EQ(noted(terminal()), QByteArray());
     setJsonMode(false);
 }
 
