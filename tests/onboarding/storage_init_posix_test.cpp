@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

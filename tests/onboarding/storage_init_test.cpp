@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include "onboarding/bucket_rules.h"
 #include "onboarding_fixture.h"
 #include "support/process_runner.h"

@@ -1,13 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QFile>
 #include <cstdio>
 #include <fstream>
 
 #include "publish/build_directory.h"
 #include "support/process_runner.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 
