@@ -103,11 +103,6 @@ void check(const Command& command) {
     }
 }
 
-/// The words of a line, in which "~" stands for a blank.
-QStringList typed(const QString& line) {
-    return args(line).replaceInStrings("~", " ");
-}
-
 TEST(LocalCommands, List) {
     const QString kit = QString("  ") + kAppLine + "  " + kKitLine + "  " + kOddLine + "  " +
                         kQuickLine + "  " + kNoneLine;

@@ -3,7 +3,9 @@
 namespace quorvelle::testing {
 namespace {
 
-TEST(PeopleCommands, MakeOneRequestEach) {
+using PeopleCommands = ProgramTest;
+
+TEST_F(PeopleCommands, MakeOneRequestEach) {
     checkOneRequestCommands(R"(
 whoami | GET /api/me | | {'name':'Zoë','role':'admin','groups':['a','b'],'channels':['c']} | whoami | SERVER: you are 'Zoë' (admin)\nGroups: a, b\nAssigned channels: c\n
 whoami surplus | GET /api/me | | {'name':7,'groups':'a','channels':[]} | whoami | SERVER: you are '' ()\nGroups: (none)\nAssigned channels: (none)\n
@@ -43,9 +45,7 @@ request decline 1 | DELETE /api/access-requests/1 | | {} | request decline | Dec
 
 /// A secret under a key that this version does not know would be lost with the reply. Each
 /// row: a command, and a line of its text with nothing in the secret's place.
-TEST(PeopleCommands, ShowTheWholeReplyThatLacksWhatIsToldOnce) {
-    FakeServer server;
-    const Sandbox box;
+TEST_F(PeopleCommands, ShowTheWholeReplyThatLacksWhatIsToldOnce) {
     for (const QStringList& row : rows(R"(
 token create t --user u | only once:\n\n  \n
 invite create u         | only once:\n\n  \n
@@ -68,9 +68,7 @@ backup init --shared    | manager now:\n\n\n)")) {
     }
 }
 
-TEST(PeopleCommands, TellAnEmptyOptionFromAMissingOne) {
-    FakeServer server;
-    const Sandbox box;
+TEST_F(PeopleCommands, TellAnEmptyOptionFromAMissingOne) {
     server.onJson("POST", "/api/users/x/role?value=publisher&channels=", {});
     server.onJson("POST", "/api/access-requests/1/approve?groups=&days=007", {});
     const QStringList on = {"--server", server.url(), "--channels", ""};
@@ -80,9 +78,7 @@ TEST(PeopleCommands, TellAnEmptyOptionFromAMissingOne) {
     EXPECT_EQ(server.requests().size(), 2U);
 }
 
-TEST(PeopleCommands, RefuseDaysThatAreNoPositiveNumber) {
-    const FakeServer server;
-    const Sandbox box;
+TEST_F(PeopleCommands, RefuseDaysThatAreNoPositiveNumber) {
     for (const char* days : {"00", "-1", "+1", "1.5", "1x", "", " 1", "1\n", "٣"}) {
         SCOPED_TRACE(days);
         for (const char* command : {"invite create x", "request approve 1"}) {
@@ -95,19 +91,16 @@ TEST(PeopleCommands, RefuseDaysThatAreNoPositiveNumber) {
 
 /// A request for access, with a token in the configuration that must not be shown to the
 /// server, and without any configuration.
-class RequestAccess : public ::testing::Test {
-protected:
+struct RequestAccess : ProgramTest {
     void answer(const QJsonObject& object, int status) {
         server.onJson("POST", "/api/access-requests", object, status);
     }
 
-    FakeServer server;
-    QStringList words = args("request-access --name zoë --email z@a " + server.url() + "//");
+    const QStringList words = args("request-access --name zoë --email z@a " + server.url() + "//");
 };
 
 TEST_F(RequestAccess, GoesWithoutATokenOrConfiguration) {
     answer({{"id", 1}}, 200);
-    Sandbox box;
     const QString text =
         "Request sent to " + server.url() + ". An admin will send your invite to z@a\n";
     expectOutcome(box.run(words), 0, text);
@@ -128,11 +121,11 @@ TEST_F(RequestAccess, GoesWithoutATokenOrConfiguration) {
 
 TEST_F(RequestAccess, ReportsItsOwnErrors) {
     answer({{"error", "not open to strangers"}}, 403);
-    expectError(Sandbox(), words, 2, "not open to strangers");
+    expectError(box, words, 2, "not open to strangers");
     answer({{"error", 7}}, 503);
-    expectError(Sandbox(), words, 2, "request failed (HTTP 503)");
+    expectError(box, words, 2, "request failed (HTTP 503)");
     const QString nowhere = "http://127.0.0.1:1";
-    expectError(Sandbox(), args("request-access --name x --email x@a " + nowhere), 2,
+    expectError(box, args("request-access --name x --email x@a " + nowhere), 2,
                 "could not reach " + nowhere);
 }
 

@@ -123,7 +123,7 @@ TEST_F(Push, ChecksItsWordsInOrder) {
     expectError(box, {"push", "", "--channel", "beta"}, 2, " is not a directory");
     expectError(box, args("push empty/ --channel beta"), 2, "No files found in empty/");
     expectError(box, args("push 100%1 --channel beta"), 2, "No files found in 100%1");
-    box.writeConfig({{"schema_version", 2}});
+    box.writeConfig({});
     expectUsage(box, args("push --channel beta"));
     expectError(box, args("push nowhere --channel beta"), 1,
                 "'server' is not configured (quorvelle config set server <value>)");

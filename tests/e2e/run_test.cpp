@@ -1,7 +1,7 @@
 #include <sys/stat.h>
 
-#include "support/fake_server.h"
 #include "support/raw_server.h"
+#include "support/server_test.h"
 #include "support/terminal_run.h"
 
 namespace quorvelle::testing {
@@ -9,7 +9,7 @@ namespace {
 
 /// A subscription "app" of the channel "a/b", installed with programs that tell what they
 /// see. A program that is not waited for tells it through the pipe "said".
-class Run : public ::testing::Test {
+class Run : public ProgramTest {
 protected:
     Run() {
         const QByteArray facts = R"(pwd; for a in "$@"; do echo "[$a]"; done)";
@@ -58,9 +58,6 @@ protected:
 
     /// The user's own targets alone.
     void own(const QByteArray& targets) { subscribe("{'launch_targets':" + targets + '}'); }
-
-    FakeServer server;
-    Sandbox box;
 };
 
 TEST_F(Run, WaitsAndPassesEverythingOn) {
@@ -119,7 +116,7 @@ TEST_F(Run, LetsTheProgramsOfAnInstalledBuildStart) {
 TEST_F(Run, StartsDetached) {
     own(R"([{'label':'T %1','exe':'bin/tell','args':'a \"b c\"','working_dir':'bin'}])");
     for (const bool asJson : {false, true}) {
-        QStringList words = args("run app --target T~%1").replaceInStrings("~", " ");
+        const QStringList words = typed("run app --target T~%1");
         const Outcome got = box.run(words + (asJson ? args("--json -- %2") : args("-- %2")));
         ASSERT_EQ(got.code, 0) << got.err.toStdString();
         const QStringList said = QString::fromUtf8(box.read("said")).split('\n');

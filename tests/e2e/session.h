@@ -1,7 +1,6 @@
 #pragma once
 
-#include "support/fake_server.h"
-#include "support/process_runner.h"
+#include "support/server_test.h"
 
 namespace quorvelle::testing {
 
@@ -13,7 +12,7 @@ inline const QString kSubscribed = "subscribed 'app' (app @ $)\n";
 inline const QString kGroups = "$ as 'ann' (member)\nGroups: dev, ops\n";
 
 /// A server that lets Ann in and assigns the channel "app" to her, and a machine.
-class Session : public ::testing::Test {
+class Session : public ProgramTest {
 protected:
     Session() {
         // The home folder on Windows.
@@ -46,8 +45,6 @@ protected:
     const QJsonObject reply = json(
         "{'token':'new','user':'ann','role':'member','groups':['dev','ops'],"
         "'channels':['app']}");
-    FakeServer server;
-    Sandbox box;
 };
 
 }  // namespace quorvelle::testing

@@ -29,6 +29,11 @@ inline QStringList args(const QString& line) {
     return line.split(u' ', Qt::SkipEmptyParts);
 }
 
+/// The same where "~" stands for a blank inside a word.
+inline QStringList typed(const QString& line) {
+    return args(line).replaceInStrings("~", " ");
+}
+
 /// A table of cases: one line a row, its cells between "|" without the blanks around them.
 inline QList<QStringList> rows(const QString& table) {
     QList<QStringList> result;
