@@ -7,6 +7,7 @@
 namespace tide {
 
 using ::testing::ElementsAre;
+using ::testing::FieldsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
 
@@ -17,16 +18,12 @@ TEST(Descriptor, ReadsUrlsAndChunks) {
     const std::string json = R"({"build": "b1", "manifest_url": "https://x/m?a=1&b=2",
         "manifest_sig_url": "https://x/s", "chunks": {"ff": "https://x/ff", "0a": "https://x/0a"}})";
     ASSERT_TRUE(parseSyncDescriptor(json, read, &err));
-    EXPECT_EQ(read.manifestUrl, "https://x/m?a=1&b=2");
-    EXPECT_EQ(read.signatureUrl, "https://x/s");
-    EXPECT_THAT(read.chunkUrls,
-                ElementsAre(Pair("0a", "https://x/0a"), Pair("ff", "https://x/ff")));
+    const auto chunks = ElementsAre(Pair("0a", "https://x/0a"), Pair("ff", "https://x/ff"));
+    EXPECT_THAT(read, FieldsAre("https://x/m?a=1&b=2", "https://x/s", chunks, "b1"));
     EXPECT_EQ(err, "untouched");
     for (const char* none : {"{}", R"({"manifest_url": null, "chunks": {}})", "null"}) {
         ASSERT_TRUE(parseSyncDescriptor(none, read, nullptr)) << none;
-        EXPECT_EQ(read.manifestUrl + read.signatureUrl, "");
-        EXPECT_THAT(read.chunkUrls, IsEmpty());
-        EXPECT_EQ(read.build, "0");
+        EXPECT_THAT(read, FieldsAre("", "", IsEmpty(), "0"));
     }
 }
 
