@@ -17,9 +17,9 @@ TEST(Syncer, GoesOnAsItWasStartedWhenStartedOnceMore) {
         const Sandbox box;
         box.write("app/a", "changed");
         writeInstalledMarker(box.path("app"), {"b1", "stable"});
-        QJsonObject subscription{{"name", "app"},       {"server", server.url()},
-                                 {"channel", "stable"}, {"dir", box.path("app")},
-                                 {"token", "t"},        {"self_heal", 0}};
+        box.follow(server.url());
+        QJsonObject subscription = box.config()["subscriptions"][0].toObject();
+        subscription["self_heal"] = 0;
         Syncer syncer;
         QStringList ends;
         QEventLoop loop;
