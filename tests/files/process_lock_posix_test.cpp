@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <filesystem>
 #include <functional>
 
 #include "files/process_lock.h"
@@ -16,6 +17,7 @@ namespace quorvelle::testing {
 namespace {
 
 using Lock = ProcessLock::Outcome;
+namespace fs = std::filesystem;
 
 /// What a process finds that file permissions hold for: another user's where the tests run
 /// as root, else one of the same user.
@@ -33,14 +35,12 @@ Lock asAPlainUser(const std::function<Lock()>& look) {
     return Lock(WEXITSTATUS(status));
 }
 
-void setMode(const QString& path, mode_t mode) {
-    EXPECT_EQ(::chmod(path.toUtf8().constData(), mode), 0);
+void setMode(const QString& path, unsigned mode) {
+    fs::permissions(path.toStdString(), fs::perms(mode));
 }
 
-mode_t modeOf(const QString& path) {
-    struct stat found = {};
-    EXPECT_EQ(::stat(path.toUtf8().constData(), &found), 0);
-    return found.st_mode & 07777U;
+fs::perms modeOf(const QString& path) {
+    return fs::status(path.toStdString()).permissions();
 }
 
 }  // namespace
@@ -49,9 +49,9 @@ TEST(ProcessLock, IsOneForAllWhoMayReadItsFile) {
     enum class File { kNone, kLeft, kLocked };
     struct Row {
         const char* name;
-        mode_t folder;
+        unsigned folder;
         File file;
-        mode_t mode;
+        unsigned mode;
         Lock outcome;
     };
     for (const Row& row :
@@ -92,8 +92,8 @@ TEST(ProcessLock, GivesItsFileTheModeOfItsUse) {
     EXPECT_EQ(shared.tryAcquire(sandbox.path("shared")), Lock::kHeld);
     EXPECT_EQ(own.acquire(sandbox.path("own")), Lock::kHeld);
     ::umask(before);
-    EXPECT_EQ(modeOf(sandbox.path("shared")), 0664U);
-    EXPECT_EQ(modeOf(sandbox.path("own")), 0600U);
+    EXPECT_EQ(modeOf(sandbox.path("shared")), fs::perms(0664));
+    EXPECT_EQ(modeOf(sandbox.path("own")), fs::perms(0600));
 }
 
 TEST(ProcessLock, NeverFollowsALink) {

@@ -17,14 +17,15 @@ protected:
         writeFile(temp / "f/busy", "");
     }
 
-    bool replace(int attempts, const std::function<void(int)>& onAttempt = {}) {
+    /// The place is free from attempt `freeFrom` on.
+    bool replace(int attempts, int freeFrom) {
         return replaceFile(
             temp / "f.part", temp / "f", attempts,
             [&](const std::string& path, int attempt, int maximum) {
                 events.push_back(path + " " + std::to_string(attempt) + "/" +
                                  std::to_string(maximum));
-                if (onAttempt) {
-                    onAttempt(attempt);
+                if (attempt == freeFrom) {
+                    fs::remove_all(temp / "f");
                 }
             },
             [&](std::chrono::nanoseconds time) { events.push_back(std::to_string(time.count())); },
@@ -38,18 +39,14 @@ protected:
 
 TEST_F(ReplaceFileTest, TriesAgainAfterASecondUntilTheFileIsFree) {
     const std::string name = files::utf8Text(temp / "f");
-    EXPECT_TRUE(replace(5, [&](int attempt) {
-        if (attempt == 2) {
-            fs::remove_all(temp / "f");
-        }
-    }));
+    EXPECT_TRUE(replace(5, 2));
     EXPECT_THAT(events, ElementsAre(name + " 1/5", "1000000000", name + " 2/5", "1000000000"));
     EXPECT_EQ(readFile(temp / "f"), "new");
     EXPECT_EQ(err, "");
 }
 
 TEST_F(ReplaceFileTest, GivesUpAfterTheLastAttemptAndLeavesBothFiles) {
-    EXPECT_FALSE(replace(2));
+    EXPECT_FALSE(replace(2, 3));
     EXPECT_EQ(events.size(), 4U);
     EXPECT_THAT(err, ::testing::StartsWith("'" + files::utf8Text(temp / "f") +
                                            "' is in use - could not replace it ("));
