@@ -1,6 +1,5 @@
 #include "onboarding/bucket_rules.h"
 #include "onboarding_fixture.h"
-#include "support/process_runner.h"
 #include "support/raw_server.h"
 #include "support/server_api_page.h"
 
@@ -35,12 +34,6 @@ TEST(BucketRules, AreReportedInTheirOrder) {
     EXPECT_EQ(onboarding::defaultBucketName(0xABCDEF00012FULL), "quorvelle-builds-00012f");
 }
 
-namespace {
-
-constexpr char kCiSecret[] = "ee511b42dcae4d3b3809c416c75b4b762bb2371fa3169711172ab4bed62bd6de";
-
-}  // namespace
-
 TEST_F(StorageInitTest, RefusesWhatTheUserCanMendBeforeAnyCall) {
     for (const QStringList& row : rows(R"(
            | surplus --token t --jurisdiction x | refusing --token: a Cloudflare token on the command line lands in shell history and CI logs. Set CLOUDFLARE_API_TOKEN, or use --token-file <path>.
@@ -55,12 +48,6 @@ TEST_F(StorageInitTest, RefusesWhatTheUserCanMendBeforeAnyCall) {
         EXPECT_EQ(ran.code, 1);
         EXPECT_EQ(ran.out, "");
         EXPECT_EQ(ran.err, row[2].toStdString() + "\n");
-    }
-    token.set("t");
-    for (const char* surplus : {" more", " --yess", " --bucket"}) {
-        const Ran ran = run("--server s" + QString(surplus));
-        EXPECT_THAT(ran.out, StartsWith("Quorvelle CLI"));
-        EXPECT_EQ(ran.code, 1);
     }
     EXPECT_THAT(cloudflare.server.lines(), IsEmpty());
 }
@@ -170,10 +157,6 @@ TEST_F(StorageInitTest, TellsWhatItWouldDo) {
 
 TEST_F(StorageInitTest, TellsWhatItDid) {
     const std::string server = cloudflare.server.url().toStdString();
-    const std::string ci =
-        "TIDE_S3_ENDPOINT=https://acc.r2.cloudflarestorage.com\nTIDE_S3_REGION=auto\n"
-        "TIDE_S3_BUCKET=builds-1\nTIDE_S3_KEY=tok-2\nTIDE_S3_SECRET=" +
-        std::string(kCiSecret) + "\n";
     const auto connected = [&](const std::string& tokens) {
         return "Done\n\nBuild storage is connected on " + server +
                ":\n  bucket:   builds-1\n  endpoint: https://acc.r2.cloudflarestorage.com\n"
@@ -191,9 +174,13 @@ TEST_F(StorageInitTest, TellsWhatItDid) {
                           server + " (it probes the bucket)\n" +
                           connected("server builds-1-server (read-only), "
                                     "CI builds-1-ci (read+write)") +
+                          // SHA-256 of "value-tok-2", by sha256sum
                           "\nCI credential - the ONLY time it is shown. Put these into your CI "
-                          "secrets:\n\n" +
-                          ci));
+                          "secrets:\n\n"
+                          "TIDE_S3_ENDPOINT=https://acc.r2.cloudflarestorage.com\n"
+                          "TIDE_S3_REGION=auto\nTIDE_S3_BUCKET=builds-1\nTIDE_S3_KEY=tok-2\n"
+                          "TIDE_S3_SECRET=ee511b42dcae4d3b3809c416c75b4b762bb2371fa3169711172ab4"
+                          "bed62bd6de\n"));
     const std::string out = create({}, {}, true).out;
     EXPECT_THAT(out, HasSubstr("Backups on this server share the build bucket, so its key needs "
                                "write access\nCreating the server's read+write access token\n"));
@@ -205,7 +192,6 @@ TEST_F(StorageInitTest, TellsWhatItDid) {
                               .replace(cloudflare.server.url(), "https://builds.example.org");
     EXPECT_TRUE(DescribedRequest::page("docs/json.md").contains("--yes --json\n" + shown))
         << shown.toStdString();
-    EXPECT_EQ(object(shown).value("ci")["TIDE_S3_SECRET"].toString(), kCiSecret);
     EXPECT_EQ(create({{8, ReplyFault::kRefuse}}, "--json").out,
               "{\"error\":\"Cloudflare: no, (token)\"}\n");
 }

@@ -45,14 +45,14 @@ public:
             hasBucket = false;
             return done("{}");
         });
-        on("POST", "/user/tokens", [this](const Body& body) {
+        on("POST", "/user/tokens", [this](const Body&) {
             const std::string id = "tok-" + std::to_string(++tokensMade);
-            tokens[id] = body["name"].toString().toStdString();
+            tokens.insert("API token " + id);
             return done("{\"id\":\"" + id + "\",\"value\":\"value-" + id + "\"}");
         });
         for (const std::string id : {"tok-1", "tok-2"}) {
             on("DELETE", "/user/tokens/" + id, [this, id](const Body&) {
-                tokens.erase(id);
+                tokens.erase("API token " + id);
                 return done("{}");
             });
         }
@@ -90,10 +90,7 @@ public:
     /// find out about counts as standing.
     std::set<std::string> left() const {
         const std::lock_guard guard(mutex);
-        std::set<std::string> result;
-        for (const auto& [id, name] : tokens) {
-            result.insert("API token " + (id.starts_with("tok-") ? id : name));
-        }
+        std::set<std::string> result = tokens;
         if (hasBucket || bucketInDoubt) {
             result.insert("bucket builds-1");
         }
@@ -143,7 +140,7 @@ private:
             response.set_content(work(body), "application/json");
         } else {
             if (request.path == "/user/tokens") {
-                tokens["lost"] = body["name"].toString().toStdString();
+                tokens.insert("API token " + body["name"].toString().toStdString());
             } else if (request.method != "DELETE" && fault != ReplyFault::kLoseRequest) {
                 work(body);
             }
@@ -162,8 +159,7 @@ private:
     std::set<std::string> refused;
     std::size_t count = 0;
     bool shared = false;
-    /// The names by the ids.
-    std::map<std::string, std::string> tokens;
+    std::set<std::string> tokens;
     int tokensMade = 0;
     bool hasBucket = false;
     bool bucketInDoubt = false;
