@@ -59,6 +59,10 @@ build delete 7 --yse                  | Unknown option '--yse'. Did you mean '--
 run -- app                            | <subscription> is missing.
 run app --target -- x                 | 'x' is one word too many.
 server set-root url                   | <path> is missing.
+server set-token url token more       | 'more' is one word too many.
+set-root url path                     | Unknown command 'set-root'.
+configs                               | Unknown command 'configs'. Did you mean 'config'?
+subscription set-interval-x           | Unknown command 'subscription set-interval-x'. Did you mean 'subscription set-interval'?
 snyc                                  | Unknown command 'snyc'. Did you mean 'sync'?
 Sync --name a                         | Unknown command 'Sync'. Did you mean 'sync'?
 chanel create x                       | Unknown command 'chanel create'. Did you mean 'channel create'?
