@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include "config/config_file.h"
-#include "support/platform.h"
 #include "support/qt_printers.h"
 #include "support/temporary_config.h"
 
@@ -15,14 +13,6 @@ TEST(ConfigFile, StandsInTheUsersFolderWhenNoneIsChosen) {
         config.folder.set(unset);
         EXPECT_EQ(config::path(), QString("/home/ada/.config/Quorvelle/Quorvelle/config.json"));
     }
-}
-
-TEST(ConfigFile, IsPrivateWithoutAChangeOfTheUmask) {
-    const TemporaryConfig config;
-    const mode_t before = ::umask(0022);
-    ASSERT_TRUE(config::save({}));
-    EXPECT_TRUE(isOwnersAlone(config::path()));
-    EXPECT_EQ(::umask(before), 0022U);
 }
 
 }  // namespace quorvelle::testing

@@ -61,6 +61,7 @@ TEST(ConfigFile, IsKeptAsideWhereASaveWouldLoseIt) {
         kept.append(copy + '=' + bytes);
         EXPECT_TRUE(isOwnersAlone(config.sandbox.path(copy)));
     }
+    EXPECT_TRUE(isOwnersAlone(config::path()));
     EXPECT_THAT(config.sandbox.tree("."), ::testing::UnorderedElementsAreArray(kept));
 }
 
