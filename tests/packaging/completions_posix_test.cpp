@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QRegularExpression>
 #include <QStandardPaths>
 #include <set>
 
@@ -8,6 +7,7 @@
 #include "cli/option_table.h"
 #include "console/usage_forms.h"
 #include "support/process_runner.h"
+#include "support/server_api_page.h"
 
 namespace quorvelle::testing {
 
@@ -45,12 +45,6 @@ storage init --token-file bu               | build.txt,builds
 sso map default p                          | publisher
 build delete 1 ~                           | --server
 nothing ~                                  |)";
-
-QString wholeFile(const QString& path) {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    return QString::fromUtf8(file.readAll());
-}
 
 /// Writes the words that it is called with, separated by commas.
 const char kProgram[] = R"(#!/bin/sh
@@ -171,10 +165,12 @@ TEST(OptionTable, ExplainsWhatTheUsageLinesShowAndNothingElse) {
 
 TEST(ManualPage, IsWellFormedAndNamesTheVariablesOfTheReadme) {
     const QString page = QUORVELLE_COMPLETIONS "/quorvelle.1";
-    const QString manual = wholeFile(page).remove(u'\\');
+    QFile file(page);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString manual = QString::fromUtf8(file.readAll()).remove(u'\\');
     static const QRegularExpression kVariable("[A-Z]+[0-9]*_[A-Z0-9_]+");
     int found = 0;
-    const QString readme = wholeFile(QUORVELLE_SOURCE_DIR "/../README.md");
+    const QString readme = DescribedRequest::page("README.md");
     for (const auto& name : kVariable.globalMatch(readme.section("\n## Environment\n", 1))) {
         EXPECT_TRUE(manual.contains(name.captured())) << name.captured().toStdString();
         ++found;
