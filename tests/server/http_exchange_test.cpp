@@ -144,20 +144,18 @@ TEST(HttpExchange, FollowsRedirectsThatLeaveTheRequestAsItIs) {
             QBuffer file;
             file.setData("from a device");
             file.open(QIODevice::ReadOnly);
-            const auto redirected = [&](const QString& target) {
-                home.forget();
-                home.on(method, "/old", redirectTo(target, status));
-                return run({.method = method.c_str(),
-                            .url = QUrl(home.url() + "/old"),
-                            .token = "t",
-                            .contentType = "a/b",
-                            .body = "x",
-                            .bodyDevice = method == "PUT" ? &file : nullptr});
-            };
+            HttpRequest request{.method = method.c_str(),
+                                .url = QUrl(home.url() + "/old"),
+                                .token = "t",
+                                .contentType = "a/b",
+                                .body = "x"};
+            request.bodyDevice = method == "PUT" ? &file : nullptr;
             const std::string refusal =
                 "ctx failed (HTTP " + std::to_string(status) + "): the server redirects to \"";
+            home.forget();
+            home.on(method, "/old", redirectTo("/new?a=%2F", status));
             home.onJson(method, "/new?a=%2F", json("{'a':1}"));
-            const Exchanged ran = redirected("/new?a=%2F");
+            const Exchanged ran = run(request);
             if (isRead || status >= 307) {
                 EXPECT_EQ(text(ran.object), "{'a':1}");
                 EXPECT_EQ(ran.sent, qint64(body.size()));
@@ -171,8 +169,8 @@ TEST(HttpExchange, FollowsRedirectsThatLeaveTheRequestAsItIs) {
                           "Bearer ta/b" + body);
             }
             if (!isRead) {
-                const QString target = other.url() + "/new";
-                EXPECT_EQ(redirected(target).failure, refusal + target.toStdString() + '"');
+                home.on(method, "/old", redirectTo(other.url() + "/new", status));
+                EXPECT_EQ(run(request).failure, refusal + other.url().toStdString() + "/new\"");
             }
         }
     }
@@ -193,28 +191,18 @@ TEST(HttpExchange, NeverCarriesTheTokenToAnotherOrigin) {
     EXPECT_EQ(home.requests()[1].header("Authorization"), "(none)");
 }
 
-TEST(HttpExchange, EndsARedirectLoop) {
+TEST(HttpExchange, FollowsNeitherALoopNorOtherSchemes) {
     FakeServer server;
     server.on("GET", "/a", redirectTo("/b", 302));
     server.on("GET", "/b", redirectTo("/a", 302));
-    const Exchanged ran = get(server.url() + "/a");
-    EXPECT_THAT(ran.failure, StartsWith("ctx failed (HTTP 302): "));
-    EXPECT_LE(server.lines().size(), 25U);
-}
-
-TEST(HttpExchange, SpeaksHttpOnly) {
-    FakeServer server;
-    for (const char* target : {"file:///etc/hostname", "ftp://127.0.0.1/x",
+    for (const char* target : {"/a", "file:///etc/hostname", "ftp://127.0.0.1/x",
                                "data:application/json,{}", "", "http://[broken"}) {
         SCOPED_TRACE(target);
         server.on("GET", "/x", redirectTo(target, 302));
-        const Exchanged redirected = get(server.url() + "/x");
-        EXPECT_FALSE(redirected.ok);
-        EXPECT_THAT(redirected.failure, StartsWith("ctx failed (HTTP 302): "));
-        const Exchanged direct = get(target);
-        EXPECT_FALSE(direct.ok);
-        EXPECT_THAT(direct.failure, StartsWith("ctx failed: "));
+        EXPECT_THAT(get(server.url() + "/x").failure, StartsWith("ctx failed (HTTP 302): "));
+        EXPECT_THAT(get(target).failure, StartsWith("ctx failed: "));
     }
+    EXPECT_LE(server.lines().size(), 25U);
 }
 
 TEST(HttpExchange, StreamsTheBodyOfASuccessAlone) {
