@@ -27,6 +27,15 @@ TEST(ConfigFile, StandsInTheChosenFolder) {
               "could not write " + QDir::toNativeSeparators(config.sandbox.configPath()));
 }
 
+TEST(ConfigFile, StandsInTheUsersFolderWhenNoneIsChosen) {
+    TemporaryConfig config;
+    const ScopedVariable home("XDG_CONFIG_HOME", "/home/ada/.config");
+    for (const QByteArray& unset : {QByteArray(""), QByteArray()}) {
+        config.folder.set(unset);
+        EXPECT_EQ(config::path(), QString("/home/ada/.config/Quorvelle/Quorvelle/config.json"));
+    }
+}
+
 TEST(ConfigFile, IsMigratedInMemoryAndEmptyWhereItHoldsNoObject) {
     const TemporaryConfig config;
     const std::string empty = "{'schema_version':2}";
