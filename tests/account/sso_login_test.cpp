@@ -51,8 +51,7 @@ bool until(const std::function<bool()>& holds) {
 }
 
 /// A started sign-in with a server, and browsers of the test's own.
-class SsoLoginTest : public ::testing::Test {
-protected:
+struct SsoLoginTest : ::testing::Test {
     SsoLoginTest() {
         QObject::connect(&login, &SsoLogin::finished, &login,
                          [this](bool ok, const QJsonObject& result, const QString& error) {

@@ -73,10 +73,6 @@ channel --server x                    | 'channel' alone is no command.
 frobnicate                            | Unknown command 'frobnicate'.
 go                                    | Unknown command 'go'.)";
 
-Terminal person(std::FILE*) {
-    return {.isThere = true};
-}
-
 struct Seen {
     int code;
     std::string out;
@@ -88,7 +84,7 @@ Seen seen(const QString& line) {
     const ApiServer api;
     api.config.sandbox.writeConfig({{"schema_version", 2}, {"server", api.server.url()}});
     setUsageTable(commandTable());
-    setTerminals(person);
+    setTerminals([](std::FILE*) { return Terminal{.isThere = true}; });
     ::testing::internal::CaptureStdout();
     ::testing::internal::CaptureStderr();
     const int code =

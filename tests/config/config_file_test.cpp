@@ -12,14 +12,6 @@
 
 namespace quorvelle::testing {
 
-namespace {
-
-bool wanted(QJsonObject&) {
-    return true;
-}
-
-}  // namespace
-
 TEST(ConfigFile, StandsInTheChosenFolder) {
     const TemporaryConfig config;
     EXPECT_EQ(config::path(), config.sandbox.configPath());
@@ -104,7 +96,7 @@ TEST(ConfigFile, IsNotSavedOverADirectoryOrBelowAFile) {
     for (const char* folder : {"folder", "file", "file/below"}) {
         config.folder.set(config.sandbox.path(folder).toUtf8());
         EXPECT_FALSE(config::save({}));
-        EXPECT_EQ(config::change(wanted), config::Changed::kNotSaved);
+        EXPECT_EQ(config::change([](QJsonObject&) { return true; }), config::Changed::kNotSaved);
     }
     EXPECT_EQ(config.sandbox.tree("."),
               QStringList({"file=kept", "folder/config.json/inside=kept"}));
