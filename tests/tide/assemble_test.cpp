@@ -43,11 +43,12 @@ TEST_F(AssemblyTest, AHalfMadeSecondNameIsNeverWrittenThrough) {
     EXPECT_THAT(bucket.fetched, ElementsAre(" and more"));
 }
 
-TEST_F(AssemblyTest, AChunkOfAReplacedFileIsStillFoundWhereItWasWritten) {
+TEST_F(AssemblyTest, ChunksOfAReplacedFileAreFoundInItAndWhereTheyWereWritten) {
     const std::string shared = randomBytes(2, 3000);
-    writeFile(staging() / "a", "old");
-    expectAssembled({{"a", {shared}}, {"b", {"x", shared}}});
-    EXPECT_THAT(bucket.fetched, SizeIs(2));
+    writeFile(staging() / "a", shared);
+    writeFile(staging() / "changed", "oldend");
+    expectAssembled({{"a", {"x", shared}}, {"b", {shared}}, {"changed", {"new", "end"}}});
+    EXPECT_THAT(bucket.fetched, ElementsAre("x", "new"));
 }
 
 TEST_F(AssemblyTest, StagingEndsUpWithNothingElse) {
