@@ -1,6 +1,6 @@
 #include "tide/chunks/chunker.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cstdlib>
 
@@ -117,15 +117,16 @@ TEST(ChunkerTest, SaysWhyItFailed) {
     fs::create_directory(temp / "folder");
     writeFile(temp / "f", "x");
     const std::string folder = files::utf8Text(temp / "folder");
-    const auto ignore = [](const Chunk&) {};
-    std::string err;
-    EXPECT_FALSE(chunkFile(temp / "none", {}, ignore, &err));
-    EXPECT_EQ(err, "cannot open " + files::utf8Text(temp / "none"));
-    EXPECT_FALSE(chunkFile(temp / "folder", {}, ignore, &err));
-    EXPECT_TRUE(err == "read error on " + folder || err == "cannot open " + folder) << err;
-    EXPECT_FALSE(chunkFile(temp / "f", {8, 8, 4}, ignore, &err));
-    EXPECT_EQ(err, "bad chunker parameters");
-    EXPECT_FALSE(chunkFile(temp / "none", {}, ignore, nullptr));
+    const auto failure = [](const path& file, const ChunkerParameters& parameters) {
+        std::string err;
+        EXPECT_FALSE(chunkFile(
+            file, parameters, [](const Chunk&) {}, &err));
+        return err;
+    };
+    EXPECT_EQ(failure(temp / "none", {}), "cannot open " + files::utf8Text(temp / "none"));
+    EXPECT_THAT(failure(temp / "folder", {}),
+                ::testing::AnyOf("read error on " + folder, "cannot open " + folder));
+    EXPECT_EQ(failure(temp / "f", {8, 8, 4}), "bad chunker parameters");
 }
 
 }  // namespace
