@@ -2,12 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include <QDir>
 #include <QFile>
 
 #include "support/notation.h"
 #include "support/process_runner.h"
-#include "support/qt_printers.h"
 #include "sync/markers.h"
 
 namespace quorvelle::testing {

@@ -2,15 +2,12 @@
 
 #include <gmock/gmock.h>
 
-#include <QDir>
 #include <QFile>
 #include <map>
 
 #include "support/notation.h"
 #include "support/process_runner.h"
-#include "support/qt_printers.h"
 #include "sync/markers.h"
-#include "sync/state_folder.h"
 
 namespace quorvelle::testing {
 

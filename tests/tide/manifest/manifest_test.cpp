@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "support/fake_server.h"
-#include "tide/manifest/signature.h"
 #include "tide/tide_files.h"
 
 namespace tide::testing {
