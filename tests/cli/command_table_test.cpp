@@ -116,8 +116,8 @@ TEST(CommandTable, ReachesAndDescribesEveryRow) {
     static const QRegularExpression lines("\\A((  quorvelle .*\n)( {12}[^ ].*\n)*)*\\z");
     for (const Command& row : commandTable()) {
         SCOPED_TRACE(row.words);
-        const QStringList surplus(row.leastArguments, "x");
-        EXPECT_EQ(findCommand(wordsOf(row) + surplus, commandTable()), &row);
+        const QStringList further(row.leastArguments, "x");
+        EXPECT_EQ(findCommand(wordsOf(row) + further, commandTable()), &row);
         EXPECT_FALSE(row.summary.empty() || row.summary.ends_with('.'));
         EXPECT_TRUE(lines.match(fromTable(row.usage)).hasMatch()) << row.usage;
     }
