@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "tide/store/list_page.h"
 #include "tide/store/s3_provider.h"
 
 namespace tide {
@@ -60,19 +61,21 @@ TEST_F(S3ServerTest, StoresReadsAndRemovesObjectsOfAnyName) {
     }
 }
 
-TEST_F(S3ServerTest, ListsOverSeveralPages) {
-    // A page holds 1000 objects. Keys with "&" or "<" come back escaped twice.
-    std::vector<ObjectEntry> all;
-    for (int i = 1000; i < 2003; ++i) {
-        all.push_back({"many/a b+" + std::to_string(i), 1});
-        ASSERT_TRUE(provider.put(all.back().key, "x", &err)) << err;
+// A page that is asked for as it is holds 1000 objects.
+TEST_F(S3ServerTest, GoesOnWhereAPageEnds) {
+    for (const char* key : {"many/a b+1", "many/a b+2"}) {
+        ASSERT_TRUE(provider.put(key, "x", &err)) << err;
     }
-    ASSERT_TRUE(provider.put("other", "", &err)) << err;
-    std::vector<ObjectEntry> entries;
-    EXPECT_TRUE(provider.list("many/", entries, &err)) << err;
-    EXPECT_EQ(entries, all);
-    EXPECT_TRUE(provider.list("other", entries, &err)) << err;
-    EXPECT_EQ(entries, (std::vector<ObjectEntry>{{"other", 0}}));
+    std::string query = "list-type=2&max-keys=1&prefix=many%2F";
+    for (const std::string end : {"1", "2"}) {
+        std::string body;
+        long status = 0;
+        ASSERT_TRUE(provider.request("GET", {}, query, {}, body, status, nullptr, &err)) << err;
+        const ListPage page = parseListPage(body);
+        EXPECT_EQ(page.entries, (std::vector<ObjectEntry>{{"many/a b+" + end, 1}})) << body;
+        EXPECT_EQ(page.truncated, end == "1");
+        query = listQuery("many/", page.nextToken);
+    }
 }
 
 TEST_F(S3ServerTest, IsRefusedWithAnotherSecret) {
