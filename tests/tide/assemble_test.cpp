@@ -78,8 +78,6 @@ TEST_F(AssemblyTest, RefusesAManifestBeforeAnythingIsWritten) {
     bucket.publish({{"good", {"1"}}, {"../bad", {"2"}}});
     EXPECT_EQ(assemble(), "manifest contains an unsafe path: ../bad");
     EXPECT_FALSE(fs::exists(staging()));
-    bucket.objects.clear();
-    EXPECT_EQ(assemble(), "GET channels/app/manifest.json -> HTTP 404");
 }
 
 TEST_F(AssemblyTest, EachFailureHasItsText) {
@@ -90,10 +88,9 @@ TEST_F(AssemblyTest, EachFailureHasItsText) {
         std::string text;
     };
     const std::string id = blake3Hex("second");
-    const std::string corrupt = "chunk " + id + " failed to decode/verify (corrupt or tampered)";
     const Build build = {{"f", {"first", "second"}}};
     for (const Row& row :
-         {Row{"Second", 6, 11, corrupt}, Row{"", 6, 11, corrupt},
+         {Row{"Second", 6, 11, "chunk " + id + " failed to decode/verify (corrupt or tampered)"},
           Row{"second", 5, 11, "chunk size mismatch for " + id},
           Row{"second", 6, 12, "size mismatch for " + files::utf8Text(staging() / "f")}}) {
         bucket.publish(build);
