@@ -68,14 +68,16 @@ public:
         return root / files::utf8Path(relative);
     }
 
-    /// Every entry below a folder, "/"-separated, folders with a "/" at the end.
+    /// Every file below a folder, "/"-separated; folders that are empty with a "/" at the end.
     std::set<std::string> entries(const std::string& folder) const {
         std::set<std::string> found;
         for (const auto& entry : fs::recursive_directory_iterator(*this / folder)) {
             const std::u8string name =
                 fs::relative(entry.path(), *this / folder).generic_u8string();
             const bool isFolder = entry.is_directory() && !entry.is_symlink();
-            found.insert(std::string(name.begin(), name.end()) + (isFolder ? "/" : ""));
+            if (!isFolder || fs::is_empty(entry.path())) {
+                found.insert(std::string(name.begin(), name.end()) + (isFolder ? "/" : ""));
+            }
         }
         return found;
     }
