@@ -1,6 +1,3 @@
-#include <atomic>
-#include <future>
-
 #include "support/sync_fixture.h"
 
 namespace quorvelle::testing {
@@ -49,18 +46,6 @@ TEST_F(Activation, OfFilesInUseIsRetriedWithoutADownload) {
     EXPECT_EQ(installed(), kBoth);
     EXPECT_EQ(state(), QStringList("app.installed.json"));
     expectSync("current", {kChecking}, upToDate("b2"));
-}
-
-TEST_F(Activation, IsBlockedByAFileInTheDirectorysPlace) {
-    publish(server, "stable", "b1", {{"a", "one"}});
-    box.write("apps/app", "a file");
-    writeState(".old/only", "copy");
-    expectSync("blocked", whole("b1", {"a"}), notActivated("b1"));
-    EXPECT_EQ(box.read("apps/app"), "a file");
-    EXPECT_EQ(stateBytes(".old/only"), "copy");
-    ASSERT_TRUE(QFile::remove(box.path("apps/app")));
-    expectSync("synced", retrying("b1"), retried("b1"));
-    EXPECT_EQ(installed(), QStringList("a=one"));
 }
 
 TEST_F(Activation, ThatCannotBeRecordedWaitsForTheNextBuild) {
@@ -115,30 +100,6 @@ TEST_F(Activation, TakesNoSubscriptionsDirectoryForTheStateOfAnother) {
                                              "app.old/a=one", "app.staging/a=one"}));
 }
 
-TEST_F(Activation, KeepsWhatDidNotComeFromHere) {
-    publish(server, "stable", "b1", {{"a", "one"}});
-    box.write("apps/app/thesis/t.tex", "mine");
-    {
-        const Held held(box.path("apps/app"), Held::From::kMoves);
-        expectResult(runObeyingPermissions(box, {"sync"}), "blocked", whole("b1", {"a"}),
-                     inUse("b1"));
-    }
-    EXPECT_EQ(installed(), QStringList("thesis/t.tex=mine"));
-    expectSync("synced", retrying("b1"), retried("b1"));
-    EXPECT_EQ(installed(), QStringList("a=one"));
-    EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.replaced"}));
-    EXPECT_EQ(stateBytes(".replaced/thesis/t.tex"), "mine");
-
-    publish(server, "stable", "b2", {{"a", "two"}});
-    expectSync("synced", whole("b2", {"a"}), synced("b2", 1, 3));
-    EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.replaced"}));
-    // A person who starts afresh, with the marker gone, has files of theirs there again.
-    ASSERT_TRUE(QFile::remove(box.path("apps/.quorvelle/app.installed.json")));
-    expectSync("synced", whole("b2", {"a"}), synced("b2", 1, 3));
-    EXPECT_EQ(state(), (QStringList{"app.installed.json", "app.replaced", "app.replaced-2"}));
-    EXPECT_EQ(stateBytes(".replaced-2/a"), "two");
-}
-
 TEST_F(Activation, KeepsTheOnlyCopyUntilABuildIsInPlace) {
     publish(server, "stable", "b2", {{"a", "two"}});
     server.onJson("GET", fileTarget("b2", "a"), {{"error", "lost"}}, 404);
@@ -150,31 +111,20 @@ TEST_F(Activation, KeepsTheOnlyCopyUntilABuildIsInPlace) {
     EXPECT_EQ(state(), QStringList("app.installed.json"));
 }
 
+/// While the first one waits for its file.
 TEST_F(Activation, HappensInOneProcessAtATime) {
     subscribe({subscription("app", "stable"), subscription("kit", "none")});
     publish(server, "stable", "b1", {{"a", "one"}});
     server.onJson("GET", "/api/channels/none", {});
-    std::promise<void> reached;
-    std::promise<void> released;
-    std::atomic<bool> held = false;
-    const std::shared_future<void> release = released.get_future().share();
-    server.on("GET", fileTarget("b1", "a"),
-              [&](const httplib::Request&, httplib::Response& response) {
-                  if (!held.exchange(true)) {
-                      reached.set_value();
-                      release.wait();
-                  }
-                  response.set_content("one", "application/octet-stream");
-              });
-    auto first =
-        std::async(std::launch::async, [this] { return box.run(args("sync --name app")); });
-    reached.get_future().wait();
-    server.forget();
-    expectSync("failed", {}, "a sync is already running", args("sync --name app"));
-    EXPECT_THAT(server.lines(), ElementsAre());
-    EXPECT_EQ(box.run(args("sync --name kit")).code, 0);
-    released.set_value();
-    expectResult(first.get(), "synced", whole("b1", {"a"}), synced("b1", 1, 3));
+    server.on("GET", fileTarget("b1", "a"), [this](const auto&, httplib::Response& response) {
+        server.onBytes("GET", fileTarget("b1", "a"), "one");
+        server.forget();
+        expectSync("failed", {}, "a sync is already running", args("sync --name app"));
+        EXPECT_THAT(server.lines(), ElementsAre());
+        EXPECT_EQ(box.run(args("sync --name kit")).code, 0);
+        response.set_content("one", "application/octet-stream");
+    });
+    expectSync("synced", whole("b1", {"a"}), synced("b1", 1, 3), args("sync --name app"));
     EXPECT_EQ(state(), QStringList("app.installed.json"));
     expectSync("current", {kChecking}, upToDate("b1"), args("sync --name app"));
 }

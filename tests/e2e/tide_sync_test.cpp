@@ -383,18 +383,5 @@ TEST_F(TideSync, RefusesAnotherEngineWhereTheKeyIsConfigured) {
     }
 }
 
-TEST_F(TideSync, RefusesWhatTheKeyDidNotSign) {
-    installOne();
-    box.environment.insert("QUORVELLE_TIDE_PUBLIC_KEY", signingKey());
-    publishTide(server, "stable", "b2", kTwo);
-    server.onBytes("GET", kSignatureTarget, signatureOf("x"));
-    expectSync("failed", downloading(""), "'app': Tide sync: signature does not verify");
-    server.onJson("GET", kSignatureTarget, {}, 404);
-    expectSync("failed", downloading(""),
-               "'app': Tide sync: channel 'stable' has no signature but verification is required");
-    EXPECT_THAT(server.lines(), Not(Contains("GET " + chunkTarget("two"))));
-    expectOneStillInstalled();
-}
-
 }  // namespace
 }  // namespace quorvelle::testing
