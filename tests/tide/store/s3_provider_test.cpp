@@ -108,9 +108,7 @@ TEST_F(S3ProviderTest, ListsPageAfterPageWhileTheNextIsNew) {
                                      ObjectEntry{"bêta <1> 日😀", 0},
                                      ObjectEntry{"&x;&#;&#x110000;&amp", 0}));
     const std::string more = "<IsTruncated>true</IsTruncated>";
-    for (const std::string& token :
-         {std::string(),
-          std::string("<NextContinuationToken>1/a&amp;b+=</NextContinuationToken>")}) {
+    for (const char* token : {"", "<NextContinuationToken>1/a&amp;b+=</NextContinuationToken>"}) {
         server.onBytes("GET", second, more + token);
         EXPECT_FALSE(provider.list("chunks/a b", entries, &err));
         EXPECT_EQ(err, "LIST -> HTTP 200 the page is truncated but names no next one");
