@@ -143,7 +143,7 @@ TEST(HttpExchange, FollowsRedirectsThatLeaveTheRequestAsItIs) {
             SCOPED_TRACE(method + std::to_string(status));
             QBuffer file;
             file.setData("from a device");
-            file.open(QIODevice::ReadOnly);
+            file.open(QIODevice::ReadOnly | QIODevice::Append);
             HttpRequest request{.method = method.c_str(),
                                 .url = QUrl(home.url() + "/old"),
                                 .token = "t",
