@@ -1,11 +1,12 @@
 #include <QRegularExpression>
 
-#include "support/process_runner.h"
+#include "support/server_test.h"
 
 namespace quorvelle::testing {
 
-TEST(Dispatch, PrintsTheUsageWithoutACommand) {
-    const Sandbox box;
+using Dispatch = ProgramTest;
+
+TEST_F(Dispatch, PrintsTheUsageWithoutACommand) {
     const QString usage = box.run({}).out;
     EXPECT_EQ(usage.indexOf("\n\nUsage:\n  quorvelle "), usage.indexOf(u'\n'));
     EXPECT_EQ(usage.section(u'\n', 0, 0), "Quorvelle CLI " + box.run({"version"}).out.trimmed());
@@ -17,8 +18,7 @@ TEST(Dispatch, PrintsTheUsageWithoutACommand) {
     expectUsage(box, {"--json", "--json"});
 }
 
-TEST(Dispatch, TakesJsonModeFromAnywhere) {
-    const Sandbox box;
+TEST_F(Dispatch, TakesJsonModeFromAnywhere) {
     for (const char* line :
          {"--json config set token t", "config --json set --json token t --json"}) {
         EXPECT_EQ(box.run(args(line)).json(), json("{'token':'t'}")) << line;
@@ -29,8 +29,7 @@ TEST(Dispatch, TakesJsonModeFromAnywhere) {
     }
 }
 
-TEST(Dispatch, PrintsTheVersionForBothWordsInBothModes) {
-    const Sandbox box;
+TEST_F(Dispatch, PrintsTheVersionForBothWordsInBothModes) {
     const Outcome version = box.run({"version"});
     const QRegularExpression pattern("\\A0\\.7\\.10\\+g([0-9a-f]+|unknown)\n\\z");
     EXPECT_TRUE(pattern.match(version.out).hasMatch()) << version.out.toStdString();
@@ -39,8 +38,7 @@ TEST(Dispatch, PrintsTheVersionForBothWordsInBothModes) {
               (QJsonObject{{"version", version.out.trimmed()}}));
 }
 
-TEST(Dispatch, SendsUnknownWordsToStandardErrorInBothModes) {
-    const Sandbox box;
+TEST_F(Dispatch, SendsUnknownWordsToStandardErrorInBothModes) {
     const QString usage = box.run({}).out;
     for (const QStringList& words : {args("server set-token http://h"), args("100%1 %2"),
                                      QStringList{"Ünïcode 日本"}, QStringList{""}}) {

@@ -15,13 +15,6 @@ const char kJoined[] = R"({"schema_version":2,"server":"http://d","token":"top",
   {"name":"%1","server":"%2","channel":"c","dir":"/q","managed":false,"interval_seconds":1,
    "self_heal":1},{"name":"n","server":"","channel":"","dir":"/n","self_heal":0}]})";
 
-const char kAppLine[] =
-    "app: stable @ http://h -> `/games/stable`  (the global default, self-heal default)\n";
-const char kKitLine[] = "kit: kit @ http://h -> `/kit`  (every 90s, self-heal full)  [managed]\n";
-const char kOddLine[] = "odd: c @ http://o -> `/o`  (manual (no auto-sync), self-heal default)\n";
-const char kQuickLine[] = "%1: c @ %2 -> `/q`  (every 1s, self-heal quick)\n";
-const char kNoneLine[] = "n:  @  -> `/n`  (the global default, self-heal none)\n";
-
 /// Sets the value at a path such as "servers/0/token"; null takes an array's element out.
 void change(QJsonObject& document, const QString& path, const QJsonValue& value) {
     const QStringList at = path.split(u'/');
@@ -104,11 +97,16 @@ void check(const Command& command) {
 }
 
 TEST(LocalCommands, List) {
-    const QString kit = QString("  ") + kAppLine + "  " + kKitLine + "  " + kOddLine + "  " +
-                        kQuickLine + "  " + kNoneLine;
+    const QStringList all{
+        "app: stable @ http://h -> `/games/stable`  (the global default, self-heal default)\n",
+        "kit: kit @ http://h -> `/kit`  (every 90s, self-heal full)  [managed]\n",
+        "odd: c @ http://o -> `/o`  (manual (no auto-sync), self-heal default)\n",
+        "%1: c @ %2 -> `/q`  (every 1s, self-heal quick)\n",
+        "n:  @  -> `/n`  (the global default, self-heal none)\n"};
     const QString file = "\nConfig file: `{box}/config/config.json`\n";
     check({args("config list x"),
-           "server = http://d\ntoken = (set)\n\nSubscriptions:\n" + kit + file, kJoined});
+           "server = http://d\ntoken = (set)\n\nSubscriptions:\n  " + all.join("  ") + file,
+           kJoined});
     for (const char* before : {"", R"({"schema_version":2,"token":""})"}) {
         check({args("config"),
                "server = (not set)\ntoken = (not set)\n\nSubscriptions:\n  (none)\n" + file,
@@ -116,9 +114,8 @@ TEST(LocalCommands, List) {
                {},
                before});
     }
-    const QJsonObject all{{"subscriptions", object(kJoined)["subscriptions"]}};
-    check({args("subscriptions"), QString(kAppLine) + kKitLine + kOddLine + kQuickLine + kNoneLine,
-           QJsonDocument(all).toJson()});
+    const QJsonObject entries{{"subscriptions", object(kJoined)["subscriptions"]}};
+    check({args("subscriptions"), all.join(QString()), QJsonDocument(entries).toJson()});
     check({args("subscriptions x"),
            "No subscriptions. Add one with:\n  quorvelle subscribe <server> <channel> --dir "
            "<path>\n",
@@ -204,29 +201,27 @@ unsubscribe kit | Unsubscribed 'kit' (installed files stay on disk) | {'unsubscr
            R"({"schema_version":2,"subscriptions":[{"name":"Ü %1"}]})"});
 }
 
+/// Each row: a subscription's name, server and channel, its folder and the one afterwards.
 TEST(LocalCommands, SetRootGivesEverySubscriptionAFolderOfItsOwn) {
     const Sandbox box;
     QJsonArray before;
+    QJsonArray after;
     for (const QStringList& row : rows(R"(
-        a | http://h  | c | old
-        b | http://h/ | c | new/c-2/deep
-        z | http://z  | c | new/c
-        d | http://h  | d | old
-        y | http://y  | e | taken)")) {
-        before.append(QJsonObject{
-            {"name", row[0]}, {"server", row[1]}, {"channel", row[2]}, {"dir", box.path(row[3])}});
+        a | http://h  | c | old          | new/c-2
+        b | http://h/ | c | new/c-2/deep | new/c-3
+        z | http://z  | c | new/c        | new/c
+        d | http://h  | d | old          | new/d
+        y | http://y  | e | taken        | taken)")) {
+        QJsonObject entry{{"name", row[0]}, {"server", row[1]}, {"channel", row[2]}};
+        entry["dir"] = box.path(row[3]);
+        before.append(entry);
+        entry["dir"] = box.path(row[4]);
+        after.append(entry);
     }
-    const auto dirs = [&box] {
-        QStringList names;
-        for (const QJsonValue& entry : box.config()["subscriptions"].toArray()) {
-            names.append(QString(entry["dir"].toString()).remove(box.path({}) + '/'));
-        }
-        return names;
-    };
     box.writeConfig(
         {{"servers", QJsonArray{QJsonObject{{"server", "http://h"}}}}, {"subscriptions", before}});
     EXPECT_EQ(box.run(args("server set-root http://h new --json")).json()["repointed"], 3);
-    EXPECT_EQ(dirs(), args("new/c-2 new/c-3 new/c new/d taken"));
+    EXPECT_EQ(box.config()["subscriptions"].toArray(), after);
 
     const Outcome refused = box.run(args("server set-root http://h taken/below"));
     EXPECT_EQ(refused.code, 2);
@@ -235,7 +230,7 @@ TEST(LocalCommands, SetRootGivesEverySubscriptionAFolderOfItsOwn) {
                          " - subscribe to it by hand\n";
     EXPECT_EQ(refused.err, line.arg("c") + line.arg("c") + line.arg("d"));
     EXPECT_TRUE(refused.out.contains(" (0 subscription(s) repointed;"));
-    EXPECT_EQ(dirs(), args("new/c-2 new/c-3 new/c new/d taken"));
+    EXPECT_EQ(box.config()["subscriptions"].toArray(), after);
     expectUsage(box, {"server", "set-root", "http://h", ""});
 }
 

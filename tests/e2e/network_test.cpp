@@ -1,13 +1,7 @@
 #include "support/fake_builds.h"
-#include "support/process_runner.h"
+#include "support/server_test.h"
 
 namespace quorvelle::testing {
-
-namespace {
-
-const TideFiles kBuild{{"a", {"one"}}};
-
-}  // namespace
 
 /// Neither server is there: the proxy answers for them.
 TEST(Network, IsReachedThroughTheSameProxyByEveryRequest) {
@@ -21,7 +15,7 @@ TEST(Network, IsReachedThroughTheSameProxyByEveryRequest) {
     proxy.onJson("DELETE", app + "/api/builds/b0", {});
     proxy.onJson("POST", app + "/api/channels/stable/promote?build=b1", {});
     proxy.on("GET", app + "/m", redirectTo(direct.url() + "/m"));
-    direct.onBytes("GET", "/m", tideManifest("stable", kBuild));
+    direct.onBytes("GET", "/m", tideManifest("stable", {{"a", {"one"}}}));
     const std::string id = chunkId("one").toStdString();
     const std::string chunk = store + "chunks/" + id.substr(0, 2) + '/' + id;
     proxy.onBytes("GET", chunk, "one");

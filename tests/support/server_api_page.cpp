@@ -26,14 +26,8 @@ std::vector<DescribedRequest> readPage() {
 }
 
 bool matchesPath(const QString& pattern, const QString& path) {
-    const QStringList wanted = pattern.split(u'/');
-    const QStringList got = path.split(u'/');
-    for (qsizetype i = 0; wanted.size() == got.size() && i < got.size(); ++i) {
-        if (wanted[i] == "%1" ? got[i].isEmpty() : wanted[i] != got[i]) {
-            return false;
-        }
-    }
-    return wanted.size() == got.size();
+    const QString escaped = QRegularExpression::escape(pattern).replace("\\%1", "[^/]+");
+    return QRegularExpression(QRegularExpression::anchoredPattern(escaped)).match(path).hasMatch();
 }
 
 /// Whether every item is described, and no item is missing that has to be there.

@@ -91,10 +91,7 @@ void SyncWorld::breakDownload() {
 }
 
 void SyncWorld::prepare(const Sandbox& sandbox, Start start) const {
-    QJsonObject subscription = json("{'name': 'app', 'channel': 'stable', 'token': 't'}");
-    subscription["server"] = server.url();
-    subscription["dir"] = sandbox.path("games/app");
-    sandbox.writeConfig({{"subscriptions", QJsonArray{subscription}}});
+    sandbox.follow(server.url(), "stable", "games/app");
     if (start == Start::kNothing) {
         return;
     }
