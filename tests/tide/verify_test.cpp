@@ -90,6 +90,8 @@ TEST_F(VerifyTest, ChunksThatClaimMoreThanTheFileAreTruncation) {
                     ElementsAre("bin/app: truncated or unreadable 1/3 5", _, _));
     }
     EXPECT_THAT(check(manifest, true), ElementsAre("1/3 11", _, _));
+    // Nobody has to be told.
+    EXPECT_TRUE(verifyFiles(files::utf8Text(temp / "install"), manifest, {}, {}, nullptr, false));
 }
 
 TEST_F(VerifyTest, LinksCountAsWhatTheyLeadTo) {
