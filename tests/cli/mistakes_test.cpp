@@ -54,7 +54,6 @@ subscribe s c --dir d --interval 1.5  | '1.5' may not fit <seconds|manual|defaul
 subscribe s c --dir d --self-heal 1   | '1' is none of none, quick, full, default.
 build delete --yes --server http://h  | <id> is missing.
 build delete ~                        | '' is empty where something is due
-build delete --yes                    | <id> is missing.
 build delete 7 --yse                  | Unknown option '--yse'. Did you mean '--yes'?
 run -- app                            | <subscription> is missing.
 run app --target -- x                 | 'x' is one word too many.
