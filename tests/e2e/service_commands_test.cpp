@@ -166,10 +166,6 @@ TEST_F(TrialLicense, IsNotInstalledWhenTheServiceGaveNone) {
         service.on("POST", "/api/trial", answering(cells[1].toStdString(), cells[0].toInt()));
         expectError(box, kRequest, 2, cells[2]);
     }
-    EXPECT_THAT(server.lines(), ElementsAre());
-}
-
-TEST_F(TrialLicense, NamesTheServiceThatIsNotThere) {
     const QString nowhere = "http://127.0.0.1:1";
     box.environment.insert("QUORVELLE_TRIAL_URL", nowhere);
     expectError(box, kRequest, 2, "could not reach the licensing service at " + nowhere);
