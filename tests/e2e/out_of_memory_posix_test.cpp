@@ -1,11 +1,12 @@
-#include "support/fake_server.h"
-#include "support/process_runner.h"
+#include "support/server_test.h"
 
 namespace quorvelle::testing {
 
+using OutOfMemory = ProgramTest;
+
 /// The main thread reads the descriptor, a worker the manifest; 700 MB are less than either
 /// takes and more than the program.
-TEST(OutOfMemory, EndsTheCommandAndSaysSo) {
+TEST_F(OutOfMemory, EndsTheCommandAndSaysSo) {
     if (QUORVELLE_SANITIZED) {
         GTEST_SKIP() << "a sanitizer takes address space for itself";
     }
@@ -14,8 +15,6 @@ TEST(OutOfMemory, EndsTheCommandAndSaysSo) {
         many += "0,";
     }
     many += "0]}";
-    FakeServer server;
-    Sandbox box;
     box.follow(server.url(), "c");
     server.onJson("GET", "/api/channels/c", {{"engine", "tide"}});
     server.onBytes("GET", "/store/m", many);

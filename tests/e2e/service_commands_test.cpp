@@ -111,9 +111,7 @@ TEST_F(SsoMap, WritesNothingItHasNotReadOrCannotChange) {
     server.onJson("GET", kMapping,
                   json("{'mapping':{'roles':{'x':'admin'},'groups':{'y':'x%1'}}}"));
     expectError(box, words, 1, "'x%1' is not mapped");
-    for (const std::string& line : server.lines()) {
-        EXPECT_EQ(line, "GET " + kMapping);
-    }
+    EXPECT_THAT(server.lines(), Each("GET " + kMapping));
     server.onJson("PUT", kMapping, {{"error", "no such role"}}, 422);
     expectError(box, args("sso map default nobody"), 2, "sso map failed (HTTP 422): no such role");
 }
