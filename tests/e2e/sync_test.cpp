@@ -252,6 +252,7 @@ TEST_F(SyncCommand, ReportsIncompleteSubscriptionsAndGoesOn) {
     const QString incomplete = "subscription '%1' is incomplete (needs server, channel, dir)\n";
     expectOutcome(box.run({"sync"}), 2, kChecking + "\n'app' has no build yet\n",
                   incomplete.arg("?") + incomplete.arg("100%2"));
+    EXPECT_EQ(box.run(args("sync --json")).json()["results"][0]["name"], QJsonValue(""));
 }
 
 TEST(SyncWords, AreChecked) {
