@@ -1,6 +1,6 @@
 #include <QRegularExpression>
 
-#include "support/server_test.h"
+#include "support/server_fixture.h"
 
 namespace quorvelle::testing {
 

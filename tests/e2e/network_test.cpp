@@ -1,5 +1,5 @@
 #include "support/fake_builds.h"
-#include "support/server_test.h"
+#include "support/server_fixture.h"
 
 namespace quorvelle::testing {
 

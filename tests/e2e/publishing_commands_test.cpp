@@ -1,4 +1,4 @@
-#include "support/server_test.h"
+#include "support/server_fixture.h"
 
 namespace quorvelle::testing {
 namespace {

@@ -3,7 +3,7 @@
 #include <thread>
 
 #include "support/fake_builds.h"
-#include "support/server_test.h"
+#include "support/server_fixture.h"
 
 namespace quorvelle::testing {
 namespace {

@@ -1,7 +1,7 @@
 #include <sys/stat.h>
 
 #include "support/raw_server.h"
-#include "support/server_test.h"
+#include "support/server_fixture.h"
 #include "support/terminal_run.h"
 
 namespace quorvelle::testing {

@@ -2,7 +2,7 @@
 #include <future>
 
 #include "support/fake_builds.h"
-#include "support/server_test.h"
+#include "support/server_fixture.h"
 #include "support/terminal_run.h"
 
 namespace quorvelle::testing {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/fake_builds.h"
-#include "support/server_test.h"
+#include "support/server_fixture.h"
 
 namespace quorvelle::testing {
 

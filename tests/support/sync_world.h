@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/server_test.h"
+#include "support/server_fixture.h"
 
 namespace quorvelle::testing {
 
