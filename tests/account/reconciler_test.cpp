@@ -1,7 +1,3 @@
-#include <gmock/gmock.h>
-
-#include <QJsonArray>
-
 #include "account/reconcile_plan.h"
 #include "support/notation.h"
 

@@ -1,7 +1,5 @@
 #include "account/sso_login.h"
 
-#include <gmock/gmock.h>
-
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QTcpSocket>
@@ -18,7 +16,6 @@ namespace quorvelle::testing {
 namespace {
 
 using namespace std::chrono_literals;
-using ::testing::ElementsAre;
 
 const QByteArray kHead =
     "HTTP/1.1 200 OK\r\nContent-Type: text/html; charset=utf-8\r\nConnection: close\r\n";

@@ -1,12 +1,9 @@
 #include "cli/command_table.h"
 
-#include <gmock/gmock.h>
-
 #include "cli/dispatch.h"
 #include "console/output.h"
 #include "console/usage.h"
 #include "console/usage_forms.h"
-#include "support/notation.h"
 #include "support/server_api_page.h"
 #include "support/temporary_config.h"
 

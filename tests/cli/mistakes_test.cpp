@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
 #include "cli/command_table.h"
@@ -9,7 +7,6 @@
 #include "console/terminal.h"
 #include "console/usage.h"
 #include "console/usage_forms.h"
-#include "support/notation.h"
 #include "support/temporary_config.h"
 
 namespace quorvelle::testing {

@@ -1,11 +1,7 @@
 #include "config/config_document.h"
 
-#include <gtest/gtest.h>
-
 #include "config/json_number.h"
 #include "config/subscription.h"
-#include "support/notation.h"
-#include "support/platform.h"
 #include "support/temporary_config.h"
 
 namespace quorvelle::testing {

@@ -1,13 +1,8 @@
 #include "config/config_file.h"
 
-#include <gmock/gmock.h>
-
-#include <QJsonArray>
 #include <thread>
 
 #include "config/config_document.h"
-#include "support/notation.h"
-#include "support/platform.h"
 #include "support/temporary_config.h"
 
 namespace quorvelle::testing {

@@ -1,7 +1,5 @@
 #include "console/arguments.h"
 
-#include <gmock/gmock.h>
-
 #include "support/notation.h"
 
 namespace quorvelle::testing {

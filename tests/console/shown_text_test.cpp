@@ -1,7 +1,5 @@
 #include "console/shown_text.h"
 
-#include <gtest/gtest.h>
-
 #include "console/progress_line.h"
 #include "support/notation.h"
 

@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include <QFile>
 
 #include "files/file_tree.h"

@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <grp.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -10,7 +9,6 @@
 
 #include "files/process_lock.h"
 #include "support/process_runner.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 

@@ -1,11 +1,6 @@
 #include "files/process_lock.h"
 
-#include <gmock/gmock.h>
-
-#include <QDir>
-
 #include "support/process_runner.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 

@@ -1,13 +1,9 @@
 #include "files/secret_file.h"
 
-#include <gtest/gtest.h>
-
 #include <QFile>
 #include <QFileInfo>
 
-#include "support/platform.h"
 #include "support/process_runner.h"
-#include "support/qt_printers.h"
 
 namespace quorvelle::testing {
 

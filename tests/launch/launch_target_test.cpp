@@ -1,11 +1,8 @@
 #include "launch/launch_target.h"
 
-#include <gtest/gtest.h>
-
 #include <QFile>
 
 #include "launch/launch_spec.h"
-#include "support/notation.h"
 #include "support/process_runner.h"
 
 namespace quorvelle::testing {

@@ -1,6 +1,5 @@
 #include "launch/process.h"
 
-#include <gmock/gmock.h>
 #include <windows.h>
 
 #include <QCoreApplication>

@@ -1,11 +1,8 @@
 #pragma once
 
-#include <gmock/gmock.h>
-
 #include "console/output.h"
 #include "onboarding/storage_init_command.h"
 #include "support/fake_cloudflare.h"
-#include "support/notation.h"
 #include "support/temporary_config.h"
 
 namespace quorvelle::testing {

@@ -5,13 +5,8 @@
 #include <csignal>
 
 #include "onboarding_fixture.h"
-#include "support/platform.h"
 
 namespace quorvelle::testing {
-
-using ::testing::Each;
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
 
 TEST_F(StorageInitTest, KeepsTheCiFileForItsOwnerAlone) {
     const Sandbox& sandbox = config.sandbox;

@@ -5,12 +5,6 @@
 
 namespace quorvelle::testing {
 
-using ::testing::Each;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
-using ::testing::StartsWith;
-
 TEST(BucketRules, AreReportedInTheirOrder) {
     const QString hyphen = "A bucket name cannot start or end with a hyphen.";
     const QString length = "A bucket name is between 3 and 63 characters long.";

@@ -1,7 +1,5 @@
 #include "server/http_exchange.h"
 
-#include <gmock/gmock.h>
-
 #include <QBuffer>
 #include <QNetworkAccessManager>
 #include <QTcpServer>
@@ -12,10 +10,6 @@
 #include "support/raw_server.h"
 
 namespace quorvelle::testing {
-
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 namespace {
 

@@ -1,7 +1,5 @@
 #include "server/proxies.h"
 
-#include <gtest/gtest.h>
-
 #include <map>
 
 #include "support/notation.h"

@@ -1,7 +1,5 @@
 #include "server/reply_body.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
 #include "support/notation.h"

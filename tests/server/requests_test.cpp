@@ -1,12 +1,7 @@
 #include "server/requests.h"
 
-#include <gmock/gmock.h>
-
-#include <QJsonArray>
-
 #include "server/server_option.h"
 #include "server/url.h"
-#include "support/notation.h"
 #include "support/temporary_config.h"
 
 namespace quorvelle::testing {

@@ -1,10 +1,7 @@
 #include "sync/state_folder.h"
 
-#include <gmock/gmock.h>
-
 #include <QFile>
 
-#include "support/notation.h"
 #include "support/process_runner.h"
 #include "sync/markers.h"
 

@@ -1,11 +1,8 @@
 #include "sync/swap.h"
 
-#include <gmock/gmock.h>
-
 #include <QFile>
 #include <map>
 
-#include "support/notation.h"
 #include "support/process_runner.h"
 #include "sync/markers.h"
 

@@ -1,7 +1,5 @@
 #include "sync/syncer.h"
 
-#include <gmock/gmock.h>
-
 #include <QEventLoop>
 
 #include "support/fake_builds.h"
