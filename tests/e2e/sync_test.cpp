@@ -117,22 +117,6 @@ TEST_F(Sync, RefusesUnsafePathsWhenItMeetsThem) {
                 IsEmpty());
 }
 
-TEST_F(Sync, TakesOddButSafePaths) {
-    const QString folder = QString(200, u'x') + u'/';
-    const QString longest = folder.repeated(5) + QString(19, u'y');
-    ASSERT_EQ(longest.size(), 1024);
-    const QStringList paths{"a/b.c", "..a/b", "...", "C:x", " a ", "a:b", longest};
-    std::vector<BuildFile> files;
-    for (const QString& path : paths) {
-        files.push_back({path, "1"});
-    }
-    publish(server, "stable", "b", files);
-    expectSync("synced", whole("b", paths), synced("b", 7, 7));
-    for (const QString& path : paths) {
-        EXPECT_EQ(box.read("apps/app/" + path), "1") << path.toStdString();
-    }
-}
-
 TEST_F(Sync, InstallsNothingWhenADownloadFails) {
     const std::vector<BuildFile> files{{"1", "new"}, {"d/2", "new"}, {"3", "new"}};
     publish(server, "stable", "b0", {{"old", "old"}});
