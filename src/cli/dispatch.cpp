@@ -132,7 +132,8 @@ int dispatch(QStringList arguments, CommandTable table) {
     }
     QStringList rest = typed.sliced(wordsOf(*command).size());
     setAnsweredYes(command->asksFirst && takeFlag(rest, QString::fromLatin1(kYesOption)));
-    setTypedLine(*command, typed);
+    // Without the answer, which would pass for the value of an option before it.
+    setTypedLine(*command, wordsOf(*command) + rest);
     return command->handler(std::move(rest));
 }
 

@@ -20,7 +20,8 @@ QString usageText(CommandTable table);
 void setUsageTable(CommandTable table);
 
 /// Names the command line that is being run, so that a handler need not know it to have its
-/// mistakes named: the row, which must outlive the run, and the words typed, without "--json".
+/// mistakes named: the row, which must outlive the run, and the words typed, without those
+/// that the dispatcher takes out itself.
 void setTypedLine(const Command& command, const QStringList& typed);
 
 /// Ends a command line that is not as it should be and returns kExitUsage. Prints the usage

@@ -27,11 +27,9 @@ user create bob --role ~              | '' is none of admin, member, publisher.
 user create --role pubisher           | 'pubisher' is none of admin, member, publisher. Did you mean 'publisher'?
 user create                           | <name> is missing.
 user set-role bob Admin               | 'Admin' is none of admin, member, publisher. Did you mean 'admin'?
-user enable                           | <user> is missing.
 subscribe s c --dir                   | --dir needs a value: --dir <path>
 push --channel live                   | <dir> is missing.
 config remove server                  | 'remove' is none of list, get, set.
-config ste token x                    | 'ste' is none of list, get, set. Did you mean 'set'?
 storage                               | One of these is missing: init, show, test, forget, set.
 storage Show                          | 'Show' is none of init, show, test, forget, set. Did you mean 'show'?
 sso map rolle boss admin              | 'rolle' is none of list, role, group, remove, default, claims. Did you mean 'role'?
@@ -40,17 +38,14 @@ backup schedule ~                     | '' may not fit <HH:MM|off>.
 channel public a yes                  | 'yes' is none of true, false.
 channel public a True                 | 'True' is none of true, false. Did you mean 'true'?
 channel launch add a --exe e          | --label <l> is missing.
-channel launch add a --label l        | --exe <rel-path> is missing.
 channel launch add --label l --exe e --primary a --args | --args needs a value: --args <a>
 channel launch primary a b --clear    | --clear does not go with the rest.
-token create t                        | --user <service-account> is missing.
 request-access s --name x             | --email <addr> is missing.
-request-access s --email x@a          | --name <user> is missing.
-subscribe s c                         | --dir <path> is missing.
 subscribe s c --dir d --interval 1.5  | '1.5' may not fit <seconds|manual|default>.
 subscribe s c --dir d --self-heal 1   | '1' is none of none, quick, full, default.
 build delete --yes --server http://h  | <id> is missing.
 build delete ~                        | '' is empty where something is due
+build delete 7 --server --yes         | --server needs a value: --server <url>
 build delete 7 --yse                  | Unknown option '--yse'. Did you mean '--yes'?
 run -- app                            | <subscription> is missing.
 run app --target -- x                 | 'x' is one word too many.
