@@ -192,39 +192,61 @@ using SyncCommand = SyncTest;
 TEST_F(SyncCommand, ReturnsTheLargestCodeOfTheChosenSubscriptions) {
     FakeServer second;
     QJsonArray all{subscription("kit", "gone"), subscription("app", "stable")};
-    for (const auto& [name, channel] : {std::pair("%1", "c"), {"new", "d"}}) {
+    for (const auto& [name, channel] : {std::pair("%1", "c"), {"new", "d"}, {"bare", "d"}}) {
         QJsonObject other = subscription(name, channel);
         other.insert("server", second.url());
+        other.insert("self_heal", *name == 'b' ? 0 : 1);
         all.append(other);
     }
     subscribe(all);
     publish(server, "stable", "b1", {{"a", "a"}});
     box.write("apps/app", "in the way");
     second.onJson("GET", "/api/channels/c", {});
-    publish(second, "d", "b2", {{"a", "a"}});
+    publishTide(second, "d", "b2", {{"a", {"a"}}});
     const QString lost = "'kit': sync failed (HTTP 404): nothing at /api/channels/gone";
     const auto record = [](const char* name, const char* result, const QString& message) {
         return QJsonObject{{"name", name}, {"result", result}, {"message", message}};
     };
+    const auto placed = [this](const QString& name) {
+        const QString dir = QDir::toNativeSeparators(box.path("apps/" + name));
+        return "'" + name + "': synced build b2 -> " + dir;
+    };
     QJsonObject waits = record("app", "blocked", notActivated("b1"));
     waits.insert("build", "b1");
     const Outcome first = box.run(args("sync --json"));
-    EXPECT_EQ(first.json()["results"].toArray(),
-              (QJsonArray{record("kit", "failed", lost), waits,
-                          record("%1", "current", "'%1' has no build yet"),
-                          record("new", "synced",
-                                 "'new': synced build b2 (1 files, 1 bytes) -> " +
-                                     QDir::toNativeSeparators(box.path("apps/new")))}));
+    EXPECT_EQ(
+        first.json()["results"].toArray(),
+        (QJsonArray{
+            record("kit", "failed", lost), waits, record("%1", "current", "'%1' has no build yet"),
+            record("new", "synced", placed("new")), record("bare", "synced", placed("bare"))}));
     EXPECT_EQ(first.err + QString::number(first.code), "3");
 
     const QString kit = "'kit': checking channel 'gone' ...\n";
     const QString app = retrying("b1").join('\n') + '\n' + notActivated("b1") + '\n';
     const QString none = "'%1': checking channel 'c' ...\n'%1' has no build yet\n";
-    const QString current = "'new': checking channel 'd' ...\n'new' is up to date (build b2)\n";
+    const QString current =
+        "'new': checking channel 'd' ...\n'new': checking Tide channel 'd' ...\n"
+        "'new': checking install ...\n'new' is up to date (checked)\n"
+        "'bare': checking channel 'd' ...\n'bare': checking Tide channel 'd' ...\n"
+        "'bare' is up to date\n";
     expectOutcome(box.run({"sync"}), 3, kit + app + none + current, lost + '\n');
     expectOutcome(box.run({"sync", "--server", server.url() + "//"}), 3, kit + app, lost + '\n');
     expectOutcome(box.run({"sync", "--server", second.url()}), 0, none + current);
     expectOutcome(box.run(args("sync --name %1 --force")), 0, none);
+
+    const auto results = [this] {
+        QStringList words;
+        for (const QJsonValue& one : box.run(args("sync --json")).json()["results"].toArray()) {
+            words.append(one["result"].toString());
+        }
+        return words;
+    };
+    ASSERT_TRUE(QFile::remove(box.path("apps/app")));
+    EXPECT_EQ(results(), args("failed synced current current current"));
+    publish(server, "stable", "b3", {{"a", "a"}});
+    box.write("apps/new/a", "damaged");
+    EXPECT_EQ(results(), args("failed synced current synced current"));
+    EXPECT_EQ(results(), args("failed current current current current"));
 }
 
 TEST_F(SyncCommand, ReportsIncompleteSubscriptionsAndGoesOn) {

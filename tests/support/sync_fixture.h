@@ -14,8 +14,8 @@ protected:
     QJsonObject subscription(const QString& name, const QString& channel) const;
     void subscribe(const QJsonArray& subscriptions);
 
-    /// Checks the outcome of a sync of "app": `result` is "synced", "current", "blocked" or
-    /// "failed", `progress` the lines before the message.
+    /// Checks the outcome of a sync of "app": `result` is "synced" or "current", which a text
+    /// does not tell apart, "blocked" or "failed", `progress` the lines before the message.
     static void expectResult(const Outcome& got, const QString& result, const QStringList& progress,
                              const QString& message);
     void expectSync(const QString& result, const QStringList& progress, const QString& message,
