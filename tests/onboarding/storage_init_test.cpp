@@ -67,7 +67,9 @@ TEST_F(StorageInitTest, SaysWhatWentWrong) {
         "name\n";
     const std::string one = "{'success':true,'result':[{'id':'a','name':'A'}],'result_info':";
     const std::string more = "{'success':true,'result':{},'result_info':{'cursor':'c/1'}}";
-    const std::string taken = "{'success':true,'result':{'buckets':[{'name':'builds-1'}]}}";
+    const std::string taken =
+        "{'success':true,'result':{'buckets':[{'name':'builds-1'}]},"
+        "'result_info':{'cursor':''}}";
     const std::string failed = "{'success':false,'errors':[]}";
     const At paged{1, kSay, one + "{'cursor':'c/1'}}"};
     struct Row {
@@ -114,6 +116,7 @@ TEST_F(StorageInitTest, SaysWhatWentWrong) {
         {{{10, kRefuse}}, server + " refused the storage settings: no\n"},
         {{{10, kLoseRequest}}, server + " did not answer: Connection closed\n"}};
     for (const auto& [faults, err, code, options] : table) {
+        SCOPED_TRACE(err.toStdString());
         const Ran ran = create(faults, options);
         EXPECT_EQ(ran.err, err.toStdString());
         EXPECT_EQ(ran.code, code);

@@ -86,6 +86,7 @@ TEST(HttpExchange, TellsAWholeReplyFromOneCutShort) {
         200 OK~Content-Type: application/json~~{"a":1  | (HTTP 200): the reply is cut short
         200 OK~Content-Type: application/json~Transfer-Encoding: chunked~~7~{"a":1 |
         200 OK~Content-Encoding: gzip~~                | (HTTP 200): the reply is cut short
+        200 OK~Content-Encoding: br~~x                 | (HTTP 200): the reply has the unknown content coding "br"
         200 OK~Content-Length: 8~~{"a":1}              | (HTTP 200):
         200 OK~Content-Le                              |
         103 Early Hints~~HTTP/1.1 200 OK~Content-Length: 2~~{} | (HTTP 103): the server sent no final answer

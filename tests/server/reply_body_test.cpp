@@ -1,5 +1,6 @@
 #include "server/reply_body.h"
 
+#include <QCryptographicHash>
 #include <algorithm>
 
 #include "support/notation.h"
@@ -58,6 +59,10 @@ TEST(ReplyBody, NoticesThatACompressedStreamIsCutShortOrDamaged) {
     const QByteArray zeros(600, '\0');
     QByteArray damaged = packed;
     damaged.back() = char(damaged.back() ^ 1);  // the checksum
+    QByteArray values = QByteArray("0,").repeated(4 << 20);
+    for (int i = 0; i < 2000; ++i) {
+        values += QCryptographicHash::hash(QByteArray::number(i), QCryptographicHash::Sha256);
+    }
     const std::pair<QByteArray, std::string> table[] = {
         {packed, "whole"},
         {packed.left(packed.size() / 2), "cut short"},
@@ -72,6 +77,7 @@ TEST(ReplyBody, NoticesThatACompressedStreamIsCutShortOrDamaged) {
         // A few bytes must not fill the memory.
         {deflated(QByteArray(1 << 20, ' ')), "whole"},
         {deflated(QByteArray(2 << 20, ' ')), broken},
+        {deflated(values), broken},
     };
     for (const auto& [bytes, verdict] : table) {
         EXPECT_EQ(verdictOn(kPacked, bytes), verdict) << bytes.toHex().left(100).toStdString();
