@@ -12,6 +12,13 @@ bool isOwnersAlone(const QString& path) {
     return ::stat(path.toUtf8().constData(), &info) == 0 && (info.st_mode & 07777U) == 0600U;
 }
 
+namespace {
+
+/// Nobody's own umask is to hide that a file can be read by others.
+[[maybe_unused]] const mode_t kUmaskBefore = ::umask(0022);
+
+}  // namespace
+
 QString homeFolder(const QString& home) {
     return home;
 }
