@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFile>
 #include <QFileInfo>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>

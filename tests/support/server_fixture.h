@@ -26,8 +26,8 @@ struct ServerTest : ProgramTest {
 /// In the text "\n" ends a line and SERVER stands for the server's URL.
 void checkOneRequestCommands(const QString& table);
 
-/// The same for commands that ask for something with the request `read` and send it back with
-/// one change by `write`. A row's cells:
+/// Runs those that ask for something with the request `read` and send it back with one change by
+/// `write`, and checks both requests, the text, and the reply as JSON. A row's cells:
 ///
 ///     words, "~" for a blank | what is read | the body written | text
 void checkChangeCommands(const std::string& read, const std::string& write, const QString& table);

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+
 #include "tide/assemble.h"
 #include "tide/tide_files.h"
 
