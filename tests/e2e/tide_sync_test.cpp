@@ -202,8 +202,6 @@ TEST_F(TideSync, NamesABuildByItsTimeWhenItHasNoOtherName) {
     server.onJson("GET", "/api/tide/sync/stable", descriptor);
     expectSync("synced", whole("1700000000", kThreeChunks), retried("1700000000"));
     expectSync("current", {kChecking, kCheckingTide}, "'app' is up to date");
-    describe({{"build", ""}, {"created", qint64{5000000000}}}, kOne);
-    expectSync("synced", whole("5000000000", kThreeChunks), retried("5000000000"));
 }
 
 /// A server that says nothing must not keep the lock for ever.
